@@ -1,0 +1,36 @@
+# What every target of the project shares.
+
+add_library(strandloom_options INTERFACE)
+target_compile_options(strandloom_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual -Wshadow=local)
+target_compile_definitions(strandloom_options INTERFACE
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_USE_QSTRINGBUILDER QT_NO_KEYWORDS QT_NO_FOREACH
+    QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+if(STRANDLOOM_SANITIZE)
+    target_compile_options(strandloom_options INTERFACE
+        -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    target_link_options(strandloom_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+# strandloom_library(NAME SOURCES ... LINKS ...): the static library of one folder. Its headers are
+# seen only by what links it, so an include against the direction of the arrows does not build.
+function(strandloom_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+    target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE strandloom_options)
+endfunction()
+
+# strandloom_test(NAME [GUI] SOURCES ... LINKS ...): a Qt Test program that ctest runs. Widgets are
+# drawn off screen; a test that needs a real display server starts its own.
+function(strandloom_test name)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINKS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LINKS} fakes Qt6::Test strandloom_options)
+    add_test(NAME ${name} COMMAND ${name})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT}
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;LANGUAGE=")
+endfunction()

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+/// What the packager says about the program: the values of the information file `strandloom.ini`.
+class AppInfo
+{
+public:
+    /// A missing file is as good as an empty one.
+    explicit AppInfo(QString path);
+    /// The file that STRANDLOOM_INFO names, else the one in the installed data folders.
+    static QString defaultPath();
+
+    /// Absent when the key is missing or its value is empty.
+    std::optional<QString> value(const QString &key) const;
+
+private:
+    QString m_path;
+};

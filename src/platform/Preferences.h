@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Clock.h"
+
+#include <QSettings>
+#include <QString>
+#include <optional>
+
+/// The names under which preferences are kept; the one list of them.
+namespace preferenceKeys {
+inline constexpr QLatin1StringView launchAtLogin("launchAtLogin");
+inline constexpr QLatin1StringView showInDock("showInDock");
+inline constexpr QLatin1StringView checkForUpdates("checkForUpdates");
+inline constexpr QLatin1StringView autoInstallUpdates("autoInstallUpdates");
+inline constexpr QLatin1StringView emailDigestEnabled("emailDigestEnabled");
+inline constexpr QLatin1StringView emailAddress("emailAddress");
+inline constexpr QLatin1StringView emailSendHour("emailSendHour"); ///< 0 to 23
+inline constexpr QLatin1StringView clearAfterEmail("clearAfterEmail");
+inline constexpr QLatin1StringView autoPruneDays("autoPruneDays"); ///< 0: never
+inline constexpr QLatin1StringView lastEmailSentDate("lastEmailSentDate");
+} // namespace preferenceKeys
+
+/// The user's preferences, in one INI file. A key that was never set, or whose value is not of the
+/// kind asked for, is absent: which default that means is for the reader to say. Main thread only.
+class Preferences
+{
+public:
+    /// `path` need not exist yet.
+    explicit Preferences(const QString &path);
+    /// `$XDG_CONFIG_HOME/strandloom/settings.ini`
+    static QString defaultPath();
+
+    std::optional<bool> boolean(QLatin1StringView key) const;
+    std::optional<int> integer(QLatin1StringView key) const;
+    std::optional<QString> string(QLatin1StringView key) const;
+    std::optional<Instant> date(QLatin1StringView key) const;
+
+    void set(QLatin1StringView key, bool value);
+    void set(QLatin1StringView key, int value);
+    void set(QLatin1StringView key, const QString &value);
+    /// Kept as an ISO 8601 date and time in UTC.
+    void set(QLatin1StringView key, Instant value);
+
+private:
+    void write(QLatin1StringView key, const QVariant &value);
+
+    QSettings m_settings;
+};

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <optional>
+
+/// The desktop's clipboard, as plain text. Nothing here ever waits for another program. Main thread
+/// only.
+class ClipboardSource : public QObject
+{
+    Q_OBJECT
+public:
+    using QObject::QObject;
+
+    /// Grows by one with every copy, whoever made it, from the moment the source was made; never
+    /// falls. It includes a copy only once its text is known.
+    virtual qint64 changeCount() const = 0;
+    /// The text that belongs to `changeCount()`; absent when the clipboard is empty, holds something
+    /// else, or texts were not yet asked for.
+    virtual std::optional<QString> text() const = 0;
+    /// Replaces the contents. Counts as a copy.
+    virtual void setText(const QString &text) = 0;
+    /// From here on the texts of new copies are read; before, copies are only counted.
+    virtual void startReading() = 0;
+    /// What the user must know about copies that are not seen on this desktop; empty when all are.
+    virtual QString limitation() const = 0;
+
+Q_SIGNALS:
+    /// `changeCount()` has grown. Sent once for each change that became known, with the count and the
+    /// text of just that change in place.
+    void changed();
+    void limitationChanged();
+};

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Clock.h"
+
+#include <QString>
+#include <QUuid>
+#include <optional>
+
+using LinkId = QUuid;
+
+/// One web address that the user copied, as it is in the store. Two are the same link when their
+/// `id` is the same.
+struct CapturedLink {
+    LinkId id;
+    QString url; ///< as copied, without one trailing slash
+    std::optional<QString> title; ///< of the page, once it was fetched
+    std::optional<QString> summary;
+    Instant copiedAt;
+    bool isExported = false; ///< was in an export that cleared the list
+    bool isVisible = true; ///< false: kept, but in no list and no export
+};
