@@ -3,7 +3,10 @@
 #include <QSettings>
 #include <QStandardPaths>
 
-AppInfo::AppInfo(QString path) : m_path(std::move(path)) { }
+AppInfo::AppInfo(QString path)
+    : m_path(std::move(path))
+{
+}
 
 QString AppInfo::defaultPath()
 {

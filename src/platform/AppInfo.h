@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+
 #include <optional>
 
 /// What the packager says about the program: the values of the information file `strandloom.ini`.

@@ -33,7 +33,11 @@ public:
 class Sleep
 {
 public:
-    Sleep(Clock &clock, std::chrono::milliseconds delay) : m_clock(clock), m_delay(delay) {}
+    Sleep(Clock &clock, std::chrono::milliseconds delay)
+        : m_clock(clock)
+        , m_delay(delay)
+    {
+    }
     Sleep(const Sleep &) = delete;
     Sleep &operator=(const Sleep &) = delete;
 

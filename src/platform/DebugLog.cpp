@@ -2,7 +2,8 @@
 
 #include <QLoggingCategory>
 
-namespace {
+namespace
+{
 Q_LOGGING_CATEGORY(diagnostics, "strandloom", QtWarningMsg)
 }
 

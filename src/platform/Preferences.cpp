@@ -6,7 +6,10 @@
 #include <QDateTime>
 #include <QStandardPaths>
 
-Preferences::Preferences(const QString &path) : m_settings(path, QSettings::IniFormat) { }
+Preferences::Preferences(const QString &path)
+    : m_settings(path, QSettings::IniFormat)
+{
+}
 
 QString Preferences::defaultPath()
 {
@@ -40,7 +43,8 @@ std::optional<QString> Preferences::string(QLatin1StringView key) const
 
 std::optional<Instant> Preferences::date(QLatin1StringView key) const
 {
-    const QDateTime date = QDateTime::fromString(m_settings.value(key).toString(), Qt::ISODateWithMs);
+    const QDateTime date =
+        QDateTime::fromString(m_settings.value(key).toString(), Qt::ISODateWithMs);
     return date.isValid() ? std::optional(instantOf(date)) : std::nullopt;
 }
 

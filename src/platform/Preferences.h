@@ -4,10 +4,12 @@
 
 #include <QSettings>
 #include <QString>
+
 #include <optional>
 
 /// The names under which preferences are kept; the one list of them.
-namespace preferenceKeys {
+namespace preferenceKeys
+{
 inline constexpr QLatin1StringView launchAtLogin("launchAtLogin");
 inline constexpr QLatin1StringView showInDock("showInDock");
 inline constexpr QLatin1StringView checkForUpdates("checkForUpdates");

@@ -2,7 +2,8 @@
 
 #include <QTimer>
 
-namespace {
+namespace
+{
 
 class TimerAlarm final : public Alarm
 {

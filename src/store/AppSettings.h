@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <QUuid>
+
 #include <optional>
 
 /// Settings as a record. The store file has its table so that files stay compatible; no record is

@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <QUuid>
+
 #include <optional>
 
 using LinkId = QUuid;

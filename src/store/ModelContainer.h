@@ -4,6 +4,7 @@
 #include "StoreError.h"
 
 #include <QString>
+
 #include <memory>
 
 class ModelContext;
@@ -16,8 +17,8 @@ public:
     /// `$XDG_DATA_HOME/strandloom`
     static QString defaultFolder();
 
-    /// Opens the store in `folder`, or makes a new one where there is none. What is damaged, foreign
-    /// or newer is left as it is.
+    /// Opens the store in `folder`, or makes a new one where there is none. What is damaged,
+    /// foreign or newer is left as it is.
     static Expected<std::unique_ptr<ModelContainer>, StoreError> open(const QString &folder);
 
     ~ModelContainer();

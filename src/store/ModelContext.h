@@ -20,8 +20,8 @@ struct LinkCounts {
 /// survived the process when it returns; changes are announced later, at most once a loop turn.
 /// Main thread only.
 ///
-/// When the disk is full, inserted links and changed fields are kept in memory, shown by all queries,
-/// and written when there is space again (`hasUnsavedChanges`).
+/// When the disk is full, inserted links and changed fields are kept in memory, shown by all
+/// queries, and written when there is space again (`hasUnsavedChanges`).
 class ModelContext : public QObject
 {
     Q_OBJECT

@@ -3,7 +3,8 @@
 #include <QLoggingCategory>
 #include <QMutex>
 
-namespace {
+namespace
+{
 
 QMutex mutex;
 QStringList collected;

@@ -6,7 +6,8 @@ class FakeClock::FakeAlarm final : public Alarm
 {
 public:
     FakeAlarm(FakeClock &clock, std::shared_ptr<Pending> pending)
-        : m_clock(clock), m_pending(std::move(pending))
+        : m_clock(clock)
+        , m_pending(std::move(pending))
     {
     }
     ~FakeAlarm() override { m_clock.m_alarms.remove(m_pending); }

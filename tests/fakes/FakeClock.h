@@ -8,7 +8,10 @@
 class FakeClock final : public Clock
 {
 public:
-    explicit FakeClock(Instant start = Instant(std::chrono::seconds(1'700'000'000))) : m_now(start) {}
+    explicit FakeClock(Instant start = Instant(std::chrono::seconds(1'700'000'000)))
+        : m_now(start)
+    {
+    }
 
     /// Lets time pass: both clocks go on, and alarms on the way ring in their order.
     void advance(std::chrono::milliseconds time);

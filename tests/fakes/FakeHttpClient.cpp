@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QTimer>
+
 #include <algorithm>
 #include <optional>
 
@@ -10,7 +11,8 @@ class FakeHttpClient::Exchange
 {
 public:
     Exchange(FakeHttpClient &client, const HttpRequest &request)
-        : m_client(client), m_request(request)
+        : m_client(client)
+        , m_request(request)
     {
     }
     Exchange(const Exchange &) = delete;

@@ -3,6 +3,7 @@
 #include "http/HttpClient.h"
 
 #include <QList>
+
 #include <coroutine>
 #include <deque>
 #include <functional>

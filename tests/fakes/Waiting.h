@@ -3,10 +3,12 @@
 #include "async/Scope.h"
 
 #include <QTest>
+
 #include <optional>
 
-namespace detail {
-template<typename T>
+namespace detail
+{
+template <typename T>
 Task<void> keep(Task<T> task, std::optional<T> *result)
 {
     *result = co_await task;
@@ -14,7 +16,7 @@ Task<void> keep(Task<T> task, std::optional<T> *result)
 } // namespace detail
 
 /// Runs `task` on the main loop and hands out its result; absent when it took over ten seconds.
-template<typename T>
+template <typename T>
 std::optional<T> waitFor(Task<T> task)
 {
     std::optional<T> result;

@@ -10,12 +10,17 @@
 
 using namespace std::chrono_literals;
 
-namespace {
+namespace
+{
 
 /// Counts the frames that are alive.
 struct Canary {
     int &alive;
-    explicit Canary(int &counter) : alive(counter) { ++alive; }
+    explicit Canary(int &counter)
+        : alive(counter)
+    {
+        ++alive;
+    }
     Canary(const Canary &) = delete;
     Canary &operator=(const Canary &) = delete;
     ~Canary() { --alive; }

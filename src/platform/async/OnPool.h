@@ -1,23 +1,24 @@
 #pragma once
 
+#include <QCoreApplication>
+#include <QThreadPool>
+
 #include <coroutine>
 #include <exception>
 #include <functional>
 #include <memory>
 #include <variant>
 
-#include <QCoreApplication>
-#include <QThreadPool>
-
 /// Runs a function on a thread of `pool` and resumes on the main thread with its result:
 /// `auto result = co_await job;` on a local `OnPool<R> job(pool, function);`. A wait that is
 /// abandoned lets the function finish and drops its result, so it captures values only.
-template<typename R>
+template <typename R>
 class OnPool
 {
 public:
     OnPool(QThreadPool &pool, std::function<R()> function)
-        : m_pool(pool), m_job(std::make_shared<Job>())
+        : m_pool(pool)
+        , m_job(std::make_shared<Job>())
     {
         m_job->function = std::move(function);
     }

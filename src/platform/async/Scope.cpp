@@ -9,7 +9,10 @@ struct Scope::Root {
         Scope *scope;
         Running::iterator place;
 
-        promise_type(Scope *owner, Task<void> &) : scope(owner) {}
+        promise_type(Scope *owner, Task<void> &)
+            : scope(owner)
+        {
+        }
 
         struct Leave {
             bool await_ready() noexcept { return false; }

@@ -5,17 +5,18 @@
 #include <utility>
 #include <variant>
 
-template<typename T>
+template <typename T>
 class Task;
 
-namespace detail {
+namespace detail
+{
 
 struct TaskPromiseBase {
     std::coroutine_handle<> waiter = std::noop_coroutine();
 
     struct ResumeWaiter {
         bool await_ready() noexcept { return false; }
-        template<typename Promise>
+        template <typename Promise>
         std::coroutine_handle<> await_suspend(std::coroutine_handle<Promise> finished) noexcept
         {
             return finished.promise().waiter;
@@ -26,12 +27,12 @@ struct TaskPromiseBase {
     ResumeWaiter final_suspend() noexcept { return {}; }
 };
 
-template<typename T>
+template <typename T>
 struct TaskPromise : TaskPromiseBase {
     std::variant<std::monostate, T, std::exception_ptr> outcome;
 
     Task<T> get_return_object();
-    template<typename U>
+    template <typename U>
     void return_value(U &&value)
     {
         outcome.template emplace<1>(std::forward<U>(value));
@@ -45,7 +46,7 @@ struct TaskPromise : TaskPromiseBase {
     }
 };
 
-template<>
+template <>
 struct TaskPromise<void> : TaskPromiseBase {
     std::exception_ptr failure;
 
@@ -63,15 +64,21 @@ struct TaskPromise<void> : TaskPromiseBase {
 
 /// A coroutine that starts when it is awaited and owns its frame: destroying the task destroys the
 /// frame and with it whatever the coroutine was waiting for. Main thread only.
-template<typename T = void>
+template <typename T = void>
 class [[nodiscard]] Task
 {
 public:
     using promise_type = detail::TaskPromise<T>;
     using Handle = std::coroutine_handle<promise_type>;
 
-    explicit Task(Handle handle) : m_handle(handle) {}
-    Task(Task &&other) noexcept : m_handle(std::exchange(other.m_handle, {})) {}
+    explicit Task(Handle handle)
+        : m_handle(handle)
+    {
+    }
+    Task(Task &&other) noexcept
+        : m_handle(std::exchange(other.m_handle, {}))
+    {
+    }
     Task &operator=(Task &&) = delete;
     ~Task()
     {
@@ -91,7 +98,7 @@ private:
     Handle m_handle;
 };
 
-template<typename T>
+template <typename T>
 Task<T> detail::TaskPromise<T>::get_return_object()
 {
     return Task<T>(Task<T>::Handle::from_promise(*this));

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+
 #include <optional>
 
 /// The desktop's clipboard, as plain text. Nothing here ever waits for another program. Main thread
@@ -15,8 +16,8 @@ public:
     /// Grows by one with every copy, whoever made it, from the moment the source was made; never
     /// falls. It includes a copy only once its text is known.
     virtual qint64 changeCount() const = 0;
-    /// The text that belongs to `changeCount()`; absent when the clipboard is empty, holds something
-    /// else, or texts were not yet asked for.
+    /// The text that belongs to `changeCount()`; absent when the clipboard is empty, holds
+    /// something else, or texts were not yet asked for.
     virtual std::optional<QString> text() const = 0;
     /// Replaces the contents. Counts as a copy.
     virtual void setText(const QString &text) = 0;
@@ -26,8 +27,8 @@ public:
     virtual QString limitation() const = 0;
 
 Q_SIGNALS:
-    /// `changeCount()` has grown. Sent once for each change that became known, with the count and the
-    /// text of just that change in place.
+    /// `changeCount()` has grown. Sent once for each change that became known, with the count and
+    /// the text of just that change in place.
     void changed();
     void limitationChanged();
 };

@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+
 #include <chrono>
 
 struct HttpHeader {
@@ -54,8 +55,8 @@ class HttpClient
 {
 public:
     virtual ~HttpClient() = default;
-    /// One exchange; never answers within the call itself. A GET follows redirects (20 at most, never
-    /// from https to http, never from a public address to a private one), a POST does not, and is
-    /// never repeated. Destroying the task cancels the request.
+    /// One exchange; never answers within the call itself. A GET follows redirects (20 at most,
+    /// never from https to http, never from a public address to a private one), a POST does not,
+    /// and is never repeated. Destroying the task cancels the request.
     virtual Task<HttpReply> send(HttpRequest request) = 0;
 };
