@@ -1,0 +1,105 @@
+#include "desktop/ColorScheme.h"
+
+#include "DebugLog.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
+#include <QPalette>
+#include <QStyle>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QString service = u"org.freedesktop.portal.Desktop"_s;
+const QString path = u"/org/freedesktop/portal/desktop"_s;
+const QString settings = u"org.freedesktop.portal.Settings"_s;
+const QString appearance = u"org.freedesktop.appearance"_s;
+const QString colorScheme = u"color-scheme"_s;
+constexpr uint preferDark = 1; // the portal's documentation of org.freedesktop.appearance
+
+bool isDark(const QPalette &palette)
+{
+    return palette.color(QPalette::Window).lightness()
+        < palette.color(QPalette::WindowText).lightness();
+}
+
+/// `Read` wraps its answer in one variant more than the signal does.
+uint schemeOf(QVariant value)
+{
+    while (value.metaType() == QMetaType::fromType<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
+    return value.toUInt();
+}
+
+QPalette darkPalette()
+{
+    const QColor window(0x25, 0x26, 0x2b), base(0x1c, 0x1d, 0x21), text(0xe8, 0xe9, 0xed);
+    QPalette palette(window, window);
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::Base, base);
+    palette.setColor(QPalette::AlternateBase, window);
+    palette.setColor(QPalette::Text, text);
+    palette.setColor(QPalette::ButtonText, text);
+    palette.setColor(QPalette::BrightText, Qt::white);
+    palette.setColor(QPalette::ToolTipBase, base);
+    palette.setColor(QPalette::ToolTipText, text);
+    palette.setColor(QPalette::Link, QColor(0x7d, 0xa9, 0xff));
+    palette.setColor(QPalette::Highlight, QColor(0x3b, 0x6f, 0xd9));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    const QColor faint(0x7c, 0x7e, 0x87);
+    palette.setColor(QPalette::PlaceholderText, faint);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, faint);
+    return palette;
+}
+
+} // namespace
+
+ColorScheme::ColorScheme(QObject *parent)
+    : QObject(parent)
+{
+}
+
+void ColorScheme::follow()
+{
+    auto bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return;
+    bus.connect(service, path, settings, u"SettingChanged"_s, this,
+                SLOT(settingChanged(QString, QString, QDBusVariant)));
+
+    auto question = QDBusMessage::createMethodCall(service, path, settings, u"Read"_s);
+    question << appearance << colorScheme;
+    auto *answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
+        answer->deleteLater();
+        const QDBusPendingReply<QDBusVariant> reply = *answer;
+        if (reply.isValid())
+            apply(schemeOf(reply.value().variant()) == preferDark);
+    });
+}
+
+void ColorScheme::settingChanged(const QString &group, const QString &key,
+                                 const QDBusVariant &value)
+{
+    if (group == appearance && key == colorScheme)
+        apply(schemeOf(value.variant()) == preferDark);
+}
+
+void ColorScheme::apply(bool dark)
+{
+    debugLog(dark ? u"Colour scheme: dark"_s : u"Colour scheme: light"_s);
+    if (dark && !isDark(QApplication::palette())) {
+        QApplication::setPalette(darkPalette());
+        m_isOurs = true;
+    } else if (!dark && m_isOurs) {
+        QApplication::setPalette(QPalette());
+        m_isOurs = false;
+    }
+}

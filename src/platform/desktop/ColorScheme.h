@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QObject>
+
+class QDBusVariant;
+
+/// Keeps the program's palette in step with the desktop's choice of dark or light, as the settings
+/// portal tells it, live. Where the toolkit's own theme already follows the desktop nothing is
+/// changed. Main thread only.
+class ColorScheme : public QObject
+{
+    Q_OBJECT
+public:
+    explicit ColorScheme(QObject *parent = nullptr);
+
+    /// Asks the portal and listens to it.
+    void follow();
+
+private Q_SLOTS:
+    void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);
+
+private:
+    void apply(bool dark);
+
+    bool m_isOurs = false; ///< the palette in use is one that this object set
+};
