@@ -1,0 +1,54 @@
+#include "text/WebAddress.h"
+
+#include <QUrl>
+
+#include <algorithm>
+
+namespace
+{
+
+bool isForbidden(QChar character)
+{
+    return character.isSpace() || character.category() == QChar::Other_Control || character == u'"'
+        || character == u'<' || character == u'>' || character == u'\\';
+}
+
+/// QUrl knows the host only lower case and in its DNS form.
+QString hostAsWritten(QStringView text)
+{
+    QStringView authority = text.sliced(text.indexOf(u"//") + 2);
+    const auto end = std::find_if(authority.begin(), authority.end(), [](QChar character) {
+        return character == u'/' || character == u'?' || character == u'#';
+    });
+    authority.truncate(end - authority.begin());
+    QStringView host = authority.sliced(authority.lastIndexOf(u'@') + 1);
+    if (host.startsWith(u'['))
+        return host.sliced(1, host.indexOf(u']') - 1).toString();
+    if (const auto colon = host.indexOf(u':'); colon >= 0)
+        host.truncate(colon);
+    return host.toString();
+}
+
+} // namespace
+
+WebAddress::WebAddress(QString host, QByteArray encoded)
+    : m_host(std::move(host))
+    , m_encoded(std::move(encoded))
+{
+}
+
+std::optional<WebAddress> WebAddress::parse(const QString &text)
+{
+    if (std::any_of(text.begin(), text.end(), isForbidden))
+        return std::nullopt;
+    const QUrl url(text, QUrl::TolerantMode);
+    if (!url.isValid())
+        return std::nullopt;
+    return WebAddress(url.host().isEmpty() ? QString() : hostAsWritten(text), url.toEncoded());
+}
+
+QString hostOf(const QString &url)
+{
+    const auto address = WebAddress::parse(url);
+    return address ? address->host() : QString();
+}
