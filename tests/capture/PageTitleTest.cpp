@@ -1,0 +1,83 @@
+#include "PageTitle.h"
+
+#include "PageMaker.h"
+#include "ReferenceTitle.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QString titleOf(const std::string &html)
+{
+    return QString::fromStdString(extractTitle(html).value_or(std::string()));
+}
+
+} // namespace
+
+class PageTitleTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void followsTheRules_data()
+    {
+        QTest::addColumn<QString>("html");
+        QTest::addColumn<QString>("title");
+        const auto row = [](const char *name, const QString &html, const QString &title) {
+            QTest::newRow(name) << html << title;
+        };
+        const QString openGraph = u"<meta property=\"og:title\" content=\"OG\">"_s;
+        row("upper case, entity, spaces", u"<TITLE>\n A &amp; B </TITLE>"_s, u"A & B"_s);
+        row("title wins over Open Graph", openGraph + u"<title x=y>T</title>"_s, u"T"_s);
+        row("empty title", u"<title></title>"_s + openGraph, u"OG"_s);
+        row("title of white space", u"<title> \n\u2003\u00A0</title>"_s + openGraph, u"OG"_s);
+        row("raw < in title", u"<title>a<b</title>"_s, QString());
+        row("content first", u"<meta content='it' property='og:title'>"_s, u"it"_s);
+        row("decoded twice", u"<title>&amp;lt;b&amp;gt;</title>"_s, u"<b>"_s);
+        row("space of an entity stays", u"<title>T&nbsp; </title>"_s, u"T "_s);
+        row("unknown entities stay", u"<title>&eacute;&#8211;</title>"_s, u"&eacute;&#8211;"_s);
+        row("line breaks stay", u"<title>a\r\n b</title>"_s, u"a\r\n b"_s);
+        row("only the first title counts", u"<title> </title><title>B</title>"_s, QString());
+        row("nothing", u"text"_s, QString());
+    }
+    void followsTheRules()
+    {
+        QFETCH(QString, html);
+        QTEST(titleOf(html.toStdString()), "title");
+        QCOMPARE(referenceTitle(html), titleOf(html.toStdString()));
+    }
+
+    void agreesWithIcu()
+    {
+        PageMaker maker(1);
+        int titled = 0;
+        for (int round = 0; round < 6000; ++round) {
+            std::string page = maker.page(400 + 10 * (round % 100));
+            page.resize(page.find("<script"));
+            const std::string html = maker.mutated(std::move(page));
+            const QString title = titleOf(html);
+            titled += !title.isEmpty();
+            const QString expected = referenceTitle(QString::fromStdString(html));
+            if (title != expected)
+                qInfo("%s", html.c_str());
+            QCOMPARE(title, expected);
+        }
+        QVERIFY(titled > 1000 && titled < 6000);
+    }
+
+    void survivesHostilePages()
+    {
+        for (const std::string tag :
+             {"<title", "<title>", "<meta property='og:title'", "<meta content='"}) {
+            std::string html;
+            while (html.size() < (4u << 20))
+                html += tag;
+            QVERIFY(!extractTitle(html));
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(PageTitleTest)
+#include "PageTitleTest.moc"

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QString>
+
+/// The rule for titles over ICU's regular expressions; empty when the page has none.
+QString referenceTitle(const QString &html);
