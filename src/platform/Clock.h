@@ -1,9 +1,11 @@
 #pragma once
 
 #include <chrono>
-#include <coroutine>
 #include <functional>
 #include <memory>
+#ifndef Q_MOC_RUN // its parser stumbles over this header
+#include <coroutine>
+#endif
 
 /// A moment in time, independent of any time zone.
 using Instant = std::chrono::sys_time<std::chrono::microseconds>;

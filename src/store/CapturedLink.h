@@ -20,3 +20,14 @@ struct CapturedLink {
     bool isExported = false; ///< was in an export that cleared the list
     bool isVisible = true; ///< false: kept, but in no list and no export
 };
+
+/// A place in the order of lists, which is newest first: by `copiedAt`, then by the bytes of `id`,
+/// both descending.
+struct ListPosition {
+    Instant copiedAt;
+    LinkId id;
+};
+
+ListPosition positionOf(const CapturedLink &link);
+/// Whether `one` comes before `other` in lists.
+bool comesBefore(const ListPosition &one, const ListPosition &other);

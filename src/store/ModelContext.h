@@ -1,14 +1,21 @@
 #pragma once
 
 #include "CapturedLink.h"
+#include "ChangeLog.h"
 #include "ExcludedDomain.h"
 #include "Expected.h"
-#include "StoreChange.h"
 #include "StoreError.h"
+#include "UnsavedLinks.h"
 
 #include <QList>
 #include <QObject>
-#include <QStringList>
+
+#include <memory>
+#include <string_view>
+
+class Alarm;
+class Clock;
+class StoreDatabase;
 
 struct LinkCounts {
     qint64 stored = 0;
@@ -20,25 +27,25 @@ struct LinkCounts {
 /// survived the process when it returns; changes are announced later, at most once a loop turn.
 /// Main thread only.
 ///
-/// When the disk is full, inserted links and changed fields are kept in memory, shown by all
-/// queries, and written when there is space again (`hasUnsavedChanges`).
+/// A new link, title or summary that cannot be written, as when the disk is full, is not lost: it
+/// is kept in memory, shown by all queries, and written as soon as that works
+/// (`hasUnsavedChanges`). Everything else that fails has changed nothing.
 class ModelContext : public QObject
 {
     Q_OBJECT
 public:
     using Result = Expected<void, StoreError>;
+    using Links = Expected<QList<CapturedLink>, StoreError>;
 
-    /// A place in the order of lists, newest first: by `copiedAt`, then `id`, both descending.
-    struct Position {
-        Instant copiedAt;
-        LinkId id;
-    };
+    /// Both outlive the context.
+    ModelContext(StoreDatabase &database, Clock &clock);
+    ~ModelContext() override;
 
     // Links
-    Result insert(const CapturedLink &link);
-    /// The setters do nothing when the link is gone.
-    Result setTitle(const LinkId &id, const QString &title);
-    Result setSummary(const LinkId &id, const QString &summary);
+    void insert(const CapturedLink &link);
+    /// Does nothing when the link is gone; so does `setSummary`.
+    void setTitle(const LinkId &id, const QString &title);
+    void setSummary(const LinkId &id, const QString &summary);
     /// Sets `isVisible` to false on all of `ids`.
     Result hide(const QList<LinkId> &ids);
     /// Sets `isVisible` to false and `isExported` to true on all of `ids`.
@@ -49,17 +56,16 @@ public:
     Expected<qint64, StoreError> removeCopiedBefore(Instant cutoff);
 
     std::optional<CapturedLink> link(const LinkId &id) const;
-    /// Those of `ids` that exist, in no particular order.
-    QList<CapturedLink> links(const QList<LinkId> &ids) const;
     /// How many links have exactly this `url`, byte for byte.
     Expected<qint64, StoreError> countWithUrl(const QString &url) const;
     /// The next `limit` visible links behind `after`, or the first ones.
-    Expected<QList<CapturedLink>, StoreError>
-    visibleNewestFirst(const std::optional<Position> &after, int limit) const;
-    /// The visible links copied at or after `since`.
+    Links visibleNewestFirst(const std::optional<ListPosition> &after, int limit) const;
+    /// All visible links in the order in which they were inserted.
+    Links visibleInStoreOrder() const;
+    /// The visible links copied at or after `since`; 0 when the store cannot be read.
     qint64 visibleSince(Instant since) const;
     /// Kept up to date with every change, so asking is free.
-    LinkCounts counts() const;
+    LinkCounts counts() const { return m_counts; }
 
     // Excluded domains
     Result insert(const ExcludedDomain &domain);
@@ -67,11 +73,30 @@ public:
     /// In the order in which they were added.
     Expected<QList<ExcludedDomain>, StoreError> excludedDomains() const;
 
-    /// Changes are waiting in memory because the last attempt to write them failed.
-    bool hasUnsavedChanges() const;
+    /// New links or fields are waiting in memory because the last attempt to write them failed.
+    bool hasUnsavedChanges() const { return m_retry != nullptr; }
+
+    /// Counts the links anew.
+    Result takeCounts();
 
 Q_SIGNALS:
     void changed(const StoreChange &change);
     void excludedDomainsChanged();
     void hasUnsavedChangesChanged();
+
+private:
+    void update(const LinkId &id, std::optional<QString> CapturedLink::*field, const QString &text);
+    void saveUnsaved();
+    Result writeUnsaved();
+    Result changeEach(std::string_view sql, const QList<LinkId> &ids);
+    std::optional<CapturedLink> stored(const LinkId &id) const;
+    void announceLater();
+
+    StoreDatabase &m_database;
+    Clock &m_clock;
+    LinkCounts m_counts;
+    UnsavedLinks m_unsaved; ///< whatever is inserted or set goes through here
+    std::unique_ptr<Alarm> m_retry; ///< pending while the last attempt to save has failed
+    ChangeLog m_changes;
+    bool m_isAnnouncing = false;
 };

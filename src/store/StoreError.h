@@ -2,6 +2,11 @@
 
 #include <QString>
 
+namespace SQLite
+{
+class Exception;
+}
+
 /// Why the store could not do what it was asked to.
 struct StoreError {
     enum class Kind {
@@ -14,9 +19,11 @@ struct StoreError {
         failed, ///< anything else
     };
     Kind kind = Kind::failed;
-    int code = 0; ///< SQLite's extended result code; 0 when SQLite was not asked
     QString detail; ///< SQLite's or the system's own words
 };
+
+/// What SQLite complained about, as one of ours.
+StoreError storeError(const SQLite::Exception &exception);
 
 /// The error as one English sentence without a full stop.
 QString description(const StoreError &error);

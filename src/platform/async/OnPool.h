@@ -3,11 +3,13 @@
 #include <QCoreApplication>
 #include <QThreadPool>
 
-#include <coroutine>
 #include <exception>
 #include <functional>
 #include <memory>
 #include <variant>
+#ifndef Q_MOC_RUN // its parser stumbles over this header
+#include <coroutine>
+#endif
 
 /// Runs a function on a thread of `pool` and resumes on the main thread with its result:
 /// `auto result = co_await job;` on a local `OnPool<R> job(pool, function);`. A wait that is

@@ -1,9 +1,11 @@
 #pragma once
 
-#include <coroutine>
 #include <exception>
 #include <utility>
 #include <variant>
+#ifndef Q_MOC_RUN // its parser stumbles over this header
+#include <coroutine>
+#endif
 
 template <typename T>
 class Task;

@@ -1,0 +1,13 @@
+#include "CapturedLink.h"
+
+ListPosition positionOf(const CapturedLink &link)
+{
+    return {link.copiedAt, link.id};
+}
+
+bool comesBefore(const ListPosition &one, const ListPosition &other)
+{
+    if (one.copiedAt != other.copiedAt)
+        return one.copiedAt > other.copiedAt;
+    return one.id.toRfc4122() > other.id.toRfc4122(); // QUuid's own order is not that of its bytes
+}

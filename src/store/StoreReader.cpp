@@ -1,0 +1,68 @@
+#include "StoreReader.h"
+
+#include "LinkRows.h"
+#include "StoreDatabase.h"
+
+#include <QFileInfo>
+
+namespace
+{
+
+using Links = QList<CapturedLink>;
+
+constexpr auto visibleLinks =
+    "SELECT " LINK_COLUMNS " FROM links WHERE isVisible ORDER BY copiedAt DESC, id DESC";
+
+Expected<Links, StoreError> readOnce(const QString &folder, const LinkFilter &filter)
+{
+    auto store = StoreDatabase::openReadOnly(folder);
+    if (!store)
+        return Unexpected{store.error()};
+    try {
+        Links links;
+        Query query = (*store)->query(visibleLinks);
+        while ((!filter.limit || links.size() < *filter.limit) && query->executeStep()) {
+            const CapturedLink link = linkFrom(*query);
+            if (!filter.accepts || filter.accepts(link))
+                links.append(link);
+        }
+        return links;
+    } catch (const SQLite::Exception &exception) {
+        return Unexpected{storeError(exception)};
+    }
+}
+
+} // namespace
+
+Expected<std::optional<Links>, StoreError> readVisibleLinks(const QString &folder,
+                                                            const LinkFilter &filter)
+{
+    const QString path = StoreDatabase::pathIn(folder);
+    const auto hasLog = [&path] { return QFileInfo::exists(path + u"-wal"); };
+    if (!QFileInfo::exists(path))
+        return std::optional<Links>();
+
+    const bool hadLog = hasLog();
+    auto links = readOnce(folder, filter);
+    if (hasLog() != hadLog)
+        links = readOnce(folder, filter); // the program started or ended meanwhile
+    if (!links)
+        return Unexpected{links.error()};
+    return std::optional(std::move(*links));
+}
+
+Expected<void, StoreError> checkIntegrity(const QString &folder)
+{
+    auto store = StoreDatabase::openReadOnly(folder);
+    if (!store)
+        return Unexpected{store.error()};
+    try {
+        const std::string verdict = (*store)->connection().execAndGet("PRAGMA quick_check");
+        if (verdict != "ok")
+            return Unexpected{
+                StoreError{StoreError::Kind::damaged, QString::fromStdString(verdict)}};
+        return {};
+    } catch (const SQLite::Exception &exception) {
+        return Unexpected{storeError(exception)};
+    }
+}

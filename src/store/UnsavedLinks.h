@@ -1,0 +1,53 @@
+#pragma once
+
+#include "CapturedLink.h"
+
+#include <QHash>
+#include <QList>
+
+#include <algorithm>
+#include <functional>
+
+/// Links whose stored rows are missing or out of date because they could not be written, in memory
+/// until they can. What is read from the store is corrected by them.
+class UnsavedLinks
+{
+public:
+    struct Unsaved {
+        CapturedLink link;
+        bool isNew = false; ///< there is no row yet
+    };
+
+    bool isEmpty() const { return m_links.isEmpty(); }
+    const QHash<LinkId, Unsaved> &all() const { return m_links; }
+    const Unsaved *find(const LinkId &id) const;
+
+    void keepNew(const CapturedLink &link) { m_links.insert(link.id, {link, true}); }
+    void keepChanged(const CapturedLink &link);
+    void changeEach(const QList<LinkId> &ids, const std::function<void(CapturedLink &)> &change);
+    /// Forgets the new ones copied before `cutoff` and hands out their ids.
+    QList<LinkId> takeNewCopiedBefore(Instant cutoff);
+    void forget(const LinkId &id) { m_links.remove(id); }
+    void forgetAll() { m_links.clear(); }
+
+    QList<CapturedLink> inOrderOfCopying() const;
+    /// How many new ones satisfy `condition`.
+    template <typename Condition>
+    qint64 countNew(Condition condition) const
+    {
+        return std::count_if(m_links.begin(), m_links.end(), [&condition](const Unsaved &unsaved) {
+            return unsaved.isNew && condition(unsaved.link);
+        });
+    }
+
+    /// Brings a page of visible links, behind `after` and of at most `limit`, up to date.
+    void correctPage(QList<CapturedLink> &page, const std::optional<ListPosition> &after,
+                     int limit) const;
+    /// Brings all visible links, in the order of their insertion, up to date.
+    void correctStoreOrder(QList<CapturedLink> &links) const;
+
+private:
+    void correctRows(QList<CapturedLink> &links) const;
+
+    QHash<LinkId, Unsaved> m_links;
+};
