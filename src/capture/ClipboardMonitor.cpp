@@ -1,0 +1,171 @@
+#include "ClipboardMonitor.h"
+
+#include "AutoPrune.h"
+#include "DebugLog.h"
+#include "ModelContext.h"
+#include "PageTitle.h"
+#include "UrlGate.h"
+#include "async/OnPool.h"
+#include "clipboard/ClipboardSource.h"
+#include "http/HttpClient.h"
+#include "text/PageText.h"
+#include "text/WebAddress.h"
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// Sites answer by it; it is given and not ours to improve.
+const QByteArray titleUserAgent =
+    "Mozilla/5.0 (Macintosh; Intel Mac OS X 10_15_7) AppleWebKit/605.1.15"_ba;
+
+HttpRequest titleRequest(const QByteArray &address)
+{
+    HttpRequest request;
+    request.url = address;
+    request.inactivityLimit = std::chrono::seconds(10);
+    request.headers = {{"User-Agent"_ba, titleUserAgent}};
+    return request;
+}
+
+std::optional<QString> titleOf(const HttpResponse &response)
+{
+    const auto end = response.isTruncated ? BodyEnd::truncated : BodyEnd::complete;
+    const auto title = extractTitle(decodePage(response.body, end));
+    return title ? std::optional(QString::fromStdString(*title)) : std::nullopt;
+}
+
+} // namespace
+
+ClipboardMonitor::ClipboardMonitor(const Parts &parts, QObject *parent)
+    : QObject(parent)
+    , m_parts(parts)
+    , m_lastChangeCount(parts.clipboard.changeCount()) // before any text is read
+{
+    loadExcludedDomains();
+    autoPruneOldLinks();
+    m_parts.clipboard.startReading();
+}
+
+void ClipboardMonitor::startMonitoring()
+{
+    if (!m_watch)
+        m_watch = connect(&m_parts.clipboard, &ClipboardSource::changed, this,
+                          &ClipboardMonitor::checkClipboard);
+}
+
+void ClipboardMonitor::stopMonitoring()
+{
+    disconnect(m_watch);
+    m_watch = {};
+}
+
+void ClipboardMonitor::loadExcludedDomains()
+{
+    const auto domains = m_parts.modelContext.excludedDomains();
+    if (!domains)
+        return; // the list as it was is better than none
+    m_excludedDomains.clear();
+    for (const ExcludedDomain &excluded : *domains)
+        m_excludedDomains.append(excluded.domain);
+}
+
+void ClipboardMonitor::autoPruneOldLinks()
+{
+    const auto pruned =
+        pruneOldLinks(m_parts.modelContext, m_parts.preferences, m_parts.clock.now());
+    if (!pruned)
+        debugLog(u"Failed to auto-prune: "_s + description(pruned.error()));
+    else if (pruned->count > 0)
+        debugLog(u"Auto-pruned %1 old links"_s.arg(pruned->count));
+}
+
+void ClipboardMonitor::checkClipboard()
+{
+    const qint64 count = m_parts.clipboard.changeCount();
+    if (count == m_lastChangeCount)
+        return;
+    m_lastChangeCount = count; // first of all: what is refused below must not be looked at again
+
+    const auto text = m_parts.clipboard.text();
+    if (!text)
+        return;
+    const auto address = webAddressIn(*text);
+    if (!address)
+        return;
+
+    const QString url = normalizedUrl(*address);
+    if (isRapidDuplicate(url)) {
+        debugLog(u"Skipping rapid duplicate URL: " + url); // its five seconds run on from the first
+    } else if (isExcluded(url, m_excludedDomains)) {
+        debugLog(u"Skipping excluded domain: " + url);
+    } else if (isStored(url)) {
+        debugLog(u"Skipping existing URL: " + url);
+        remember(url);
+    } else {
+        capture(url);
+    }
+}
+
+bool ClipboardMonitor::isRapidDuplicate(const QString &url) const
+{
+    return m_lastCopiedURL == url && m_lastCopiedTime
+        && m_parts.clock.now() - *m_lastCopiedTime < duplicateThreshold;
+}
+
+bool ClipboardMonitor::isStored(const QString &url) const
+{
+    const auto count = m_parts.modelContext.countWithUrl(url);
+    if (!count) {
+        debugLog(u"Failed to check URL existence: "_s + description(count.error()));
+        return false; // a link twice is better than a link lost
+    }
+    return *count > 0;
+}
+
+void ClipboardMonitor::capture(const QString &url)
+{
+    CapturedLink link;
+    link.id = QUuid::createUuid();
+    link.url = url;
+    link.copiedAt = m_parts.clock.now();
+    m_parts.modelContext.insert(link);
+    debugLog(u"Captured link: " + url);
+    remember(url);
+    m_tasks.start(fetchTitle(link.id));
+}
+
+void ClipboardMonitor::remember(const QString &url)
+{
+    m_lastCopiedURL = url;
+    m_lastCopiedTime = m_parts.clock.now();
+}
+
+Task<> ClipboardMonitor::fetchTitle(LinkId id)
+{
+    const auto link = m_parts.modelContext.link(id);
+    if (!link)
+        co_return;
+    const auto address = WebAddress::parse(link->url);
+    if (!address)
+        co_return;
+
+    const HttpRequest request = titleRequest(address->encoded());
+    const HttpReply reply = co_await m_parts.http.send(request);
+    if (!reply) {
+        debugLog(u"Failed to fetch title for " + link->url + u": " + reply.error().message);
+        co_return;
+    }
+    if (reply->status != 200)
+        co_return;
+
+    OnPool<std::optional<QString>> reading(m_parts.pages,
+                                           [response = *reply] { return titleOf(response); });
+    const std::optional<QString> title = co_await reading;
+    if (!title || !m_parts.modelContext.link(id))
+        co_return; // deleted meanwhile: what is gone stays gone
+
+    m_parts.modelContext.setTitle(id, *title);
+    debugLog(u"Fetched title: " + *title);
+}
