@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include <optional>
+
+struct ClipboardSnapshot {
+    qint64 count = 0;
+    std::optional<QString> text;
+};
+
+/// Whose copies can be seen.
+enum class ClipboardReach { allPrograms, x11Programs, none };
+
+/// One way of reaching the desktop's clipboard. Lives on a thread of its own, where it may wait for
+/// the display server; all calls are made there.
+class ClipboardWorker : public QObject
+{
+    Q_OBJECT
+public:
+    using QObject::QObject;
+
+    /// Begins to count copies, and keeps trying while no display server answers.
+    virtual void start() = 0;
+    /// From here on the texts of new copies are read.
+    virtual void startReading() = 0;
+    /// Replaces the contents, as soon as there is a connection.
+    virtual void setText(const QString &text) = 0;
+
+Q_SIGNALS:
+    void copied(const ClipboardSnapshot &snapshot);
+    void reachKnown(ClipboardReach reach);
+};

@@ -1,0 +1,199 @@
+#include "SelectionReader.h"
+
+#include "X11Connection.h"
+
+#include <QStringDecoder>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace
+{
+
+constexpr qsizetype maxTypes = 256;
+constexpr qsizetype maxRetired = 16;
+
+QString decodeUtf8(const QByteArray &data)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString text = decoder(data);
+    return decoder.hasError() ? QString::fromLatin1(data) : text;
+}
+
+} // namespace
+
+SelectionReader::SelectionReader(const X11Connection &connection, const ClipboardLimits &limits)
+    : m_connection(connection)
+    , m_limits(limits)
+    , m_window(connection.makeWindow())
+{
+    for (QTimer *timer : {&m_step, &m_total}) {
+        timer->setSingleShot(true);
+        connect(timer, &QTimer::timeout, this, &SelectionReader::giveUp);
+    }
+}
+
+void SelectionReader::read(xcb_timestamp_t time)
+{
+    abandon();
+    m_time = time;
+    m_offered.clear();
+    m_textTypes.clear();
+    m_total.start(m_limits.total);
+    ask(Stage::types, m_connection.atoms().targets);
+}
+
+void SelectionReader::abandon()
+{
+    if (!isReading())
+        return;
+    retireWindow();
+    m_stage = Stage::idle;
+    m_isIncremental = false;
+    m_increments = {};
+    m_step.stop();
+    m_total.stop();
+}
+
+/// The late owner may still write to the window: a program that finds it destroyed dies of that.
+void SelectionReader::retireWindow()
+{
+    m_retired.append(m_window);
+    if (m_retired.size() > maxRetired)
+        xcb_destroy_window(m_connection.xcb(), m_retired.takeFirst());
+    m_window = m_connection.makeWindow();
+    xcb_flush(m_connection.xcb());
+}
+
+void SelectionReader::ask(Stage stage, xcb_atom_t target)
+{
+    const X11Atoms &atoms = m_connection.atoms();
+    m_stage = stage;
+    m_target = target;
+    clearTransfer();
+    xcb_convert_selection(m_connection.xcb(), m_window, atoms.clipboard, target, atoms.transfer,
+                          m_time);
+    xcb_flush(m_connection.xcb());
+    m_step.start(m_limits.step);
+}
+
+void SelectionReader::askForText()
+{
+    if (m_textTypes.isEmpty())
+        finish({});
+    else
+        ask(Stage::text, m_textTypes.takeFirst());
+}
+
+void SelectionReader::selectionAnswered(const xcb_selection_notify_event_t &event)
+{
+    if (!isReading() || m_isIncremental || event.requestor != m_window || event.target != m_target)
+        return; // to a question given up
+    if (event.property == XCB_NONE)
+        return refused();
+    const X11Atoms &atoms = m_connection.atoms();
+    const X11Property answer = m_connection.property(m_window, atoms.transfer, m_limits.textBytes);
+    if (answer.type == atoms.incr)
+        return beginIncrements(answer.data);
+    clearTransfer();
+    if (answer.isCut)
+        return finish({});
+    if (answer.type == XCB_NONE)
+        return refused();
+    accept(answer.type, answer.data);
+}
+
+void SelectionReader::beginIncrements(const QByteArray &leastSize)
+{
+    quint32 least = 0;
+    if (leastSize.size() >= qsizetype(sizeof least))
+        std::memcpy(&least, leastSize.constData(), sizeof least);
+    if (least > m_limits.textBytes)
+        return giveUp();
+    m_isIncremental = true;
+    clearTransfer(); // asks for the first increment
+    m_step.start(m_limits.step);
+}
+
+void SelectionReader::propertyChanged(const xcb_property_notify_event_t &event)
+{
+    if (m_isIncremental && event.window == m_window && event.atom == m_connection.atoms().transfer
+        && event.state == XCB_PROPERTY_NEW_VALUE)
+        appendIncrement();
+}
+
+void SelectionReader::appendIncrement()
+{
+    const X11Property increment =
+        m_connection.property(m_window, m_connection.atoms().transfer, m_limits.textBytes);
+    if (increment.isCut || m_increments.size() + increment.data.size() > m_limits.textBytes)
+        return giveUp();
+    clearTransfer(); // asks for the next one
+    m_increments += increment.data;
+    m_step.start(m_limits.step);
+    if (!increment.data.isEmpty())
+        return;
+    m_isIncremental = false;
+    accept(increment.type, std::exchange(m_increments, {}));
+}
+
+void SelectionReader::accept(xcb_atom_t type, const QByteArray &data)
+{
+    if (m_stage == Stage::types)
+        return acceptTypes(data);
+    if (m_stage == Stage::hint) {
+        if (data == "secret")
+            return finish({{}, true});
+        return askForText();
+    }
+    QString text =
+        type == m_connection.atoms().string ? QString::fromLatin1(data) : decodeUtf8(data);
+    if (text.endsWith(QChar::Null)) // some programs count the end of a C string
+        text.chop(1);
+    finish({text});
+}
+
+void SelectionReader::acceptTypes(const QByteArray &data)
+{
+    const auto *types = reinterpret_cast<const xcb_atom_t *>(data.constData());
+    const qsizetype count = std::min(data.size() / qsizetype(sizeof(xcb_atom_t)), maxTypes);
+    m_offered = QList<xcb_atom_t>(types, types + count);
+    const X11Atoms &atoms = m_connection.atoms();
+    for (const xcb_atom_t type : {atoms.utf8String, atoms.plainUtf8, atoms.plainUtf8Upper,
+                                  atoms.string, atoms.plain, atoms.text}) {
+        if (m_offered.contains(type))
+            m_textTypes.append(type);
+    }
+    if (!m_textTypes.isEmpty() && m_offered.contains(atoms.passwordHint))
+        ask(Stage::hint, atoms.passwordHint);
+    else
+        askForText();
+}
+
+void SelectionReader::refused()
+{
+    if (m_stage == Stage::types) // an old program that knows only how to give its text
+        m_textTypes = {m_connection.atoms().utf8String, m_connection.atoms().string};
+    askForText();
+}
+
+void SelectionReader::giveUp()
+{
+    abandon();
+    Q_EMIT finished({});
+}
+
+void SelectionReader::finish(const ClipboardContents &contents)
+{
+    m_stage = Stage::idle;
+    m_step.stop();
+    m_total.stop();
+    Q_EMIT finished(contents);
+}
+
+void SelectionReader::clearTransfer() const
+{
+    xcb_delete_property(m_connection.xcb(), m_window, m_connection.atoms().transfer);
+    xcb_flush(m_connection.xcb());
+}

@@ -1,0 +1,85 @@
+#include "ThreadedClipboard.h"
+
+#include "DebugLog.h"
+
+#include <QDeadlineTimer>
+#include <QThread>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+QString limitationOf(ClipboardReach reach)
+{
+    switch (reach) {
+    case ClipboardReach::allPrograms:
+        return {};
+    case ClipboardReach::x11Programs:
+        return u"This desktop shows Strandloom only what is copied in X11 programs. "
+               "Links copied elsewhere are not recorded."_s;
+    case ClipboardReach::none:
+        return u"Strandloom cannot watch the clipboard here: the compositor offers no "
+               "data-control interface and no X server answers. Links are not recorded."_s;
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
+ThreadedClipboard::ThreadedClipboard(std::unique_ptr<ClipboardWorker> worker, QObject *parent)
+    : ClipboardSource(parent)
+    , m_thread(new QThread)
+    , m_worker(worker.release())
+{
+    m_worker->moveToThread(m_thread);
+    connect(m_thread, &QThread::started, m_worker, &ClipboardWorker::start);
+    connect(m_thread, &QThread::finished, m_worker, &QObject::deleteLater); // still over there
+    connect(m_worker, &ClipboardWorker::copied, this, &ThreadedClipboard::show);
+    connect(m_worker, &ClipboardWorker::reachKnown, this, &ThreadedClipboard::setReach);
+
+    m_silence.setSingleShot(true);
+    connect(&m_silence, &QTimer::timeout, this, [this] { setReach(ClipboardReach::none); });
+    m_silence.start(3s);
+    m_thread->setObjectName(u"clipboard"_s);
+    m_thread->start();
+}
+
+ThreadedClipboard::~ThreadedClipboard()
+{
+    m_thread->quit();
+    if (m_thread->wait(QDeadlineTimer(1s))) {
+        delete m_thread;
+        return;
+    }
+    debugLog(u"The display server hangs: the clipboard's thread is left behind"_s);
+    connect(m_thread, &QThread::finished, m_thread, &QObject::deleteLater);
+}
+
+void ThreadedClipboard::setText(const QString &text)
+{
+    QMetaObject::invokeMethod(
+        m_worker, [worker = m_worker, text] { worker->setText(text); }, Qt::QueuedConnection);
+}
+
+void ThreadedClipboard::startReading()
+{
+    QMetaObject::invokeMethod(m_worker, &ClipboardWorker::startReading, Qt::QueuedConnection);
+}
+
+void ThreadedClipboard::show(const ClipboardSnapshot &snapshot)
+{
+    m_snapshot = snapshot;
+    Q_EMIT changed();
+}
+
+void ThreadedClipboard::setReach(ClipboardReach reach)
+{
+    m_silence.stop();
+    const QString limitation = limitationOf(reach);
+    if (limitation == m_limitation)
+        return;
+    m_limitation = limitation;
+    Q_EMIT limitationChanged();
+}

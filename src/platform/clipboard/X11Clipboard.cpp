@@ -1,0 +1,104 @@
+#include "X11Clipboard.h"
+
+#include "DebugLog.h"
+#include "X11Selection.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QByteArray windowManagerName(const X11Connection &connection)
+{
+    const X11Atoms &atoms = connection.atoms();
+    const X11Property check = connection.property(connection.rootWindow(), atoms.wmCheck, 4);
+    xcb_window_t window = XCB_NONE;
+    if (check.data.size() != qsizetype(sizeof window))
+        return {};
+    std::memcpy(&window, check.data.constData(), sizeof window);
+    return connection.property(window, atoms.wmName, 256).data;
+}
+
+/// Below a Wayland compositor an X11 client is told of the copies of Wayland programs only by
+/// some.
+ClipboardReach reachOf(const X11Connection &connection)
+{
+    if (qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        return ClipboardReach::allPrograms;
+    const QByteArray name = windowManagerName(connection);
+    const bool sharesAll = name == "GNOME Shell" || name == "Mutter";
+    return sharesAll ? ClipboardReach::allPrograms : ClipboardReach::x11Programs;
+}
+
+} // namespace
+
+X11Clipboard::X11Clipboard(const QByteArray &display, const ClipboardLimits &limits)
+    : m_display(display)
+    , m_limits(limits)
+    , m_ledger(limits)
+    , m_retry(this)
+    , m_pause(limits.firstPause)
+{
+    m_retry.setSingleShot(true);
+    connect(&m_retry, &QTimer::timeout, this, &X11Clipboard::start);
+}
+
+X11Clipboard::~X11Clipboard()
+{
+    if (m_selection)
+        m_selection->handOver();
+}
+
+void X11Clipboard::start()
+{
+    auto connection = X11Connection::open(m_display);
+    if (!connection)
+        return tryAgainLater();
+    const ClipboardReach reach = reachOf(*connection);
+    m_selection = std::make_unique<X11Selection>(std::move(connection), m_ledger, m_limits);
+    connect(m_selection.get(), &X11Selection::copied, this, &X11Clipboard::copied);
+    // Queued, since the selection is in the middle of its work when it finds out.
+    connect(m_selection.get(), &X11Selection::connectionLost, this, &X11Clipboard::loseConnection,
+            Qt::QueuedConnection);
+    m_pause = m_limits.firstPause;
+    Q_EMIT reachKnown(reach);
+    if (m_isReading)
+        m_selection->startReading();
+    for (const QString &text : std::exchange(m_unclaimed, {}))
+        m_selection->setText(text);
+}
+
+void X11Clipboard::loseConnection()
+{
+    debugLog(u"The connection to the X server is lost"_s);
+    m_selection.reset();
+    if (const auto snapshot = m_ledger.settle({}, Announcer::program))
+        Q_EMIT copied(*snapshot);
+    tryAgainLater();
+}
+
+void X11Clipboard::tryAgainLater()
+{
+    Q_EMIT reachKnown(ClipboardReach::none);
+    m_retry.start(m_pause);
+    m_pause = std::min(m_pause * 2, m_limits.longestPause);
+}
+
+void X11Clipboard::startReading()
+{
+    m_isReading = true;
+    if (m_selection)
+        m_selection->startReading();
+}
+
+void X11Clipboard::setText(const QString &text)
+{
+    if (m_selection)
+        m_selection->setText(text);
+    else
+        m_unclaimed.append(text);
+}
