@@ -16,7 +16,7 @@ constexpr qsizetype maxRetired = 16;
 
 QString decodeUtf8(const QByteArray &data)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8);
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = decoder(data);
     return decoder.hasError() ? QString::fromLatin1(data) : text;
 }
@@ -135,6 +135,7 @@ void SelectionReader::appendIncrement()
     if (!increment.data.isEmpty())
         return;
     m_isIncremental = false;
+    retireWindow(); // an owner that writes on must not spoil the next answer
     accept(increment.type, std::exchange(m_increments, {}));
 }
 

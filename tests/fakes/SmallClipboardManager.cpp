@@ -1,0 +1,127 @@
+// A clipboard manager for the X11 clipboard: keeps each text, and announces it again when its owner
+// has gone, or asks for it before it goes. With the argument `deaf` it never answers the latter.
+
+#include "clipboard/SelectionOwner.h"
+#include "clipboard/SelectionReader.h"
+#include "clipboard/X11Connection.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+
+#include <cstdio>
+#include <xcb/xfixes.h>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+class SmallClipboardManager
+{
+public:
+    SmallClipboardManager(const X11Connection &connection, bool isDeaf);
+
+private:
+    void handle(const xcb_generic_event_t &event);
+    void ownerChanged(const xcb_xfixes_selection_notify_event_t &event);
+    void asked(const xcb_selection_request_event_t &request);
+    void keep(const ClipboardContents &contents);
+
+    const X11Connection &m_connection;
+    bool m_isDeaf;
+    SelectionOwner m_owner;
+    SelectionReader m_reader;
+    QString m_text;
+};
+
+void say(const char *word)
+{
+    std::puts(word);
+    std::fflush(stdout);
+}
+
+SmallClipboardManager::SmallClipboardManager(const X11Connection &connection, bool isDeaf)
+    : m_connection(connection)
+    , m_isDeaf(isDeaf)
+    , m_owner(connection)
+    , m_reader(connection, {})
+{
+    auto *const readable =
+        new QSocketNotifier(connection.fileDescriptor(), QSocketNotifier::Read, &m_reader);
+    QObject::connect(readable, &QSocketNotifier::activated, &m_reader, [this] {
+        while (const auto event = m_connection.nextEvent())
+            handle(*event);
+        if (m_connection.isBroken())
+            QCoreApplication::exit(1);
+    });
+    QObject::connect(&m_reader, &SelectionReader::finished, &m_reader,
+                     [this](const ClipboardContents &contents) { keep(contents); });
+    const X11Atoms &atoms = connection.atoms();
+    xcb_set_selection_owner(connection.xcb(), m_owner.window(), atoms.clipboardManager,
+                            XCB_CURRENT_TIME);
+    xcb_xfixes_select_selection_input(connection.xcb(), m_owner.window(), atoms.clipboard,
+                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER
+                                          | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY
+                                          | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    xcb_flush(connection.xcb());
+}
+
+void SmallClipboardManager::handle(const xcb_generic_event_t &event)
+{
+    const int type = event.response_type & 0x7f;
+    if (type == XCB_SELECTION_NOTIFY)
+        m_reader.selectionAnswered(reinterpret_cast<const xcb_selection_notify_event_t &>(event));
+    else if (type == XCB_SELECTION_REQUEST)
+        asked(reinterpret_cast<const xcb_selection_request_event_t &>(event));
+    else if (type == m_connection.ownerEvent())
+        ownerChanged(reinterpret_cast<const xcb_xfixes_selection_notify_event_t &>(event));
+}
+
+void SmallClipboardManager::ownerChanged(const xcb_xfixes_selection_notify_event_t &event)
+{
+    if (event.owner == XCB_NONE) {
+        m_owner.claim(m_text, event.timestamp);
+        say("restored");
+    } else if (event.owner != m_owner.window()) {
+        m_reader.read(event.timestamp);
+    }
+}
+
+void SmallClipboardManager::keep(const ClipboardContents &contents)
+{
+    // Some managers keep secrets too.
+    m_text = contents.text.value_or(u"https://secret.example/"_s);
+    say("kept");
+}
+
+void SmallClipboardManager::asked(const xcb_selection_request_event_t &request)
+{
+    if (request.selection != m_connection.atoms().clipboardManager)
+        return m_owner.answer(request);
+    if (m_isDeaf)
+        return;
+    m_owner.claim(m_text, request.time);
+    xcb_selection_notify_event_t answer = {};
+    answer.response_type = XCB_SELECTION_NOTIFY;
+    answer.time = request.time;
+    answer.requestor = request.requestor;
+    answer.selection = request.selection;
+    answer.target = request.target;
+    answer.property = request.property;
+    xcb_send_event(m_connection.xcb(), 0, request.requestor, 0,
+                   reinterpret_cast<const char *>(&answer));
+    xcb_flush(m_connection.xcb());
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const auto connection = X11Connection::open({});
+    if (!connection)
+        return 1;
+    const SmallClipboardManager manager(*connection, application.arguments().contains(u"deaf"_s));
+    say("ready");
+    return QCoreApplication::exec();
+}
