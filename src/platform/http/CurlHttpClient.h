@@ -1,0 +1,33 @@
+#pragma once
+
+#include "http/AddressRules.h"
+#include "http/CurlMulti.h"
+#include "http/HttpClient.h"
+
+#include <deque>
+#include <functional>
+
+/// What depends on the network the program is in.
+struct HttpNetwork {
+    std::function<bool(const sockaddr &)> isPublic = isPublicAddress;
+    QByteArray caFile; ///< certificates to trust instead of the system's; empty: the system's
+};
+
+/// HTTP through libcurl on the main loop. At most four GETs run at once, others wait in their
+/// order.
+class CurlHttpClient final : public HttpClient
+{
+public:
+    explicit CurlHttpClient(HttpNetwork network = {});
+    ~CurlHttpClient() override;
+
+    Task<HttpReply> send(HttpRequest request) override;
+
+private:
+    class Turn;
+
+    HttpNetwork m_network;
+    CurlMulti m_multi;
+    int m_runningGets = 0;
+    std::deque<Turn *> m_waitingGets;
+};
