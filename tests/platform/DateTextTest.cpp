@@ -1,0 +1,105 @@
+#include "text/DateText.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+constexpr Instant autumnMorning(std::chrono::sys_days(2026y / 11 / 21) + 7h + 5min + 59s);
+constexpr Instant beforeNewYear(std::chrono::sys_days(2026y / 12 / 31) + 23h + 30min);
+} // namespace
+
+class DateTextTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void writesForTheReadersOfALocale_data()
+    {
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<QByteArray>("zone");
+        QTest::addColumn<Instant>("instant");
+        QTest::addColumn<QString>("longDate");
+        QTest::addColumn<QString>("dateAndTime");
+        QTest::addColumn<QString>("time");
+        QTest::newRow("American") << u"en_US"_s << "America/New_York"_ba << autumnMorning
+                                  << u"November 21, 2026"_s << u"Nov 21, 2026, 2:05\u202fAM"_s
+                                  << u"2:05\u202fAM"_s;
+        QTest::newRow("German") << u"de_DE"_s << "Europe/Berlin"_ba << autumnMorning
+                                << u"21. November 2026"_s << u"21.11.2026, 08:05"_s << u"08:05"_s;
+        QTest::newRow("Japanese, next year")
+            << u"ja_JP"_s << "Asia/Tokyo"_ba << beforeNewYear << u"2027年1月1日"_s
+            << u"2027/01/01 8:30"_s << u"8:30"_s;
+        QTest::newRow("with encoding")
+            << u"en_GB.UTF-8"_s << "UTC"_ba << beforeNewYear << u"31 December 2026"_s
+            << u"31 Dec 2026, 23:30"_s << u"23:30"_s;
+        QTest::newRow("summer time") << u"en_GB"_s << "Europe/London"_ba
+                                     << Instant(std::chrono::sys_days(2026y / 7 / 1) + 23h)
+                                     << u"2 July 2026"_s << u"2 Jul 2026, 00:00"_s << u"00:00"_s;
+    }
+    void writesForTheReadersOfALocale()
+    {
+        QFETCH(QString, locale);
+        QFETCH(QByteArray, zone);
+        QFETCH(Instant, instant);
+        const DateText dates(locale, QTimeZone(zone));
+        QTEST(dates.longDate(instant), "longDate");
+        QTEST(dates.mediumDateShortTime(instant), "dateAndTime");
+        QTEST(dates.shortTime(instant), "time");
+    }
+
+    void followsTheSystemsZone()
+    {
+        const DateText dates(u"de_DE"_s);
+        QCOMPARE(inZone("America/New_York", dates), u"02:05"_s);
+        QCOMPARE(inZone("Asia/Kolkata", dates), u"12:35"_s);
+    }
+
+    void takesTheLocaleOfTheEnvironment_data()
+    {
+        QTest::addColumn<QByteArray>("all");
+        QTest::addColumn<QByteArray>("time");
+        QTest::addColumn<QByteArray>("lang");
+        QTest::addColumn<QString>("locale");
+        QTest::newRow("all beats the others") << "ja_JP"_ba
+                                              << "de_DE"_ba
+                                              << "fr_FR"_ba << u"ja_JP"_s;
+        QTest::newRow("time beats lang") << ""_ba
+                                         << "de_DE.UTF-8"_ba
+                                         << "fr_FR"_ba << u"de_DE"_s;
+        QTest::newRow("lang, modified") << ""_ba
+                                        << ""_ba
+                                        << "fr_FR.UTF-8@euro"_ba << u"fr_FR"_s;
+        QTest::newRow("neutral") << "C.UTF-8"_ba
+                                 << "de_DE"_ba
+                                 << ""_ba << u"en_US"_s;
+        QTest::newRow("POSIX") << ""_ba
+                               << "POSIX"_ba
+                               << ""_ba << u"en_US"_s;
+        QTest::newRow("nothing") << ""_ba
+                                 << ""_ba
+                                 << ""_ba << u"en_US"_s;
+    }
+    void takesTheLocaleOfTheEnvironment()
+    {
+        QFETCH(QByteArray, all);
+        QFETCH(QByteArray, time);
+        QFETCH(QByteArray, lang);
+        qputenv("LC_ALL", all);
+        qputenv("LC_TIME", time);
+        qputenv("LANG", lang);
+        QTEST(systemLocale(), "locale");
+    }
+
+private:
+    static QString inZone(const char *zone, const DateText &dates)
+    {
+        qputenv("TZ", zone);
+        tzset();
+        return dates.shortTime(autumnMorning);
+    }
+};
+
+QTEST_GUILESS_MAIN(DateTextTest)
+#include "DateTextTest.moc"
