@@ -375,14 +375,13 @@ Expected<QList<ExcludedDomain>, StoreError> ModelContext::excludedDomains() cons
 
 void ModelContext::announceLater()
 {
-    if (std::exchange(m_isAnnouncing, true))
-        return;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            m_isAnnouncing = false;
-            if (!m_changes.isEmpty())
-                Q_EMIT changed(m_changes.take());
-        },
-        Qt::QueuedConnection);
+    if (!std::exchange(m_isAnnouncing, true))
+        QMetaObject::invokeMethod(this, &ModelContext::announceChanges, Qt::QueuedConnection);
+}
+
+void ModelContext::announceChanges()
+{
+    m_isAnnouncing = false;
+    if (!m_changes.isEmpty())
+        Q_EMIT changed(m_changes.take());
 }

@@ -76,6 +76,9 @@ public:
     /// New links or fields are waiting in memory because the last attempt to write them failed.
     bool hasUnsavedChanges() const { return m_retry != nullptr; }
 
+    /// Announces what has happened so far now, not at the end of the loop turn.
+    void announceChanges();
+
     /// Counts the links anew.
     Result takeCounts();
 
