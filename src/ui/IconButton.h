@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QToolButton>
+
+/// A plain button that shows one of the program's icons; its tooltip is also its accessible name.
+class IconButton : public QToolButton
+{
+    Q_OBJECT
+public:
+    IconButton(const QString &icon, const QString &toolTip, QWidget *parent = nullptr);
+};

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "MenuBarViewModel.h"
+
+#include <QWidget>
+
+class ElidedLabel;
+class IconButton;
+class QLabel;
+
+/// One row of the list that is in view: a link's title and time, its buttons while it is pointed at
+/// or has the focus, and below them its summary while it is expanded. Rows are used again for other
+/// links.
+class LinkRowView : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit LinkRowView(MenuBarViewModel &model, QWidget *parent);
+
+    /// The height of a collapsed row.
+    static int collapsedHeight(const QWidget &list);
+
+    void display(const LinkRow &row);
+    LinkId id() const { return m_row.id; }
+    /// What expanding adds at `width`; 0 without a summary.
+    int summaryHeight(int width) const;
+
+Q_SIGNALS:
+    void toggled(const LinkId &id);
+    void focused(const LinkId &id);
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    void enterEvent(QEnterEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    IconButton *addButton(const QString &icon, const QString &toolTip,
+                          void (MenuBarViewModel::*action)(const LinkId &));
+    void refreshButtons();
+    bool hasFocusWithin() const;
+
+    MenuBarViewModel &m_model;
+    LinkRow m_row;
+    QWidget *m_line;
+    ElidedLabel *m_title;
+    ElidedLabel *m_time;
+    QLabel *m_marker;
+    QLabel *m_summary;
+    QList<IconButton *> m_buttons;
+    bool m_isHovering = false;
+};

@@ -1,0 +1,222 @@
+#include "MenuBarView.h"
+
+#include "IconButton.h"
+#include "LinkListView.h"
+#include "ListAccessibility.h"
+#include "MenuBarViewModel.h"
+#include "PanelPlacement.h"
+#include "TintedIcon.h"
+
+#include <QApplication>
+#include <QBoxLayout>
+#include <QFrame>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPainter>
+#include <QScreen>
+#include <QStackedWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr QSize panelSize(380, 520);
+constexpr Qt::WindowFlags panelFlags =
+    Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
+
+QFont scaledFont(const QFont &font, qreal factor, QFont::Weight weight)
+{
+    QFont scaled = font;
+    scaled.setPointSizeF(font.pointSizeF() * factor);
+    scaled.setWeight(weight);
+    return scaled;
+}
+
+QFrame *divider()
+{
+    auto *const line = new QFrame;
+    line->setFrameStyle(QFrame::HLine | QFrame::Plain);
+    line->setForegroundRole(QPalette::Mid);
+    line->setFixedHeight(1);
+    return line;
+}
+
+} // namespace
+
+MenuBarView::MenuBarView(MenuBarViewModel &model)
+    : m_model(model)
+    , m_list(new LinkListView(model))
+{
+    installListAccessibility();
+    setWindowTitle(u"Strandloom"_s);
+    setAccessibleName(u"Strandloom"_s);
+    setBackgroundRole(QPalette::Base);
+    setAutoFillBackground(true);
+
+    m_body = new QStackedWidget;
+    m_body->addWidget(makePlaceholder());
+    m_body->addWidget(m_list);
+
+    auto *const column = new QVBoxLayout(this);
+    column->setContentsMargins(1, 1, 1, 1);
+    column->setSpacing(0);
+    column->addWidget(makeHeader());
+    column->addWidget(makeNotice());
+    column->addWidget(m_body, 1);
+    column->addWidget(divider());
+    column->addWidget(makeFooter());
+    resize(panelSize);
+
+    connect(&m_model, &MenuBarViewModel::changed, this, &MenuBarView::refresh);
+    applyColors();
+    refresh();
+}
+
+QWidget *MenuBarView::makeHeader()
+{
+    auto *const name = new QLabel(u"Strandloom"_s);
+    name->setFont(scaledFont(name->font(), 1.2, QFont::Bold));
+    m_today = new QLabel;
+
+    auto *const header = new QWidget;
+    auto *const line = new QHBoxLayout(header);
+    line->setContentsMargins(12, 12, 12, 8);
+    line->addWidget(name);
+    line->addStretch();
+    line->addWidget(m_today);
+    return header;
+}
+
+QWidget *MenuBarView::makeNotice()
+{
+    m_notice = new QLabel;
+    m_notice->setWordWrap(true);
+    m_notice->setTextFormat(Qt::PlainText);
+    m_noticeLine = new QWidget;
+    auto *const line = new QHBoxLayout(m_noticeLine);
+    line->setContentsMargins(12, 0, 12, 8);
+    line->addWidget(m_notice);
+    return m_noticeLine;
+}
+
+QWidget *MenuBarView::makePlaceholder()
+{
+    m_placeholderIcon = new QLabel;
+    m_placeholderIcon->setAlignment(Qt::AlignCenter);
+    auto *const title = new QLabel(tr("No Links Yet"));
+    title->setFont(scaledFont(title->font(), 1.1, QFont::DemiBold));
+    title->setAlignment(Qt::AlignCenter);
+    m_placeholderHint = new QLabel(tr("Copy a URL to get started"));
+    m_placeholderHint->setAlignment(Qt::AlignCenter);
+
+    auto *const placeholder = new QWidget;
+    auto *const column = new QVBoxLayout(placeholder);
+    column->setSpacing(8);
+    column->addStretch();
+    column->addWidget(m_placeholderIcon);
+    column->addWidget(title);
+    column->addWidget(m_placeholderHint);
+    column->addStretch();
+    return placeholder;
+}
+
+QWidget *MenuBarView::makeFooter()
+{
+    m_count = new QLabel;
+    auto *const quit = new IconButton(u"power"_s, tr("Quit Strandloom"));
+    connect(quit, &IconButton::clicked, this, &MenuBarView::quitRequested);
+
+    auto *const footer = new QWidget;
+    auto *const line = new QHBoxLayout(footer);
+    line->setContentsMargins(12, 6, 8, 6);
+    line->setSpacing(4);
+    line->addWidget(m_count);
+    line->addStretch();
+    line->addWidget(quit);
+    return footer;
+}
+
+void MenuBarView::refresh()
+{
+    m_today->setText(m_model.todayText());
+    m_count->setText(m_model.countText());
+    m_notice->setText(m_model.notice());
+    m_noticeLine->setVisible(!m_model.notice().isEmpty());
+    m_body->setCurrentIndex(m_model.isEmpty() ? 0 : 1);
+}
+
+void MenuBarView::applyColors()
+{
+    const QColor secondary = secondaryTextColor(QApplication::palette());
+    for (QLabel *const label : {m_today, m_notice, m_count, m_placeholderHint}) {
+        QPalette colors = label->palette();
+        colors.setColor(QPalette::WindowText, secondary);
+        label->setPalette(colors);
+    }
+    m_placeholderIcon->setPixmap(tintedIcon(u"link"_s).pixmap(QSize(32, 32), devicePixelRatioF()));
+}
+
+void MenuBarView::showAsPanel(const std::optional<QRect> &trayIcon)
+{
+    if (!m_isPanel)
+        setWindowFlags(panelFlags);
+    m_isPanel = true;
+    const QPoint cursor = QCursor::pos();
+    const QPoint anchor = trayIcon ? trayIcon->center() : cursor;
+    const QScreen *screen = QGuiApplication::screenAt(anchor);
+    if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    setGeometry(panelPlacement(panelSize, trayIcon, cursor, screen->availableGeometry()));
+    present();
+}
+
+void MenuBarView::showAsWindow()
+{
+    if (m_isPanel)
+        setWindowFlags(Qt::Window);
+    m_isPanel = false;
+    present();
+}
+
+void MenuBarView::present()
+{
+    m_list->startAnew();
+    show();
+    raise();
+    activateWindow();
+    m_list->setFocus();
+}
+
+bool MenuBarView::event(QEvent *event)
+{
+    // A menu or a dialog of ours takes the activation too, and must not lose its parent.
+    if (event->type() == QEvent::WindowDeactivate && m_isPanel && !QApplication::activePopupWidget()
+        && !QApplication::activeModalWidget())
+        hide();
+    return QWidget::event(event);
+}
+
+void MenuBarView::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange && m_count)
+        applyColors();
+    QWidget::changeEvent(event);
+}
+
+void MenuBarView::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape)
+        hide();
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void MenuBarView::paintEvent(QPaintEvent *)
+{
+    if (!m_isPanel)
+        return;
+    QPainter painter(this);
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}

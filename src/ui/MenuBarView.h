@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QWidget>
+
+#include <optional>
+
+class LinkListView;
+class MenuBarViewModel;
+class QLabel;
+class QStackedWidget;
+
+/// The menu bar panel. It drops down from the tray icon and goes when the user turns to another
+/// window; where there is no tray it is a window like others.
+class MenuBarView : public QWidget
+{
+    Q_OBJECT
+public:
+    /// `model` outlives the view.
+    explicit MenuBarView(MenuBarViewModel &model);
+
+    /// Shows the panel at the tray icon, or at the cursor where the tray does not tell where that
+    /// is.
+    void showAsPanel(const std::optional<QRect> &trayIcon);
+    void showAsWindow();
+
+Q_SIGNALS:
+    void quitRequested();
+
+protected:
+    void changeEvent(QEvent *event) override;
+    bool event(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    QWidget *makeHeader();
+    QWidget *makeNotice();
+    QWidget *makePlaceholder();
+    QWidget *makeFooter();
+    void present();
+    void refresh();
+    void applyColors();
+
+    MenuBarViewModel &m_model;
+    LinkListView *m_list;
+    QLabel *m_today = nullptr;
+    QWidget *m_noticeLine = nullptr;
+    QLabel *m_notice = nullptr;
+    QLabel *m_placeholderIcon = nullptr;
+    QLabel *m_placeholderHint = nullptr;
+    QStackedWidget *m_body = nullptr;
+    QLabel *m_count = nullptr;
+    bool m_isPanel = false;
+};

@@ -1,0 +1,106 @@
+#include "MenuBarViewModel.h"
+
+#include "Calendar.h"
+#include "DebugLog.h"
+#include "ModelContext.h"
+#include "clipboard/ClipboardSource.h"
+#include "desktop/UrlOpener.h"
+
+using namespace std::chrono_literals;
+
+namespace
+{
+
+constexpr qsizetype shownCharacters = 500; // a view never has to lay out a title of megabytes
+
+QString shown(const QString &text)
+{
+    return text.left(shownCharacters);
+}
+
+} // namespace
+
+MenuBarViewModel::MenuBarViewModel(const Parts &parts, QObject *parent)
+    : QObject(parent)
+    , m_parts(parts)
+    , m_links(parts.modelContext)
+    , m_dates(systemLocale())
+{
+    recountToday();
+    connect(&m_parts.modelContext, &ModelContext::changed, this, &MenuBarViewModel::recountToday);
+    connect(&m_parts.modelContext, &ModelContext::hasUnsavedChangesChanged, this,
+            &MenuBarViewModel::changed);
+    connect(&m_parts.clipboard, &ClipboardSource::limitationChanged, this,
+            &MenuBarViewModel::changed);
+}
+
+MenuBarViewModel::~MenuBarViewModel() = default;
+
+LinkRow MenuBarViewModel::row(int index) const
+{
+    const CapturedLink &link = m_links.linkAt(index);
+    LinkRow row{
+        link.id, shown(link.title.value_or(link.url)), m_dates.shortTime(link.copiedAt), {}};
+    if (link.summary)
+        row.summary = shown(*link.summary);
+    return row;
+}
+
+bool MenuBarViewModel::isEmpty() const
+{
+    return m_parts.modelContext.counts().visible == 0;
+}
+
+QString MenuBarViewModel::todayText() const
+{
+    return tr("%1 today").arg(m_today);
+}
+
+QString MenuBarViewModel::countText() const
+{
+    return tr("%1 links").arg(m_parts.modelContext.counts().visible);
+}
+
+QString MenuBarViewModel::notice() const
+{
+    if (m_parts.modelContext.hasUnsavedChanges())
+        return tr("Links cannot be saved at the moment. They are kept until they can.");
+    return m_parts.clipboard.limitation();
+}
+
+void MenuBarViewModel::open(const LinkId &id)
+{
+    if (const auto link = m_parts.modelContext.link(id))
+        m_parts.urlOpener.open(link->url);
+}
+
+void MenuBarViewModel::copyUrl(const LinkId &id)
+{
+    if (const auto link = m_parts.modelContext.link(id))
+        m_parts.clipboard.setText(link->url);
+}
+
+void MenuBarViewModel::copySummary(const LinkId &id)
+{
+    const auto link = m_parts.modelContext.link(id);
+    if (link && link->summary)
+        m_parts.clipboard.setText(*link->summary);
+}
+
+void MenuBarViewModel::remove(const LinkId &id)
+{
+    if (const auto removed = m_parts.modelContext.remove({id}); !removed)
+        debugLog(u"Failed to delete: " + description(removed.error()));
+}
+
+/// Today ends at midnight, and is then counted anew.
+void MenuBarViewModel::recountToday()
+{
+    const Instant now = m_parts.clock.now();
+    m_today = m_parts.modelContext.visibleSince(startOfDay(now));
+    if (const auto tomorrow = addDays(startOfDay(now), 1)) {
+        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(*tomorrow - now);
+        m_midnight = m_parts.clock.after(rest, [this] { recountToday(); });
+    }
+    Q_EMIT changed();
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "CapturedLink.h"
+#include "LinkListModel.h"
+#include "text/DateText.h"
+
+#include <QObject>
+
+#include <memory>
+
+class Alarm;
+class ClipboardSource;
+class Clock;
+class ModelContext;
+class UrlOpener;
+
+/// What a row of the list shows of a link.
+struct LinkRow {
+    LinkId id;
+    QString title; ///< the page's title, else the address
+    QString time; ///< of copying, short, in the user's locale
+    std::optional<QString> summary;
+};
+
+/// The state and the actions of the menu bar panel. Texts are cut to their first 500 characters;
+/// what is opened or copied is the record itself. Main thread only.
+class MenuBarViewModel : public QObject
+{
+    Q_OBJECT
+public:
+    /// All of it outlives the model.
+    struct Parts {
+        ModelContext &modelContext;
+        ClipboardSource &clipboard;
+        UrlOpener &urlOpener;
+        Clock &clock;
+    };
+
+    explicit MenuBarViewModel(const Parts &parts, QObject *parent = nullptr);
+    ~MenuBarViewModel() override;
+
+    LinkListModel &links() { return m_links; }
+    LinkRow row(int index) const;
+
+    bool isEmpty() const;
+    QString todayText() const; ///< how many listed links were copied today
+    QString countText() const; ///< how many links are listed
+    /// What the user must know about captures that do not work as they should; empty when all do.
+    QString notice() const;
+
+    void open(const LinkId &id);
+    void copyUrl(const LinkId &id);
+    void copySummary(const LinkId &id);
+    void remove(const LinkId &id);
+
+Q_SIGNALS:
+    /// Some text or flag is another. Rows announce themselves through `links()`.
+    void changed();
+
+private:
+    void recountToday();
+
+    Parts m_parts;
+    LinkListModel m_links;
+    DateText m_dates;
+    qint64 m_today = 0;
+    std::unique_ptr<Alarm> m_midnight;
+};

@@ -1,0 +1,74 @@
+#include "TintedIcon.h"
+
+#include <QGuiApplication>
+#include <QIconEngine>
+#include <QPainter>
+#include <QPalette>
+#include <QPixmapCache>
+#include <QSvgRenderer>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+class TintedIconEngine final : public QIconEngine
+{
+public:
+    explicit TintedIconEngine(QString name)
+        : m_name(std::move(name))
+    {
+    }
+
+    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State) override
+    {
+        const qreal ratio = painter->device()->devicePixelRatioF();
+        painter->drawPixmap(rect, render(rect.size() * ratio, mode));
+    }
+    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State) override
+    {
+        return render(size, mode);
+    }
+    QIconEngine *clone() const override { return new TintedIconEngine(*this); }
+
+private:
+    QPixmap render(const QSize &pixels, QIcon::Mode mode) const
+    {
+        const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
+        const QColor color = QGuiApplication::palette().color(group, QPalette::WindowText);
+        const QString key = u"tinted/%1/%2x%3/%4"_s.arg(m_name)
+                                .arg(pixels.width())
+                                .arg(pixels.height())
+                                .arg(color.rgba());
+        QPixmap pixmap;
+        if (QPixmapCache::find(key, &pixmap))
+            return pixmap;
+
+        pixmap = QPixmap(pixels);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        QSvgRenderer(u":/icons/"_s + m_name + u".svg").render(&painter);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.fillRect(pixmap.rect(), color);
+        painter.end();
+        QPixmapCache::insert(key, pixmap);
+        return pixmap;
+    }
+
+    QString m_name;
+};
+
+} // namespace
+
+QIcon tintedIcon(const QString &name)
+{
+    return QIcon(new TintedIconEngine(name));
+}
+
+QColor secondaryTextColor(const QPalette &palette)
+{
+    const QColor text = palette.color(QPalette::Text), base = palette.color(QPalette::Base);
+    const auto blend = [](int of, int with) { return (of * 62 + with * 38) / 100; };
+    return QColor(blend(text.red(), base.red()), blend(text.green(), base.green()),
+                  blend(text.blue(), base.blue()));
+}

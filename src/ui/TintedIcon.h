@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QColor>
+#include <QIcon>
+
+class QPalette;
+
+/// The program's own icons, drawn in the colour of the text around them: always right for the
+/// palette of the moment and for the pixels of the screen.
+
+/// `name` is that of a file in icons/, without its ending.
+QIcon tintedIcon(const QString &name);
+
+/// The colour of texts of second rank: between text and background, readable on both palettes.
+QColor secondaryTextColor(const QPalette &palette);
