@@ -1,0 +1,140 @@
+#include "StrandloomApp.h"
+
+#include "AppState.h"
+#include "CommandLine.h"
+#include "DebugLog.h"
+#include "MenuBarView.h"
+#include "MenuBarViewModel.h"
+#include "ModelContainer.h"
+#include "ModelContext.h"
+#include "Services.h"
+#include "desktop/SingleInstance.h"
+#include "desktop/TrayIcon.h"
+#include "desktop/UnixSignal.h"
+
+#include <QApplication>
+#include <QMenu>
+#include <QMessageBox>
+
+#include <csignal>
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+/// How long a desktop may take to bring up its tray before the user gets a window instead.
+constexpr auto trayPatience = 5s;
+
+/// By name, so that a tray can tint it and follow its own theme; drawn in colour where the icon is
+/// not installed.
+QIcon trayIcon()
+{
+    return QIcon::fromTheme(u"app.strandloom-symbolic"_s, QIcon(u":/icons/app.strandloom.svg"_s));
+}
+
+int dieOfStoreError(const StoreError &error)
+{
+    const QString message = u"Could not create ModelContainer: "_s + description(error);
+    std::fprintf(stderr, "%s\n", qPrintable(message)); // first: there may be nobody at the screen
+    QMessageBox box(QMessageBox::Critical, u"Strandloom"_s, message, QMessageBox::Close);
+    box.exec();
+    return int(ExitCode::nothing);
+}
+
+} // namespace
+
+StrandloomApp::StrandloomApp(Services &services, ModelContainer &container,
+                             SingleInstance &instance, Start start)
+    : m_services(services)
+    , m_container(container)
+    , m_appState(std::make_unique<AppState>(services))
+    , m_trayMenu(std::make_unique<QMenu>())
+    , m_tray(std::make_unique<TrayIcon>(trayIcon(), u"Strandloom"_s, *m_trayMenu))
+{
+    buildTrayMenu();
+    connect(m_tray.get(), &TrayIcon::activated, this, &StrandloomApp::togglePanel);
+    connect(&instance, &SingleInstance::activated, this, &StrandloomApp::openPanel);
+    connect(qApp, &QCoreApplication::aboutToQuit, m_appState.get(), &AppState::stop);
+    m_colorScheme.follow();
+    m_tray->show();
+    if (start == Start::normally)
+        m_trayPatience = m_services.clock.after(trayPatience, [this] { openWithoutTray(); });
+    debugLog(u"Started"_s);
+}
+
+StrandloomApp::~StrandloomApp() = default;
+
+void StrandloomApp::buildTrayMenu()
+{
+    // Some trays show nothing but the menu, so it begins with what a click does elsewhere.
+    m_trayMenu->addAction(tr("Open Strandloom"), this, &StrandloomApp::openPanel);
+    m_trayMenu->addSeparator();
+    m_trayMenu->addAction(tr("Quit Strandloom"), qApp, &QCoreApplication::quit);
+}
+
+void StrandloomApp::openWithoutTray()
+{
+    if (!m_tray->isShown())
+        openPanel();
+}
+
+void StrandloomApp::openPanel()
+{
+    m_appState->initialize(m_container.mainContext());
+    if (m_tray->isShown())
+        panel().showAsPanel(m_tray->geometry());
+    else
+        panel().showAsWindow();
+}
+
+void StrandloomApp::togglePanel()
+{
+    if (m_panel && m_panel->isVisible())
+        m_panel->hide();
+    else
+        openPanel();
+}
+
+MenuBarView &StrandloomApp::panel()
+{
+    if (!m_panel) {
+        const MenuBarViewModel::Parts parts{m_container.mainContext(), *m_services.clipboard,
+                                            m_services.urlOpener, m_services.clock};
+        m_panelModel = std::make_unique<MenuBarViewModel>(parts);
+        m_panel = std::make_unique<MenuBarView>(*m_panelModel);
+        connect(m_panel.get(), &MenuBarView::quitRequested, qApp, &QCoreApplication::quit);
+    }
+    return *m_panel;
+}
+
+int runStrandloom(int argc, char **argv, Start start)
+{
+    // Another program's end and a file size limit are errors to be handled, not ends of ours.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    QApplication application(argc, argv);
+    application.setApplicationName(u"strandloom"_s);
+    application.setApplicationDisplayName(u"Strandloom"_s);
+    application.setApplicationVersion(QStringLiteral(STRANDLOOM_VERSION));
+    application.setDesktopFileName(u"app.strandloom"_s);
+    application.setWindowIcon(
+        QIcon::fromTheme(u"app.strandloom"_s, QIcon(u":/icons/app.strandloom.svg"_s)));
+    application.setQuitOnLastWindowClosed(false);
+    UnixSignal terminated(SIGTERM), interrupted(SIGINT);
+    for (UnixSignal *const end : {&terminated, &interrupted})
+        QObject::connect(end, &UnixSignal::arrived, &application, &QCoreApplication::quit);
+
+    SingleInstance instance;
+    if (instance.claim() == SingleInstance::Role::second)
+        return int(ExitCode::done);
+
+    Services services;
+    const auto container = ModelContainer::open(ModelContainer::defaultFolder(), services.clock);
+    if (!container)
+        return dieOfStoreError(container.error());
+    StrandloomApp strandloom(services, **container, instance, start);
+    return QApplication::exec();
+}

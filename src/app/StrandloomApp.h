@@ -1,0 +1,57 @@
+#pragma once
+
+#include "desktop/ColorScheme.h"
+
+#include <QObject>
+
+#include <memory>
+
+class Alarm;
+class AppState;
+class MenuBarView;
+class MenuBarViewModel;
+class ModelContainer;
+class QMenu;
+class SingleInstance;
+class TrayIcon;
+struct Services;
+
+enum class Start {
+    normally,
+    inBackground, ///< where there is no tray, no window opens either
+};
+
+/// The application: the tray item with its panel, over one store and one set of services. Main
+/// thread only.
+class StrandloomApp : public QObject
+{
+    Q_OBJECT
+public:
+    /// All three outlive the application.
+    StrandloomApp(Services &services, ModelContainer &container, SingleInstance &instance,
+                  Start start);
+    ~StrandloomApp() override;
+
+    /// Shows the panel; the first time starts capturing.
+    void openPanel();
+    /// What a click on the tray icon does.
+    void togglePanel();
+
+private:
+    void buildTrayMenu();
+    void openWithoutTray();
+    MenuBarView &panel();
+
+    Services &m_services;
+    ModelContainer &m_container;
+    ColorScheme m_colorScheme;
+    std::unique_ptr<AppState> m_appState;
+    std::unique_ptr<QMenu> m_trayMenu;
+    std::unique_ptr<TrayIcon> m_tray;
+    std::unique_ptr<Alarm> m_trayPatience;
+    std::unique_ptr<MenuBarViewModel> m_panelModel; ///< made at the first opening, as is the panel
+    std::unique_ptr<MenuBarView> m_panel;
+};
+
+/// The program itself; returns the exit code.
+int runStrandloom(int argc, char **argv, Start start);

@@ -1,0 +1,133 @@
+#!/usr/bin/python3
+"""A scripted user: starts Strandloom on a virtual desktop, opens the panel from the tray, copies this
+and that, and looks at what became of it. Fails when an expectation does not hold."""
+
+import datetime
+import pathlib
+import sqlite3
+import subprocess
+import sys
+import uuid
+
+from desktop import Desktop, Failure, Program, Site, wait_until
+
+PAGES = {
+    "/plain": (200, {"Content-Type": "text/html"},
+               b"<html><head><title>Weaving by Hand &amp; by Loom</title></head></html>"),
+    "/slash/": (200, {}, b"<title>Not asked for: the slash is dropped</title>"),
+    "/slash": (200, {}, b"<TITLE>\n  A Trailing Slash\n</TITLE>"),
+    "/latin": (200, {}, "<title>Caf\u00e9 cr\u00e8me \u00e0 Z\u00fcrich</title>".encode("latin-1")),
+    "/gone": (404, {}, b"<title>404: not a title</title>"),
+    "/shared": (200, {}, b'<title> </title><meta property="og:title" content="Only for Sharing">'),
+}
+
+
+def expect(condition, what):
+    print(("  ok: " if condition else "  FAILED: ") + what, flush=True)
+    if not condition:
+        raise Failure(what)
+
+
+def exclude(desktop, domain):
+    """Leaves an excluded domain in the store, as if the user had entered it before."""
+    with sqlite3.connect(desktop.home / "data/strandloom/strandloom.sqlite") as store:
+        now = int(datetime.datetime.now().timestamp() * 1_000_000)
+        store.execute("INSERT INTO excludedDomains (id, domain, addedAt) VALUES (?, ?, ?)",
+                      (uuid.uuid4().bytes, domain, now))
+
+
+def dark_desktop(desktop, dark):
+    """Sets the desktop's colour scheme, which programs read from the settings portal."""
+    portal = pathlib.Path(__file__).parent / "settings_portal.py"
+    process = desktop.start("/usr/bin/python3", str(portal), "dark" if dark else "light")
+    name = "org.freedesktop.portal.Desktop"
+    wait_until(lambda: name in desktop.run("dbus-send", "--session", "--print-reply",
+                                           "--dest=org.freedesktop.DBus", "/",
+                                           "org.freedesktop.DBus.ListNames"),
+               "the settings portal")
+    return process
+
+
+def copy_things(desktop, program, site):
+    print("Copying.", flush=True)
+    desktop.copy(f"  {site.url('/plain')}\n")
+    program.wait_for_line("Fetched title: Weaving by Hand & by Loom")
+    desktop.copy(site.url("/slash/"))
+    program.wait_for_line("Fetched title: A Trailing Slash")
+    desktop.copy(site.url("/slash"))
+    program.wait_for_line("Skipping rapid duplicate URL: " + site.url("/slash"))
+    desktop.copy(site.url("/plain"))
+    program.wait_for_line("Skipping existing URL: " + site.url("/plain"))
+    desktop.copy("https://www.excluded.example/secret")
+    program.wait_for_line("Skipping excluded domain: https://www.excluded.example/secret")
+    desktop.copy("ftp://files.example/archive.tar")
+    desktop.copy("strandloom")
+    desktop.copy(site.url("/latin"))
+    program.wait_for_line("Fetched title: Caf\u00e9 cr\u00e8me \u00e0 Z\u00fcrich")
+    desktop.copy(site.url("/gone"))
+    program.wait_for_line("Captured link: " + site.url("/gone"))
+    desktop.copy(site.url("/shared"))
+    program.wait_for_line("Fetched title: Only for Sharing")
+
+
+def check_list(program, site):
+    code, links = program.list()
+    expect(code == 0, "the list has links")
+    expected = [("/shared", "Only for Sharing"), ("/gone", None),
+                ("/latin", "Caf\u00e9 cr\u00e8me \u00e0 Z\u00fcrich"), ("/slash", "A Trailing Slash"),
+                ("/plain", "Weaving by Hand & by Loom")]
+    found = [(link["url"], link.get("title")) for link in links]
+    expect(found == [(site.url(path), title) for path, title in expected],
+           "five links, newest first, with their titles")
+
+
+def tray_icon(desktop):
+    """Where the program's icon is: in the middle of the tray's window, which holds nothing else."""
+    x, y, width, height = desktop.geometry(desktop.window("panel"))
+    return x + width // 2, y + height // 2
+
+
+def main(binary, output):
+    output = pathlib.Path(output)
+    output.mkdir(parents=True, exist_ok=True)
+    site = Site(PAGES)
+    with Desktop() as desktop:
+        print("First start: makes the store. Then a domain is excluded.", flush=True)
+        first = Program(desktop, binary, "--background")
+        store = desktop.home / "data/strandloom/strandloom.sqlite"
+        wait_until(store.exists, "the store")
+        first.wait_for_line("Started")
+        expect(first.quit() == 0, "quits with 0 on SIGTERM")
+        exclude(desktop, "Excluded.Example")
+
+        program = Program(desktop, binary)
+        program.wait_for_line("Tray icon shown")
+        desktop.copy(site.url("/plain"))
+        expect(program.list() == (1, []), "nothing is captured before the panel was opened")
+
+        print("Opening the panel with a click on the tray icon.", flush=True)
+        desktop.click(*tray_icon(desktop))
+        panel = desktop.window("Strandloom")
+        copy_things(desktop, program, site)
+        check_list(program, site)
+
+        print("Looking at the panel.", flush=True)
+        desktop.screenshot(output / "panel.png", panel)
+        portal = dark_desktop(desktop, True)
+        program.wait_for_line("Colour scheme: dark")
+        desktop.run("sleep", "0.3")
+        desktop.screenshot(output / "panel-dark.png", panel)
+        portal.terminate()
+
+        print("\n$ strandloom list", flush=True)
+        subprocess.run([program.binary, "list"], env=desktop.environment, check=True)
+        expect(program.quit() == 0, "\nquits with 0".strip())
+    site.close()
+    print(f"Screenshots are in {output}.")
+
+
+if __name__ == "__main__":
+    try:
+        main(sys.argv[1], sys.argv[2])
+    except Failure as failure:
+        sys.exit(f"The demonstration failed: {failure}")

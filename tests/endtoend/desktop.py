@@ -1,0 +1,210 @@
+"""A virtual desktop for tests and the demonstration: X server, session bus, window manager, tray,
+and the program started on it as a user would have it."""
+
+import json
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import tempfile
+import threading
+import time
+from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
+
+
+class Failure(Exception):
+    """An expectation that did not hold."""
+
+
+def wait_until(condition, what, seconds=20):
+    """The first true answer of `condition`, asked again and again."""
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        if answer := condition():
+            return answer
+        time.sleep(0.02)
+    raise Failure(f"not within {seconds} s: {what}")
+
+
+class Site:
+    """A loopback web site of fixed pages: {path: (status, headers, body bytes)}."""
+
+    def __init__(self, pages):
+        class Handler(BaseHTTPRequestHandler):
+            def do_GET(self):
+                status, headers, body = pages.get(self.path, (404, {}, b"<title>Nothing</title>"))
+                self.send_response(status)
+                for name, value in headers.items():
+                    self.send_header(name, value)
+                self.send_header("Content-Length", str(len(body)))
+                self.end_headers()
+                self.wfile.write(body)
+
+            def log_message(self, *_):
+                pass
+
+        self.server = ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+
+    def url(self, path):
+        return f"http://127.0.0.1:{self.server.server_port}{path}"
+
+    def close(self):
+        self.server.shutdown()
+        self.server.server_close()
+
+
+class Desktop:
+    """An X server with a session bus, a window manager and a tray, and a home of its own.
+    Everything it started ends with it."""
+
+    def __init__(self, tray=True, size="1000x720x24"):
+        self.home = pathlib.Path(tempfile.mkdtemp(prefix="strandloom-desktop-"))
+        self.processes = []
+        runtime = self.home / "runtime"
+        runtime.mkdir(mode=0o700)
+        self.environment = {
+            "PATH": os.environ["PATH"],
+            "HOME": str(self.home),
+            "XDG_RUNTIME_DIR": str(runtime),
+            "XDG_DATA_HOME": str(self.home / "data"),
+            "XDG_CONFIG_HOME": str(self.home / "config"),
+            "XDG_CACHE_HOME": str(self.home / "cache"),
+            "LC_ALL": "C.UTF-8",
+            "QT_QPA_PLATFORM": "xcb",
+            "QT_LOGGING_RULES": "strandloom.debug=true",
+            "no_proxy": "*",
+        }
+        try:
+            self._start_display(size)
+            self._start_bus()
+            self.start("openbox", "--sm-disable")
+            if tray:
+                self.start("trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
+                           "--height", "28", "--SetDockType", "true", "--expand", "true")
+        except BaseException:
+            self.close()
+            raise
+
+    def _start_display(self, size):
+        reading, writing = os.pipe()
+        self.start("Xvfb", "-displayfd", str(writing), "-screen", "0", size, "-nolisten", "tcp",
+                   "-noreset", pass_fds=[writing])
+        os.close(writing)
+        with os.fdopen(reading) as answer:
+            self.environment["DISPLAY"] = ":" + answer.readline().strip()
+
+    def _start_bus(self):
+        bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"],
+                               env=self.environment, stdout=subprocess.PIPE, text=True)
+        self.processes.append(bus)
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
+
+    def start(self, *command, **options):
+        process = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, **options)
+        self.processes.append(process)
+        return process
+
+    def run(self, *command, **options):
+        """What a command prints; a `Failure` when it fails."""
+        done = subprocess.run(command, env=self.environment, capture_output=True, timeout=30,
+                              **options)
+        if done.returncode != 0:
+            raise Failure(f"{' '.join(command)}: {done.stderr.decode(errors='replace')}")
+        return done.stdout.decode(errors="replace")
+
+    def copy(self, text):
+        """Another program copies `text`; xclip stays behind to serve it."""
+        subprocess.run(["xclip", "-selection", "clipboard", "-silent"], input=text.encode(),
+                       env=self.environment, check=True, timeout=30,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def clipboard(self):
+        return self.run("xclip", "-selection", "clipboard", "-o")
+
+    def key(self, *keys):
+        self.run("xdotool", "key", *keys)
+
+    def click(self, x, y, button=1):
+        self.run("xdotool", "mousemove", str(x), str(y), "sleep", "0.1", "click", str(button))
+
+    def window(self, title, seconds=20):
+        """The id of the visible window with that title."""
+        def find():
+            found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"],
+                                   env=self.environment, capture_output=True, text=True)
+            return found.stdout.split()[0] if found.stdout.split() else None
+        return wait_until(find, f"window {title}", seconds)
+
+    def geometry(self, window):
+        """x, y, width, height of a window on the screen."""
+        answer = self.run("xdotool", "getwindowgeometry", "--shell", window)
+        values = dict(line.split("=") for line in answer.split())
+        return tuple(int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
+
+    def screenshot(self, path, window="root"):
+        self.run("import", "-window", window, str(path))
+
+    def close(self):
+        for process in reversed(self.processes):
+            process.terminate()
+        for process in reversed(self.processes):
+            try:
+                process.wait(5)
+            except subprocess.TimeoutExpired:
+                process.kill()
+                process.wait()
+        shutil.rmtree(self.home, ignore_errors=True)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.close()
+
+
+class Program:
+    """The program under test on a desktop, with the diagnostics it wrote."""
+
+    def __init__(self, desktop, binary, *arguments, **environment):
+        self.desktop = desktop
+        self.binary = str(pathlib.Path(binary).resolve())
+        self.log = desktop.home / "diagnostics.log"
+        self.seen = 0
+        with open(self.log, "ab") as log:
+            self.process = subprocess.Popen([self.binary, *arguments],
+                                            env={**desktop.environment, **environment},
+                                            stdin=subprocess.DEVNULL, stdout=log, stderr=log)
+        desktop.processes.append(self.process)
+
+    def lines(self):
+        return self.log.read_text(errors="replace").splitlines()
+
+    def wait_for_line(self, text, seconds=20):
+        def written():
+            return any(text in line for line in self.lines())
+        wait_until(written, f"the diagnostic '{text}'", seconds)
+
+    def list(self, *arguments):
+        """Exit code and rows of `strandloom list --json`."""
+        done = subprocess.run([self.binary, "list", "--json", *arguments],
+                              env=self.desktop.environment, capture_output=True, timeout=30)
+        return done.returncode, json.loads(done.stdout or b"[]")
+
+    def open_panel(self):
+        """A second start shows the running program's panel."""
+        self.desktop.run(self.binary)
+        return self.desktop.window("Strandloom")
+
+    def kill(self):
+        self.process.send_signal(signal.SIGKILL)
+        self.process.wait()
+        self.desktop.processes.remove(self.process)
+
+    def quit(self):
+        """Ends the program as the session would; its exit code."""
+        self.process.terminate()
+        self.desktop.processes.remove(self.process)
+        return self.process.wait(10)

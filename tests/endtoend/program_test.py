@@ -1,0 +1,140 @@
+#!/usr/bin/python3
+"""Drives the real program on a virtual desktop as a user does."""
+
+import os
+import pathlib
+import signal
+import subprocess
+import sys
+import time
+import unittest
+
+from desktop import Desktop, Program, wait_until
+
+BINARY = str(pathlib.Path(sys.argv.pop(1)).resolve())
+FATAL = "Could not create ModelContainer: "
+
+
+def windows(desktop, title="Strandloom"):
+    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"],
+                           env=desktop.environment, capture_output=True, text=True)
+    return found.stdout.split()
+
+
+class Starting(unittest.TestCase):
+    def test_many_starts_leave_one_process(self):
+        with Desktop() as desktop:
+            starts = [Program(desktop, BINARY) for _ in range(50)]
+            wait_until(lambda: sum(s.process.poll() is None for s in starts) == 1, "one process")
+            self.assertTrue(all(s.process.poll() in (None, 0) for s in starts))
+            desktop.window("Strandloom")
+
+    def test_second_start_without_a_bus_opens_the_panel(self):
+        with Desktop() as desktop:
+            del desktop.environment["DBUS_SESSION_BUS_ADDRESS"]
+            desktop.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nowhere"
+            program = Program(desktop, BINARY, "--background")
+            program.wait_for_line("Started")
+            self.assertEqual(windows(desktop), [])
+            program.open_panel()
+            desktop.copy("https://no-bus.example")
+            program.wait_for_line("Captured link: https://no-bus.example")
+
+    def test_without_a_tray_a_window_opens_unless_in_the_background(self):
+        with Desktop(tray=False) as desktop:
+            background = Program(desktop, BINARY, "--background")
+            background.wait_for_line("Started")
+            time.sleep(6)  # longer than the program waits for a tray
+            self.assertEqual(windows(desktop), [])
+            self.assertEqual(background.quit(), 0)
+            Program(desktop, BINARY)
+            desktop.window("Strandloom")
+
+    def test_wrong_usage(self):
+        for arguments in (["--nonsense"], ["nonsense"], ["list", "--limit", "x"], ["list", "more"]):
+            done = subprocess.run([BINARY, *arguments], capture_output=True, text=True)
+            self.assertEqual(done.returncode, 2, arguments)
+            self.assertIn("strandloom: ", done.stderr)
+
+    def test_help_and_version_need_no_display(self):
+        for option in ("--help", "--version"):
+            done = subprocess.run([BINARY, option], capture_output=True, text=True, env={})
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            self.assertIn("trandloom", done.stdout)
+
+
+class Store(unittest.TestCase):
+    def test_an_unusable_store_is_said_and_left_as_it_is(self):
+        def folder_in_its_place(path):
+            path.mkdir()
+
+        faults = {
+            "random": lambda path: path.write_bytes(os.urandom(8192)),
+            "empty": lambda path: path.write_bytes(b""),
+            "folder": folder_in_its_place,
+        }
+        for name, make in faults.items():
+            with self.subTest(name), Desktop(tray=False) as desktop:
+                path = desktop.home / "data/strandloom/strandloom.sqlite"
+                path.parent.mkdir(parents=True)
+                make(path)
+                before = path.read_bytes() if path.is_file() else None
+                program = Program(desktop, BINARY)
+                program.wait_for_line(FATAL)
+                dialog = desktop.window("Strandloom")
+                self.assertEqual(program.list(), (2, []))
+                desktop.run("xdotool", "windowfocus", "--sync", dialog, "key", "Escape")
+                self.assertEqual(program.process.wait(10), 1)
+                self.assertEqual(path.read_bytes() if path.is_file() else None, before)
+
+    def test_listing_makes_no_store(self):
+        with Desktop(tray=False) as desktop:
+            done = subprocess.run([BINARY, "list"], env=desktop.environment, capture_output=True)
+            self.assertEqual(done.returncode, 1)
+            self.assertFalse((desktop.home / "data").exists())
+
+
+class Capturing(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = Desktop()
+        cls.addClassCleanup(cls.desktop.close)
+        cls.program = Program(cls.desktop, BINARY)
+        cls.panel = cls.program.open_panel()
+
+    def urls(self):
+        return [link["url"] for link in self.program.list()[1]]
+
+    def test_twenty_quick_copies_are_twenty_links(self):
+        expected = [f"https://quick.example/{number}" for number in range(20)]
+        for url in expected:
+            self.desktop.copy(url)
+            time.sleep(0.02)
+        self.program.wait_for_line("Captured link: " + expected[-1])
+        quick = [url for url in self.urls() if "quick" in url]
+        self.assertEqual(quick, expected[::-1])
+
+    def test_the_panel_copies_and_deletes_by_keyboard(self):
+        self.desktop.copy("https://keyboard.example/older")
+        self.desktop.copy("https://keyboard.example/newest")
+        self.program.wait_for_line("Captured link: https://keyboard.example/newest")
+        self.program.open_panel()
+        self.desktop.run("xdotool", "windowfocus", "--sync", self.panel)
+        self.desktop.key("Home", "Down", "ctrl+c")
+        wait_until(lambda: self.desktop.clipboard() == "https://keyboard.example/older", "the copy")
+        self.desktop.key("Delete")
+        wait_until(lambda: "https://keyboard.example/older" not in self.urls(), "the deletion")
+        self.desktop.key("Escape")
+        wait_until(lambda: not windows(self.desktop), "the panel to close")
+
+    def test_quits_cleanly_on_each_signal(self):
+        for number in (signal.SIGTERM, signal.SIGINT):
+            with Desktop() as desktop:
+                program = Program(desktop, BINARY, "--background")
+                program.wait_for_line("Started")
+                program.process.send_signal(number)
+                self.assertEqual(program.process.wait(10), 0)
+
+
+if __name__ == "__main__":
+    unittest.main()
