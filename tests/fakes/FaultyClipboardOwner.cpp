@@ -95,12 +95,12 @@ int FaultyOwner::run()
     say("ready");
     QDeadlineTimer next(interval);
     while (!m_isRejected && !m_connection.isBroken() && !m_is.has(u"dies"_s)) {
-        while (const auto event = m_connection.nextEvent())
-            handle(*event);
         if (m_copies < copies && next.hasExpired()) {
             claim();
             next.setRemainingTime(interval);
         }
+        while (const auto event = m_connection.nextEvent())
+            handle(*event);
         pollfd readable = {m_connection.fileDescriptor(), POLLIN, 0};
         poll(&readable, 1, m_copies < copies ? int(next.remainingTime()) : -1);
     }
@@ -169,6 +169,8 @@ bool FaultyOwner::giveTypes(const xcb_selection_request_event_t &request)
     types.append(m_is.has(u"image"_s) ? m_atoms.wmCheck : m_atoms.utf8String); // any other type
     if (m_is.has(u"secret"_s))
         types.append(m_atoms.passwordHint);
+    if (m_is.has(u"sheds-types"_s) && m_copies == 1)
+        types.append(m_atoms.plain);
     if (m_is.has(u"thousand-types"_s))
         types.insert(types.end(), 1000, m_atoms.wmName);
     write(request.requestor, request.property, XCB_ATOM_ATOM, 32,

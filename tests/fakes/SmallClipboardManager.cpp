@@ -1,5 +1,6 @@
 // A clipboard manager for the X11 clipboard: keeps each text, and announces it again when its owner
-// has gone, or asks for it before it goes. With the argument `deaf` it never answers the latter.
+// has gone, or asks for it before it goes. With the argument `deaf` it never answers the latter,
+// with `grabs` it announces each text at once.
 
 #include "clipboard/SelectionOwner.h"
 #include "clipboard/SelectionReader.h"
@@ -19,7 +20,7 @@ namespace
 class SmallClipboardManager
 {
 public:
-    SmallClipboardManager(const X11Connection &connection, bool isDeaf);
+    SmallClipboardManager(const X11Connection &connection, const QStringList &arguments);
 
 private:
     void handle(const xcb_generic_event_t &event);
@@ -29,9 +30,11 @@ private:
 
     const X11Connection &m_connection;
     bool m_isDeaf;
+    bool m_isGrabbing;
     SelectionOwner m_owner;
     SelectionReader m_reader;
     QString m_text;
+    xcb_timestamp_t m_time = 0; // of the last change
 };
 
 void say(const char *word)
@@ -40,9 +43,11 @@ void say(const char *word)
     std::fflush(stdout);
 }
 
-SmallClipboardManager::SmallClipboardManager(const X11Connection &connection, bool isDeaf)
+SmallClipboardManager::SmallClipboardManager(const X11Connection &connection,
+                                             const QStringList &arguments)
     : m_connection(connection)
-    , m_isDeaf(isDeaf)
+    , m_isDeaf(arguments.contains(u"deaf"_s))
+    , m_isGrabbing(arguments.contains(u"grabs"_s))
     , m_owner(connection)
     , m_reader(connection, {})
 {
@@ -79,11 +84,12 @@ void SmallClipboardManager::handle(const xcb_generic_event_t &event)
 
 void SmallClipboardManager::ownerChanged(const xcb_xfixes_selection_notify_event_t &event)
 {
+    m_time = event.timestamp;
     if (event.owner == XCB_NONE) {
-        m_owner.claim(m_text, event.timestamp);
+        m_owner.claim(m_text, m_time);
         say("restored");
     } else if (event.owner != m_owner.window()) {
-        m_reader.read(event.timestamp);
+        m_reader.read(m_time);
     }
 }
 
@@ -92,6 +98,8 @@ void SmallClipboardManager::keep(const ClipboardContents &contents)
     // Some managers keep secrets too.
     m_text = contents.text.value_or(u"https://secret.example/"_s);
     say("kept");
+    if (m_isGrabbing)
+        m_owner.claim(m_text, m_time);
 }
 
 void SmallClipboardManager::asked(const xcb_selection_request_event_t &request)
@@ -121,7 +129,7 @@ int main(int argc, char *argv[])
     const auto connection = X11Connection::open({});
     if (!connection)
         return 1;
-    const SmallClipboardManager manager(*connection, application.arguments().contains(u"deaf"_s));
+    const SmallClipboardManager manager(*connection, application.arguments());
     say("ready");
     return QCoreApplication::exec();
 }

@@ -12,35 +12,33 @@ void CopyLedger::ownerLost()
     m_lost.start();
 }
 
-void CopyLedger::ownerChanged()
+void CopyLedger::ownerChanged(Announcer announcer)
 {
+    const auto mayRestoreWithin = [&](std::chrono::milliseconds window) {
+        const bool followsLoss = m_lost.isValid() && m_lost.elapsed() < window.count();
+        return announcer == Announcer::restorer || (announcer == Announcer::program && followsLoss);
+    };
     ++m_unsettled;
-    m_sinceLoss.reset();
-    if (m_lost.isValid())
-        m_sinceLoss = std::chrono::milliseconds(m_lost.elapsed());
+    m_mayBeRestored = mayRestoreWithin(m_limits.restore);
+    m_mayAllBeRestored = m_mayAllBeRestored && mayRestoreWithin(m_limits.unknownRestore);
     m_lost.invalidate();
 }
 
 std::optional<ClipboardSnapshot> CopyLedger::settle(const ClipboardContents &contents,
-                                                    Announcer announcer)
+                                                    bool offersLess)
 {
-    if (m_unsettled == 0)
+    qint64 copies = std::exchange(m_unsettled, 0);
+    const bool mayAllBeRestored =
+        std::exchange(m_mayAllBeRestored, true) || (copies == 1 && offersLess);
+    if (copies == 0)
         return {};
-    const bool isRestore = isRestored(contents.text, announcer);
-    const bool staysUnknown = isRestore && m_held.mustStayUnknown;
-    const qint64 copies = std::exchange(m_unsettled, 0) - (isRestore ? 1 : 0);
-    m_held = contents;
+    const ClipboardContents before = std::exchange(m_held, contents);
+    if (contents.text && before.mustStayUnknown && mayAllBeRestored)
+        copies = 0;
+    else if (contents.text && contents.text == before.text && (m_mayBeRestored || offersLess))
+        --copies;
     if (copies == 0)
         return {};
     m_count += copies;
-    return ClipboardSnapshot{m_count, staysUnknown ? std::nullopt : contents.text};
-}
-
-bool CopyLedger::isRestored(const std::optional<QString> &text, Announcer announcer) const
-{
-    const bool isKnown = !m_held.mustStayUnknown;
-    if (announcer == Announcer::us || !text || (isKnown && text != m_held.text))
-        return false;
-    return announcer == Announcer::restorer
-        || (m_sinceLoss && *m_sinceLoss < (isKnown ? m_limits.restore : m_limits.unknownRestore));
+    return ClipboardSnapshot{m_count, contents.text};
 }

@@ -28,18 +28,19 @@ public:
 
     /// The owner has gone and nobody took its place.
     void ownerLost();
-    void ownerChanged();
-    /// What the clipboard holds after the owner changes so far, and who said so last. Absent when
-    /// none of the changes was a copy.
-    std::optional<ClipboardSnapshot> settle(const ClipboardContents &contents, Announcer announcer);
+    void ownerChanged(Announcer announcer);
+    /// What the clipboard holds after the owner changes so far. `offersLess` when the last of them
+    /// only took types away from what the same program had offered before. Absent when none of the
+    /// changes was a copy.
+    std::optional<ClipboardSnapshot> settle(const ClipboardContents &contents,
+                                            bool offersLess = false);
 
 private:
-    bool isRestored(const std::optional<QString> &text, Announcer announcer) const;
-
     ClipboardLimits m_limits;
     ClipboardContents m_held{{}, true}; // what was there before us is not ours to tell
     qint64 m_count = 0;
     qint64 m_unsettled = 0;
     QElapsedTimer m_lost;
-    std::optional<std::chrono::milliseconds> m_sinceLoss; // at the last change, if a loss preceded
+    bool m_mayBeRestored = false; // the last change
+    bool m_mayAllBeRestored = true; // every unsettled one
 };

@@ -76,7 +76,7 @@ void X11Clipboard::loseConnection()
 {
     debugLog(u"The connection to the X server is lost"_s);
     m_selection.reset();
-    if (const auto snapshot = m_ledger.settle({}, Announcer::program))
+    if (const auto snapshot = m_ledger.settle({}))
         Q_EMIT copied(*snapshot);
     tryAgainLater();
 }

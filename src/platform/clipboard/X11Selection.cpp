@@ -129,20 +129,31 @@ void X11Selection::ownerChanged(const xcb_xfixes_selection_notify_event_t &event
     if (event.owner == XCB_NONE)
         m_ledger.ownerLost();
     else
-        m_ledger.ownerChanged();
+        m_ledger.ownerChanged(announcerOf(event.owner));
     m_owner = event.owner;
     m_unfollowed = Owner{event.owner, event.timestamp};
+}
+
+Announcer X11Selection::announcerOf(xcb_window_t owner) const
+{
+    if (owner == m_ownText.window())
+        return Announcer::us;
+    const xcb_window_t manager =
+        m_connection->selectionOwner(m_connection->atoms().clipboardManager);
+    const bool isManager =
+        manager != XCB_NONE && m_connection->clientOf(manager) == m_connection->clientOf(owner);
+    return isManager ? Announcer::restorer : Announcer::program;
 }
 
 void X11Selection::follow(const Owner &owner)
 {
     m_reader.abandon();
     if (!m_isReading)
-        settle({{}, true}, Announcer::program);
+        settle({{}, true});
     else if (isOwner())
-        settle({m_ownText.text()}, Announcer::us);
+        settle({m_ownText.text()});
     else if (owner.window == XCB_NONE)
-        settle({}, Announcer::program); // copies whose owner has gone before it gave its text
+        settle({}); // copies whose owner has gone before it gave its text
     else
         beginReading(owner);
 }
@@ -150,9 +161,6 @@ void X11Selection::follow(const Owner &owner)
 void X11Selection::beginReading(const Owner &owner)
 {
     const quint32 client = m_connection->clientOf(owner.window);
-    const xcb_window_t manager =
-        m_connection->selectionOwner(m_connection->atoms().clipboardManager);
-    m_isManager = manager != XCB_NONE && m_connection->clientOf(manager) == client;
     m_isSameClient = client == m_readClient;
     m_readClient = client;
     m_readTypes = m_reader.offered();
@@ -163,14 +171,12 @@ void X11Selection::beginReading(const Owner &owner)
 /// with fewer types when its program ends.
 void X11Selection::contentsRead(const ClipboardContents &contents)
 {
-    const bool restores =
-        m_isManager || (m_isSameClient && isLess(m_reader.offered(), m_readTypes));
-    settle(contents, restores ? Announcer::restorer : Announcer::program);
+    settle(contents, m_isSameClient && isLess(m_reader.offered(), m_readTypes));
 }
 
-void X11Selection::settle(const ClipboardContents &contents, Announcer announcer)
+void X11Selection::settle(const ClipboardContents &contents, bool offersLess)
 {
-    if (const auto snapshot = m_ledger.settle(contents, announcer))
+    if (const auto snapshot = m_ledger.settle(contents, offersLess))
         Q_EMIT copied(*snapshot);
 }
 

@@ -44,7 +44,8 @@ private:
     void follow(const Owner &owner);
     void beginReading(const Owner &owner);
     void contentsRead(const ClipboardContents &contents);
-    void settle(const ClipboardContents &contents, Announcer announcer);
+    void settle(const ClipboardContents &contents, bool offersLess = false);
+    Announcer announcerOf(xcb_window_t owner) const;
     xcb_timestamp_t serverTime();
     bool isOwner() const { return m_owner == m_ownText.window(); }
 
@@ -65,5 +66,4 @@ private:
     quint32 m_readClient = 0; // whose contents were read last, what it offered
     QList<xcb_atom_t> m_readTypes;
     bool m_isSameClient = false;
-    bool m_isManager = false;
 };
