@@ -209,6 +209,7 @@ void FaultyOwner::giveIncrement(const xcb_property_notify_event_t &event)
         isMore ? m_text.leftJustified(m_is.number(u"bytes"_s, int(m_text.size())), 'x') : "";
     write(event.window, event.atom, m_atoms.utf8String, 8, increment);
     ++m_increments;
+    say("gave an increment");
 }
 
 void FaultyOwner::write(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, int format,

@@ -22,16 +22,24 @@ Heartbeat::~Heartbeat()
 void Heartbeat::beat()
 {
     const auto now = Clock::now();
-    const auto late = duration_cast<milliseconds>(now - m_last) - period;
-    m_longestHold = std::max(m_longestHold, late - milliseconds(m_machineLate.exchange(0)));
+    const auto hold = now - m_last - period - takeMachineLate();
+    m_longestHold = std::max(m_longestHold, duration_cast<milliseconds>(hold));
     m_last = now;
+}
+
+/// The other thread may be late right now, and not yet have said so.
+Heartbeat::Clock::duration Heartbeat::takeMachineLate()
+{
+    const auto overdue = Clock::now() - m_machineDue.load();
+    return m_machineLate.exchange({}) + std::max(overdue, Clock::duration::zero());
 }
 
 void Heartbeat::watchMachine()
 {
     while (!m_isEnding) {
-        const auto begin = Clock::now();
-        std::this_thread::sleep_for(period);
-        m_machineLate += int(duration_cast<milliseconds>(Clock::now() - begin - period).count());
+        const auto due = Clock::now() + period;
+        m_machineDue = due;
+        std::this_thread::sleep_until(due);
+        m_machineLate = m_machineLate.load() + (Clock::now() - due);
     }
 }

@@ -21,12 +21,14 @@ private:
 
     void beat();
     void watchMachine();
+    Clock::duration takeMachineLate();
 
     static constexpr std::chrono::milliseconds period{5};
     QTimer m_timer;
     Clock::time_point m_last = Clock::now();
     std::chrono::milliseconds m_longestHold{0};
-    std::atomic<int> m_machineLate = 0; // milliseconds since the last beat
+    std::atomic<Clock::duration> m_machineLate = Clock::duration::zero(); // since the last beat
+    std::atomic<Clock::time_point> m_machineDue = Clock::now();
     std::atomic<bool> m_isEnding = false;
     std::thread m_machine;
 };

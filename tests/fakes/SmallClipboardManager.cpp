@@ -1,6 +1,6 @@
 // A clipboard manager for the X11 clipboard: keeps each text, and announces it again when its owner
-// has gone, or asks for it before it goes. With the argument `deaf` it never answers the latter,
-// with `grabs` it announces each text at once.
+// has gone, or asks for it before it goes. As arguments: `deaf`, it never answers the latter;
+// `grabs`, it announces each text at once; `unnamed`, it does not tell that it is a manager.
 
 #include "clipboard/SelectionOwner.h"
 #include "clipboard/SelectionReader.h"
@@ -62,8 +62,9 @@ SmallClipboardManager::SmallClipboardManager(const X11Connection &connection,
     QObject::connect(&m_reader, &SelectionReader::finished, &m_reader,
                      [this](const ClipboardContents &contents) { keep(contents); });
     const X11Atoms &atoms = connection.atoms();
-    xcb_set_selection_owner(connection.xcb(), m_owner.window(), atoms.clipboardManager,
-                            XCB_CURRENT_TIME);
+    if (!arguments.contains(u"unnamed"_s))
+        xcb_set_selection_owner(connection.xcb(), m_owner.window(), atoms.clipboardManager,
+                                XCB_CURRENT_TIME);
     xcb_xfixes_select_selection_input(connection.xcb(), m_owner.window(), atoms.clipboard,
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER
                                           | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY

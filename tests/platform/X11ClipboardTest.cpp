@@ -200,6 +200,8 @@ private Q_SLOTS:
         QCOMPARE(clipboard->text(), text);
         if (arguments.contains(u"secret"_s))
             QVERIFY(!faulty.hasSaid("asked for text"));
+        if (arguments.contains(u"announced=100000000"_s))
+            QVERIFY(!faulty.hasSaid("gave an increment"));
         if (arguments.contains(u"pause=450"_s))
             QTRY_VERIFY(faulty.hasSaid("answered"));
 
@@ -258,18 +260,24 @@ private Q_SLOTS:
 
     void takesARestoredTextForNoCopy_data()
     {
+        QTest::addColumn<QString>("manager");
         QTest::addColumn<QString>("argument");
         QTest::addColumn<bool>("isReadingBefore");
-        QTest::newRow("known") << u"text=https://a.example/"_s << true;
-        QTest::newRow("secret") << u"secret"_s << true;
-        QTest::newRow("copied before reading") << u"text=https://a.example/"_s << false;
+        QTest::newRow("known") << u"named"_s << u"text=https://a.example/"_s << true;
+        QTest::newRow("by an unnamed manager")
+            << u"unnamed"_s << u"text=https://a.example/"_s << true;
+        QTest::newRow("secret") << u"named"_s << u"secret"_s << true;
+        QTest::newRow("secret, by an unnamed manager") << u"unnamed"_s << u"secret"_s << true;
+        QTest::newRow("copied before reading")
+            << u"named"_s << u"text=https://a.example/"_s << false;
     }
 
     void takesARestoredTextForNoCopy()
     {
+        QFETCH(QString, manager);
         QFETCH(QString, argument);
         QFETCH(bool, isReadingBefore);
-        Program keeper = manager();
+        Program keeper = this->manager({manager});
         QTRY_VERIFY(keeper.hasSaid("ready"));
         const auto clipboard = makeClipboard();
         clipboard->setText(u"connected"_s);
