@@ -1,5 +1,7 @@
 #include "desktop/TrayIcon.h"
 
+#include "DebugLog.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -105,4 +107,5 @@ void TrayIcon::place()
                     Q_EMIT activated();
             });
     m_icon->show();
+    debugLog(u"Tray icon shown"_s);
 }
