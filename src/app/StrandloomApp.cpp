@@ -116,6 +116,7 @@ int runStrandloom(int argc, char **argv, Start start)
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     QApplication application(argc, argv);
+    Q_INIT_RESOURCE(appicons);
     application.setApplicationName(u"strandloom"_s);
     application.setApplicationDisplayName(u"Strandloom"_s);
     application.setApplicationVersion(QStringLiteral(STRANDLOOM_VERSION));

@@ -24,7 +24,8 @@ void ElidedLabel::setText(const QString &text)
 
 QSize ElidedLabel::sizeHint() const
 {
-    return {fontMetrics().horizontalAdvance(m_text), fontMetrics().height()};
+    // One more than the advance, which is rounded: a text in a place of its size is not elided.
+    return {fontMetrics().horizontalAdvance(m_text) + 1, fontMetrics().height()};
 }
 
 QSize ElidedLabel::minimumSizeHint() const

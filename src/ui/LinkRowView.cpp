@@ -2,7 +2,7 @@
 
 #include "ElidedLabel.h"
 #include "IconButton.h"
-#include "TintedIcon.h"
+#include "IconLabel.h"
 
 #include <QContextMenuEvent>
 #include <QHBoxLayout>
@@ -26,11 +26,10 @@ LinkRowView::LinkRowView(MenuBarViewModel &model, QWidget *parent)
     , m_line(new QWidget(this))
     , m_title(new ElidedLabel(ElidedLabel::Rank::primary))
     , m_time(new ElidedLabel(ElidedLabel::Rank::secondary))
-    , m_marker(new QLabel)
+    , m_marker(new IconLabel(u"sparkles"_s, iconSize))
     , m_summary(new QLabel(this))
 {
     setFocusPolicy(Qt::StrongFocus);
-    m_marker->setFixedSize(iconSize, iconSize);
     m_marker->setToolTip(tr("Has a summary"));
     m_summary->setTextFormat(Qt::PlainText);
     m_summary->setWordWrap(true);
@@ -75,8 +74,6 @@ void LinkRowView::display(const LinkRow &row)
     m_title->setText(row.title);
     m_time->setText(row.time);
     m_marker->setVisible(row.summary.has_value());
-    if (row.summary)
-        m_marker->setPixmap(tintedIcon(u"sparkles"_s).pixmap(iconSize, devicePixelRatioF()));
     m_summary->setText(row.summary.value_or(QString()));
     setAccessibleName(row.title + u", " + row.time);
     setAccessibleDescription(row.summary.value_or(QString()));
@@ -167,13 +164,6 @@ void LinkRowView::contextMenuEvent(QContextMenuEvent *event)
     menu.addSeparator();
     menu.addAction(tr("Delete"), &model, [&model, id] { model.remove(id); });
     menu.exec(event->globalPos());
-}
-
-void LinkRowView::changeEvent(QEvent *event)
-{
-    if (event->type() == QEvent::PaletteChange && m_row.summary)
-        m_marker->setPixmap(tintedIcon(u"sparkles"_s).pixmap(iconSize, devicePixelRatioF()));
-    QWidget::changeEvent(event);
 }
 
 void LinkRowView::paintEvent(QPaintEvent *)

@@ -6,6 +6,7 @@
 
 class ElidedLabel;
 class IconButton;
+class IconLabel;
 class QLabel;
 
 /// One row of the list that is in view: a link's title and time, its buttons while it is pointed at
@@ -30,7 +31,6 @@ Q_SIGNALS:
     void focused(const LinkId &id);
 
 protected:
-    void changeEvent(QEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void enterEvent(QEnterEvent *event) override;
     void leaveEvent(QEvent *event) override;
@@ -53,7 +53,7 @@ private:
     QWidget *m_line;
     ElidedLabel *m_title;
     ElidedLabel *m_time;
-    QLabel *m_marker;
+    IconLabel *m_marker;
     QLabel *m_summary;
     QList<IconButton *> m_buttons;
     bool m_isHovering = false;

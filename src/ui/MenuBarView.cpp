@@ -1,11 +1,12 @@
 #include "MenuBarView.h"
 
+#include "ElidedLabel.h"
 #include "IconButton.h"
+#include "IconLabel.h"
 #include "LinkListView.h"
 #include "ListAccessibility.h"
 #include "MenuBarViewModel.h"
 #include "PanelPlacement.h"
-#include "TintedIcon.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -22,6 +23,7 @@ namespace
 {
 
 constexpr QSize panelSize(380, 520);
+constexpr int placeholderIconSize = 32;
 constexpr Qt::WindowFlags panelFlags =
     Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
 
@@ -69,7 +71,6 @@ MenuBarView::MenuBarView(MenuBarViewModel &model)
     resize(panelSize);
 
     connect(&m_model, &MenuBarViewModel::changed, this, &MenuBarView::refresh);
-    applyColors();
     refresh();
 }
 
@@ -77,7 +78,7 @@ QWidget *MenuBarView::makeHeader()
 {
     auto *const name = new QLabel(u"Strandloom"_s);
     name->setFont(scaledFont(name->font(), 1.2, QFont::Bold));
-    m_today = new QLabel;
+    m_today = new ElidedLabel(ElidedLabel::Rank::secondary);
 
     auto *const header = new QWidget;
     auto *const line = new QHBoxLayout(header);
@@ -102,28 +103,25 @@ QWidget *MenuBarView::makeNotice()
 
 QWidget *MenuBarView::makePlaceholder()
 {
-    m_placeholderIcon = new QLabel;
-    m_placeholderIcon->setAlignment(Qt::AlignCenter);
     auto *const title = new QLabel(tr("No Links Yet"));
     title->setFont(scaledFont(title->font(), 1.1, QFont::DemiBold));
-    title->setAlignment(Qt::AlignCenter);
-    m_placeholderHint = new QLabel(tr("Copy a URL to get started"));
-    m_placeholderHint->setAlignment(Qt::AlignCenter);
+    auto *const hint = new ElidedLabel(ElidedLabel::Rank::secondary);
+    hint->setText(tr("Copy a URL to get started"));
 
     auto *const placeholder = new QWidget;
     auto *const column = new QVBoxLayout(placeholder);
     column->setSpacing(8);
     column->addStretch();
-    column->addWidget(m_placeholderIcon);
-    column->addWidget(title);
-    column->addWidget(m_placeholderHint);
+    column->addWidget(new IconLabel(u"link"_s, placeholderIconSize), 0, Qt::AlignHCenter);
+    column->addWidget(title, 0, Qt::AlignHCenter);
+    column->addWidget(hint, 0, Qt::AlignHCenter);
     column->addStretch();
     return placeholder;
 }
 
 QWidget *MenuBarView::makeFooter()
 {
-    m_count = new QLabel;
+    m_count = new ElidedLabel(ElidedLabel::Rank::secondary);
     auto *const quit = new IconButton(u"power"_s, tr("Quit Strandloom"));
     connect(quit, &IconButton::clicked, this, &MenuBarView::quitRequested);
 
@@ -144,17 +142,6 @@ void MenuBarView::refresh()
     m_notice->setText(m_model.notice());
     m_noticeLine->setVisible(!m_model.notice().isEmpty());
     m_body->setCurrentIndex(m_model.isEmpty() ? 0 : 1);
-}
-
-void MenuBarView::applyColors()
-{
-    const QColor secondary = secondaryTextColor(QApplication::palette());
-    for (QLabel *const label : {m_today, m_notice, m_count, m_placeholderHint}) {
-        QPalette colors = label->palette();
-        colors.setColor(QPalette::WindowText, secondary);
-        label->setPalette(colors);
-    }
-    m_placeholderIcon->setPixmap(tintedIcon(u"link"_s).pixmap(QSize(32, 32), devicePixelRatioF()));
 }
 
 void MenuBarView::showAsPanel(const std::optional<QRect> &trayIcon)
@@ -195,13 +182,6 @@ bool MenuBarView::event(QEvent *event)
         && !QApplication::activeModalWidget())
         hide();
     return QWidget::event(event);
-}
-
-void MenuBarView::changeEvent(QEvent *event)
-{
-    if (event->type() == QEvent::PaletteChange && m_count)
-        applyColors();
-    QWidget::changeEvent(event);
 }
 
 void MenuBarView::keyPressEvent(QKeyEvent *event)

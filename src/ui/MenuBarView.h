@@ -4,6 +4,7 @@
 
 #include <optional>
 
+class ElidedLabel;
 class LinkListView;
 class MenuBarViewModel;
 class QLabel;
@@ -27,7 +28,6 @@ Q_SIGNALS:
     void quitRequested();
 
 protected:
-    void changeEvent(QEvent *event) override;
     bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
@@ -39,16 +39,13 @@ private:
     QWidget *makeFooter();
     void present();
     void refresh();
-    void applyColors();
 
     MenuBarViewModel &m_model;
     LinkListView *m_list;
-    QLabel *m_today = nullptr;
+    ElidedLabel *m_today = nullptr;
     QWidget *m_noticeLine = nullptr;
     QLabel *m_notice = nullptr;
-    QLabel *m_placeholderIcon = nullptr;
-    QLabel *m_placeholderHint = nullptr;
     QStackedWidget *m_body = nullptr;
-    QLabel *m_count = nullptr;
+    ElidedLabel *m_count = nullptr;
     bool m_isPanel = false;
 };

@@ -7,6 +7,12 @@
 #include <QPixmapCache>
 #include <QSvgRenderer>
 
+/// Resources of a static library come in only where something asks for them.
+static void initializeIcons()
+{
+    Q_INIT_RESOURCE(uiicons);
+}
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -62,6 +68,7 @@ private:
 
 QIcon tintedIcon(const QString &name)
 {
+    initializeIcons();
     return QIcon(new TintedIconEngine(name));
 }
 

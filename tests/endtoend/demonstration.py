@@ -82,8 +82,12 @@ def check_list(program, site):
 
 
 def tray_icon(desktop):
-    """Where the program's icon is: in the middle of the tray's window, which holds nothing else."""
-    x, y, width, height = desktop.geometry(desktop.window("panel"))
+    """The middle of the program's icon, the only one in the tray; None before it is there."""
+    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--classname", "strandloom"],
+                           env=desktop.environment, capture_output=True, text=True).stdout.split()
+    if not found:
+        return None
+    x, y, width, height = desktop.geometry(found[0])
     return x + width // 2, y + height // 2
 
 
@@ -106,6 +110,7 @@ def main(binary, output):
         expect(program.list() == (1, []), "nothing is captured before the panel was opened")
 
         print("Opening the panel with a click on the tray icon.", flush=True)
+        wait_until(lambda: tray_icon(desktop), "the icon in the tray")
         desktop.click(*tray_icon(desktop))
         panel = desktop.window("Strandloom")
         copy_things(desktop, program, site)

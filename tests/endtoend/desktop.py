@@ -7,6 +7,7 @@ import pathlib
 import shutil
 import signal
 import subprocess
+import sys
 import tempfile
 import threading
 import time
@@ -161,7 +162,11 @@ class Desktop:
     def __enter__(self):
         return self
 
-    def __exit__(self, *_):
+    def __exit__(self, kind, *_):
+        log = self.home / "diagnostics.log"
+        if kind and log.exists():
+            print("The last diagnostics were:", file=sys.stderr)
+            print(*log.read_text(errors="replace").splitlines()[-20:], sep="\n", file=sys.stderr)
         self.close()
 
 

@@ -16,7 +16,7 @@ APPEARANCE = "org.freedesktop.appearance"
 class Portal(dbus.service.Object):
     def __init__(self, bus, scheme):
         super().__init__(bus, "/org/freedesktop/portal/desktop")
-        self.scheme = dbus.UInt32(1 if scheme == "dark" else 2, variant_level=1)
+        self.scheme = 1 if scheme == "dark" else 2
 
     @dbus.service.method(INTERFACE, in_signature="ss", out_signature="v")
     def Read(self, namespace, key):
@@ -24,14 +24,9 @@ class Portal(dbus.service.Object):
             raise dbus.exceptions.DBusException("no such setting")
         return dbus.UInt32(self.scheme, variant_level=2)
 
-    @dbus.service.signal(INTERFACE, signature="ssv")
-    def SettingChanged(self, namespace, key, value):
-        pass
-
 
 dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
 bus = dbus.SessionBus()
 portal = Portal(bus, sys.argv[1])
 name = dbus.service.BusName("org.freedesktop.portal.Desktop", bus)
-portal.SettingChanged(APPEARANCE, "color-scheme", portal.scheme)
 GLib.MainLoop().run()

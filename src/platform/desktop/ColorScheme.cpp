@@ -7,6 +7,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QPalette>
 #include <QStyle>
@@ -73,10 +74,18 @@ void ColorScheme::follow()
         return;
     bus.connect(service, path, settings, u"SettingChanged"_s, this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
+    auto *const portal =
+        new QDBusServiceWatcher(service, bus, QDBusServiceWatcher::WatchForRegistration, this);
+    connect(portal, &QDBusServiceWatcher::serviceRegistered, this, &ColorScheme::ask);
+    ask();
+}
 
+void ColorScheme::ask()
+{
     auto question = QDBusMessage::createMethodCall(service, path, settings, u"Read"_s);
     question << appearance << colorScheme;
-    auto *answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
+    auto *const answer =
+        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         answer->deleteLater();
         const QDBusPendingReply<QDBusVariant> reply = *answer;

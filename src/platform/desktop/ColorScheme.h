@@ -13,13 +13,14 @@ class ColorScheme : public QObject
 public:
     explicit ColorScheme(QObject *parent = nullptr);
 
-    /// Asks the portal and listens to it.
+    /// Asks the portal, now and whenever it comes up, and listens to it.
     void follow();
 
 private Q_SLOTS:
     void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);
 
 private:
+    void ask();
     void apply(bool dark);
 
     bool m_isOurs = false; ///< the palette in use is one that this object set

@@ -25,7 +25,7 @@ const QString watcherPath = u"/StatusNotifierWatcher"_s;
 bool hasEmbeddingTray()
 {
     const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11)
+    if (!x11 || !x11->connection())
         return false;
     const QByteArray name = "_NET_SYSTEM_TRAY_S0";
     xcb_connection_t *connection = x11->connection();
