@@ -43,6 +43,7 @@ QPalette darkPalette()
     const QColor window(0x25, 0x26, 0x2b), base(0x1c, 0x1d, 0x21), text(0xe8, 0xe9, 0xed);
     QPalette palette(window, window);
     palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::Mid, QColor(0x3c, 0x3d, 0x44));
     palette.setColor(QPalette::Base, base);
     palette.setColor(QPalette::AlternateBase, window);
     palette.setColor(QPalette::Text, text);
