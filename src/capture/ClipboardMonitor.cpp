@@ -33,7 +33,7 @@ std::optional<QString> titleOf(const HttpResponse &response)
 {
     const auto end = response.isTruncated ? BodyEnd::truncated : BodyEnd::complete;
     const auto title = extractTitle(decodePage(response.body, end));
-    return title ? std::optional(QString::fromStdString(*title)) : std::nullopt;
+    return title ? std::optional(toQString(*title)) : std::nullopt;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "PageMaker.h"
 #include "ReferenceTitle.h"
+#include "text/PageText.h"
 
 #include <QTest>
 
@@ -12,7 +13,7 @@ namespace
 
 QString titleOf(const std::string &html)
 {
-    return QString::fromStdString(extractTitle(html).value_or(std::string()));
+    return toQString(extractTitle(html).value_or(std::string()));
 }
 
 } // namespace
@@ -59,7 +60,7 @@ private Q_SLOTS:
             const std::string html = maker.mutated(std::move(page));
             const QString title = titleOf(html);
             titled += !title.isEmpty();
-            const QString expected = referenceTitle(QString::fromStdString(html));
+            const QString expected = referenceTitle(toQString(html));
             if (title != expected)
                 qInfo("%s", html.c_str());
             QCOMPARE(title, expected);

@@ -1,5 +1,6 @@
 #include "text/PageText.h"
 
+#include <QStringDecoder>
 #include <QUtf8StringView>
 
 namespace
@@ -54,4 +55,10 @@ std::string decodePage(QByteArrayView body, BodyEnd end)
     if (body.startsWith(byteOrderMark))
         body = body.sliced(byteOrderMark.size());
     return {body.data(), static_cast<std::size_t>(body.size())};
+}
+
+QString toQString(std::string_view utf8)
+{
+    QStringDecoder decode(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    return decode(QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())));
 }
