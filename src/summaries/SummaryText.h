@@ -1,0 +1,7 @@
+#pragma once
+
+class QString;
+struct EvidencePacket;
+
+/// One sentence about a page: from its description, else its title. Never empty.
+QString composeSummary(const EvidencePacket &packet);
