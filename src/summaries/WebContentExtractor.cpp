@@ -1,0 +1,74 @@
+#include "WebContentExtractor.h"
+
+#include "PageEvidence.h"
+#include "async/OnPool.h"
+#include "text/PageText.h"
+#include "text/WebAddress.h"
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+const QByteArray userAgent = "Mozilla/5.0 (Macintosh; Intel Mac OS X 10_15_7) AppleWebKit/605.1.15 "
+                             "(KHTML, like Gecko) Version/17.0 Safari/605.1.15"_ba;
+
+HttpRequest pageRequest(const WebAddress &address)
+{
+    HttpRequest request;
+    request.url = address.encoded();
+    request.inactivityLimit = 15s;
+    request.headers = {{"User-Agent"_ba, userAgent}};
+    return request;
+}
+
+EvidencePacket packetOf(const HttpResponse &response, const QString &url, Instant now)
+{
+    const auto end = response.isTruncated ? BodyEnd::truncated : BodyEnd::complete;
+    return parsePacket(decodePage(response.body, end), url, now);
+}
+
+} // namespace
+
+QString description(ExtractionError error)
+{
+    switch (error) {
+    case ExtractionError::invalidURL:
+        return u"Invalid URL"_s;
+    case ExtractionError::fetchFailed:
+        return u"Failed to fetch page"_s;
+    case ExtractionError::encodingError:
+        return u"Could not decode page content"_s;
+    }
+    Q_UNREACHABLE();
+}
+
+WebContentExtractor::WebContentExtractor(HttpClient &http, QThreadPool &pages, const Clock &clock)
+    : m_http(http)
+    , m_pages(pages)
+    , m_clock(clock)
+{
+}
+
+Task<Expected<EvidencePacket, ExtractionFailure>> WebContentExtractor::extract(QString url)
+{
+    Turn turn(m_calls);
+    co_await turn;
+
+    const auto address = WebAddress::parse(url);
+    if (!address)
+        co_return Unexpected{ExtractionFailure(ExtractionError::invalidURL)};
+    const HttpRequest request = pageRequest(*address);
+    const HttpReply reply = co_await m_http.send(request);
+    if (!reply)
+        co_return Unexpected{ExtractionFailure(reply.error())};
+    if (reply->status < 200 || reply->status > 299)
+        co_return Unexpected{ExtractionFailure(ExtractionError::fetchFailed)};
+
+    OnPool<EvidencePacket> reading(m_pages, [response = *reply, url, now = m_clock.now()] {
+        return packetOf(response, url, now);
+    });
+    const EvidencePacket packet = co_await reading;
+    co_return packet;
+}

@@ -1,0 +1,163 @@
+#include "AppInfo.h"
+#include "FakeClock.h"
+#include "FakeHttpClient.h"
+#include "LocalMLService.h"
+#include "Waiting.h"
+#include "WebContentExtractor.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThreadPool>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+Task<> note(WebContentExtractor &extractor, QString url, QStringList *log)
+{
+    const auto packet = co_await extractor.extract(url);
+    log->append(packet ? *packet->title : u"none"_s);
+}
+
+Task<> load(LocalMLService &model, QList<double> *steps)
+{
+    const auto loaded = co_await model.loadModel([steps](double step) { steps->append(step); });
+    Q_UNUSED(loaded)
+}
+
+} // namespace
+
+class ExtractorTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void readsWhatArrives_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("outcome");
+        QTest::newRow("a page") << u"http://a.org/ä"_s << 200 << "<title>T</title>"_ba << u"T"_s;
+        QTest::newRow("no content") << u"http://a.org"_s << 299 << ""_ba << u"-"_s;
+        QTest::newRow("Latin-1") << u"http://a.org"_s << 200 << "<title>\xE4</title>"_ba << u"ä"_s;
+        QTest::newRow("not found")
+            << u"http://a.org"_s << 404 << ""_ba << u"Failed to fetch page"_s;
+        QTest::newRow("below 200")
+            << u"http://a.org"_s << 199 << ""_ba << u"Failed to fetch page"_s;
+        QTest::newRow("no answer") << u"http://a.org"_s << 0 << ""_ba << u"cut off"_s;
+        QTest::newRow("no address") << u"http://a b"_s << 200 << ""_ba << u"Invalid URL"_s;
+    }
+    void readsWhatArrives()
+    {
+        QFETCH(QString, url);
+        QFETCH(int, status);
+        QFETCH(QByteArray, body);
+        FakeClock clock;
+        FakeHttpClient http;
+        QThreadPool pages;
+        WebContentExtractor extractor(http, pages, clock);
+        http.answerWith([&](const HttpRequest &) -> HttpReply {
+            if (status == 0)
+                return Unexpected{HttpError{HttpError::Kind::broken, u"cut off"_s}};
+            return HttpResponse{status, body, false};
+        });
+        const auto result = waitFor(extractor.extract(url));
+        QVERIFY(result);
+        const auto words = [](const auto &reason) {
+            if constexpr (std::is_same_v<decltype(reason), const HttpError &>)
+                return reason.message;
+            else
+                return description(reason);
+        };
+        const QString outcome =
+            *result ? (*result)->title.value_or(u"-"_s) : std::visit(words, result->error());
+        QTEST(outcome, "outcome");
+        if (!http.requests().isEmpty()) {
+            const HttpRequest request = http.requests().first();
+            QCOMPARE(request.inactivityLimit, 15s);
+            QCOMPARE(request.headers.size(), 1);
+            QVERIFY(request.headers[0].value.endsWith("Gecko) Version/17.0 Safari/605.1.15"));
+        }
+        QCOMPARE(http.requests().size(), outcome == u"Invalid URL"_s ? 0 : 1);
+    }
+
+    void takesOneCallAfterTheOther()
+    {
+        FakeClock clock;
+        FakeHttpClient http;
+        QThreadPool pages;
+        WebContentExtractor extractor(http, pages, clock);
+        QStringList log;
+        Scope scope;
+        auto abandoned = std::make_unique<Scope>();
+        scope.start(note(extractor, u"http://a.org/1"_s, &log));
+        abandoned->start(note(extractor, u"http://a.org/2"_s, &log));
+        scope.start(note(extractor, u"http://a.org/3"_s, &log));
+        scope.start(note(extractor, u"http://a.org/4"_s, &log));
+        abandoned.reset();
+        for (const QByteArray name : {"1", "3", "4"}) {
+            QTRY_COMPARE(http.waiting(), 1);
+            QVERIFY(http.requests().last().url.endsWith(name));
+            http.answerNext(HttpResponse{200, "<title>" + name + "</title>", false});
+        }
+        QTRY_COMPARE(log, QStringList({u"1"_s, u"3"_s, u"4"_s}));
+    }
+
+    void loadsTheModelInTenSteps()
+    {
+        FakeClock clock;
+        LocalMLService model(AppInfo(QString()), clock);
+        const EvidencePacket packet(u"http://a.org"_s, {});
+        QList<double> steps;
+        {
+            Scope scope;
+            scope.start(load(model, &steps));
+            clock.advance(250ms);
+        }
+        clock.advance(1s);
+        QVERIFY(!model.isModelLoaded()); // the load was abandoned
+        QCOMPARE(model.loadingProgress(), 0.2);
+        QCOMPARE(description(model.generateSummary(packet).error()),
+                 u"AI model not loaded. Please wait for initialization."_s);
+
+        Scope scope;
+        steps.clear();
+        scope.start(load(model, &steps));
+        QCOMPARE(model.loadingProgress(), 0.0);
+        clock.advance(1s);
+        QCOMPARE(steps, QList<double>({0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8, 0.9, 1.0}));
+        QCOMPARE(*model.generateSummary(packet), u"A webpage from a.org."_s);
+        QVERIFY(model.isModelLoaded() && !model.isProcessing());
+        scope.start(load(model, &steps));
+        QVERIFY(scope.isEmpty());
+        QCOMPARE(model.loadingProgress(), 1.0);
+    }
+
+    void takesTheModelsNameFromTheInformationFile_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QString>("name");
+        const QString builtIn = u"mlx-community/Qwen2.5-0.5B-Instruct-4bit"_s;
+        QTest::newRow("named") << "MLModelName=own/model"_ba << u"own/model"_s;
+        QTest::newRow("empty") << "MLModelName="_ba << builtIn;
+        QTest::newRow("placeholder") << "MLModelName=$(ML_MODEL_NAME)"_ba << builtIn;
+        QTest::newRow("no text") << "MLModelName=a, b"_ba << builtIn;
+        QTest::newRow("missing") << "Other=x"_ba << builtIn;
+    }
+    void takesTheModelsNameFromTheInformationFile()
+    {
+        QFETCH(QByteArray, file);
+        QTemporaryDir folder;
+        QFile information(folder.filePath(u"strandloom.ini"_s));
+        QVERIFY(information.open(QIODevice::WriteOnly));
+        information.write(file);
+        information.close();
+        FakeClock clock;
+        QTEST(LocalMLService(AppInfo(information.fileName()), clock).modelName(), "name");
+    }
+};
+
+QTEST_GUILESS_MAIN(ExtractorTest)
+#include "ExtractorTest.moc"

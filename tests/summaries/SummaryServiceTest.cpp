@@ -1,0 +1,287 @@
+#include "SummaryService.h"
+
+#include "AppInfo.h"
+#include "DiagnosticLines.h"
+#include "FakeClock.h"
+#include "FakeHttpClient.h"
+#include "LocalMLService.h"
+#include "ModelContainer.h"
+#include "ModelContext.h"
+#include "WebContentExtractor.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThreadPool>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+class BrokenModel final : public LocalMLService
+{
+public:
+    using LocalMLService::LocalMLService;
+    Task<ModelLoad> loadModel(std::function<void(double)>) override
+    {
+        const LocalMLError error{LocalMLError::Kind::modelLoadFailed, u"no room"_s};
+        co_return Unexpected{error};
+    }
+};
+
+HttpReply page(const QByteArray &title)
+{
+    return HttpResponse{200, "<title>" + title + "</title>", false};
+}
+
+Task<> keepSummary(SummaryService &service, LinkId id, std::optional<QString> *summary)
+{
+    *summary = co_await service.summarize(id);
+}
+
+} // namespace
+
+class SummaryServiceTest : public QObject
+{
+    Q_OBJECT
+
+    /// The service over a real store, with a web and a clock of the test's own.
+    struct Desk {
+        QTemporaryDir folder;
+        FakeClock clock;
+        FakeHttpClient http;
+        QThreadPool pages;
+        std::unique_ptr<ModelContainer> container;
+        std::unique_ptr<LocalMLService> model;
+        std::unique_ptr<WebContentExtractor> extractor;
+        std::unique_ptr<SummaryService> service;
+        DiagnosticLines diagnostics;
+        QList<std::optional<SummaryProgress>> progress;
+        Scope waiters;
+
+        Desk()
+        {
+            container = *ModelContainer::open(folder.path(), clock);
+            model = std::make_unique<LocalMLService>(AppInfo(QString()), clock);
+            extractor = std::make_unique<WebContentExtractor>(http, pages, clock);
+            makeService();
+        }
+        void makeService()
+        {
+            service = std::make_unique<SummaryService>(context(), *model, *extractor, clock);
+            connect(service.get(), &SummaryService::currentProgressChanged, service.get(),
+                    [this, own = service.get()] { progress.append(own->currentProgress()); });
+        }
+        ModelContext &context() { return container->mainContext(); }
+        LinkId addLink(const QString &url, const std::optional<QString> &title = {},
+                       const std::optional<QString> &summary = {})
+        {
+            const CapturedLink link{QUuid::createUuid(), url, title, summary, clock.now()};
+            context().insert(link);
+            return link.id;
+        }
+        std::optional<QString> summary(const LinkId &id) { return context().link(id)->summary; }
+        void start(const QList<LinkId> &ids) { waiters.start(service->summarizeAll(ids)); }
+        /// Lets the model be loaded and the first page be asked for.
+        bool reachFirstPage()
+        {
+            clock.advance(1s);
+            return QTest::qWaitFor([this] { return http.waiting() == 1; });
+        }
+        /// Lets time pass until no batch runs and nobody waits.
+        bool finish()
+        {
+            return QTest::qWaitFor([this] {
+                clock.advance(100ms);
+                return !service->isSummarizing() && waiters.isEmpty();
+            });
+        }
+    };
+
+private Q_SLOTS:
+    void goesOnAfterAFailure()
+    {
+        Desk desk;
+        desk.http.answerWith([](const HttpRequest &request) -> HttpReply {
+            return request.url.endsWith("2")
+                ? HttpReply(HttpResponse{500, "<title>no</title>", false})
+                : page(request.url.right(1));
+        });
+        const QList<LinkId> ids{
+            desk.addLink(u"http://a.org/1"_s), desk.addLink(u"http://a.org/2"_s),
+            desk.addLink(u"http://a.org/3"_s), desk.addLink(u"http://a.org/4"_s, {}, u""_s)};
+        desk.start(ids);
+        QVERIFY(desk.service->isSummarizing());
+        QVERIFY(desk.finish());
+        QCOMPARE(desk.summary(ids[0]), u"1 - a webpage on a.org."_s);
+        QCOMPARE(desk.summary(ids[1]), std::nullopt);
+        QCOMPARE(desk.summary(ids[2]), u"3 - a webpage on a.org."_s);
+        QCOMPARE(desk.summary(ids[3]), u""_s);
+        using Progress = std::optional<SummaryProgress>;
+        const QList<Progress> expected{Progress({0, 3}), Progress({1, 3}), Progress({2, 3}),
+                                       Progress({3, 3}), Progress()};
+        QVERIFY(desk.progress == expected);
+        const QStringList lines{
+            u"Generated summary for http://a.org/1: 1 - a webpage on a.org...."_s,
+            u"Extraction failed for http://a.org/2: Failed to fetch page"_s,
+            u"Generated summary for http://a.org/3: 3 - a webpage on a.org...."_s,
+            u"Batch summarization complete: 3 links processed"_s};
+        QCOMPARE(desk.diagnostics.lines(), lines);
+        QVERIFY(desk.service->lastError().isEmpty());
+    }
+
+    void pausesAfterEachLink()
+    {
+        Desk desk;
+        desk.start({desk.addLink(u"http://a.org"_s)});
+        QVERIFY(desk.reachFirstPage());
+        desk.http.answerNext(page("T"));
+        QVERIFY(QTest::qWaitFor([&] { return desk.progress.last() == SummaryProgress{1, 1}; }));
+        desk.clock.advance(99ms);
+        QVERIFY(desk.service->isSummarizing());
+        desk.clock.advance(1ms);
+        QVERIFY(!desk.service->isSummarizing() && !desk.service->currentProgress());
+    }
+
+    void touchesNothingWhenNothingIsMissing()
+    {
+        Desk desk;
+        const QSignalSpy busy(desk.service.get(), &SummaryService::isSummarizingChanged);
+        desk.start({desk.addLink(u"http://a.org"_s, {}, u"S"_s), QUuid::createUuid()});
+        QVERIFY(desk.waiters.isEmpty() && busy.isEmpty() && desk.progress.isEmpty());
+    }
+
+    void leavesDeletedLinksDeleted()
+    {
+        Desk desk;
+        const QList<LinkId> ids{desk.addLink(u"http://a.org"_s), desk.addLink(u"http://b.org"_s)};
+        desk.start(ids);
+        QVERIFY(desk.reachFirstPage());
+        QVERIFY(desk.context().removeAll());
+        desk.http.answerNext(page("T"));
+        QVERIFY(desk.finish());
+        QCOMPARE(desk.context().counts().stored, 0);
+        QCOMPARE(desk.http.requests().size(), 1);
+        QVERIFY(desk.progress.contains(SummaryProgress{2, 2}));
+        QCOMPARE(desk.diagnostics.lines(),
+                 QStringList{u"Batch summarization complete: 2 links processed"_s});
+    }
+
+    void runsBatchesOneAfterTheOther()
+    {
+        Desk desk;
+        const LinkId first = desk.addLink(u"http://a.org/1"_s);
+        const LinkId second = desk.addLink(u"http://a.org/2"_s);
+        desk.http.answerWith([](const HttpRequest &) { return page("T"); });
+        desk.start({first});
+        desk.start({first, second}); // `first` has its summary by then
+        QCOMPARE(desk.http.requests().size(), 0);
+        QVERIFY(desk.finish());
+        QVERIFY(desk.summary(first) && desk.summary(second));
+        QCOMPARE(desk.http.requests().size(), 2);
+        QCOMPARE(desk.progress.count(SummaryProgress{1, 1}), 2);
+    }
+
+    void goesOnWhenNobodyWaits()
+    {
+        Desk desk;
+        const LinkId id = desk.addLink(u"http://a.org"_s);
+        {
+            Scope screen;
+            screen.start(desk.service->summarizeAll({id}));
+            QVERIFY(desk.reachFirstPage());
+        }
+        desk.http.answerNext(page("T"));
+        QVERIFY(desk.finish());
+        QVERIFY(desk.summary(id));
+    }
+
+    void endsWithTheService()
+    {
+        for (int wait = 0; wait < 3; ++wait) { // for the model, for the page, for the pause to end
+            Desk desk;
+            const LinkId id = desk.addLink(u"http://a.org"_s);
+            auto screen = std::make_unique<Scope>();
+            screen->start(desk.service->summarizeAll({id, desk.addLink(u"http://b.org"_s)}));
+            if (wait > 0)
+                QVERIFY(desk.reachFirstPage());
+            if (wait > 1) {
+                desk.http.answerNext(page("T"));
+                QVERIFY(QTest::qWaitFor([&] { return desk.summary(id).has_value(); }));
+            }
+            QList<bool> busy;
+            connect(desk.service.get(), &SummaryService::isSummarizingChanged, this,
+                    [&busy, own = desk.service.get()] { busy.append(own->isSummarizing()); });
+            screen.reset();
+            desk.service.reset();
+            QCOMPARE(busy, QList<bool>{false});
+            QVERIFY(!desk.progress.last());
+            QCOMPARE(desk.clock.alarmCount(), 0u);
+            QCOMPARE(desk.http.waiting(), 0);
+        }
+    }
+
+    void saysThatTheModelCannotBeLoaded()
+    {
+        Desk desk;
+        desk.model = std::make_unique<BrokenModel>(AppInfo(QString()), desk.clock);
+        desk.makeService();
+        const LinkId id = desk.addLink(u"http://a.org"_s);
+        desk.start({id});
+        std::optional<QString> summary;
+        desk.waiters.start(keepSummary(*desk.service, id, &summary));
+        QVERIFY(desk.finish());
+        QCOMPARE(desk.service->lastError(), u"Failed to load AI model: no room"_s);
+        QCOMPARE(
+            desk.diagnostics.lines(),
+            QStringList(
+                {u"Failed to load model: Failed to load AI model: no room"_s,
+                 u"Failed to load model for summarization: Failed to load AI model: no room"_s}));
+        QVERIFY(!desk.service->currentProgress() && !summary && desk.http.requests().isEmpty());
+    }
+
+    void fillsInAMissingTitle_data()
+    {
+        QTest::addColumn<QByteArray>("html");
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("after");
+        QTest::newRow("missing") << "<title>T</title>"_ba << QString() << u"T"_s;
+        QTest::newRow("empty") << "<title>T</title>"_ba << u""_s << u"T"_s;
+        QTest::newRow("kept") << "<title>T</title>"_ba << u"Mine"_s << u"Mine"_s;
+        QTest::newRow("Open Graph")
+            << "<meta property='og:title' content='OG'>"_ba << QString() << u"OG"_s;
+        QTest::newRow("none") << "text"_ba << QString() << QString();
+    }
+    void fillsInAMissingTitle()
+    {
+        QFETCH(QByteArray, html);
+        QFETCH(QString, before);
+        Desk desk;
+        const auto title = before.isNull() ? std::nullopt : std::optional(before);
+        const LinkId id = desk.addLink(u"http://a.org"_s, title);
+        std::optional<QString> summary;
+        desk.waiters.start(keepSummary(*desk.service, id, &summary));
+        QVERIFY(desk.reachFirstPage());
+        desk.http.answerNext(HttpResponse{200, html, false});
+        QVERIFY(desk.finish());
+        QTEST(desk.context().link(id)->title.value_or(QString()), "after");
+        QVERIFY(summary && !desk.summary(id)); // which is for the caller to store
+    }
+
+    void namesTransportErrors()
+    {
+        Desk desk;
+        desk.http.answerWith([](const HttpRequest &) -> HttpReply {
+            return Unexpected{HttpError{HttpError::Kind::timedOut, u"timed out"_s}};
+        });
+        desk.start({desk.addLink(u"http://a.org"_s)});
+        QVERIFY(desk.finish());
+        QCOMPARE(desk.diagnostics.lines().first(),
+                 u"Unexpected error summarizing http://a.org: timed out"_s);
+    }
+};
+
+QTEST_GUILESS_MAIN(SummaryServiceTest)
+#include "SummaryServiceTest.moc"
