@@ -62,7 +62,8 @@ private:
     {
         if (!m_members.isEmpty())
             m_members += ',';
-        const QByteArray list = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+        QByteArray list = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+        list.replace("\xEF\xBB\xBF", "\\ufeff"); // which the parser drops from a text's beginning
         m_members +=
             '"' + QByteArray(key.data(), key.size()) + "\":" + list.mid(1, list.size() - 2);
     }

@@ -78,7 +78,7 @@ private Q_SLOTS:
         packet.title = u"\"T\"\n"_s;
         packet.siteName = u""_s;
         packet.headings = {u"a"_s, u""_s};
-        packet.extractedText = u"x😀"_s;
+        packet.extractedText = u"\uFEFFx😀"_s;
         QVERIFY(EvidencePacket::fromJson(packet.toJson()) == packet);
         QVERIFY(packet.toJson().indexOf("siteName") > packet.toJson().indexOf("title"));
     }
