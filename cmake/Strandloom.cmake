@@ -12,6 +12,17 @@ if(STRANDLOOM_SANITIZE)
     target_link_options(strandloom_options INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(STRANDLOOM_FUZZ)
+    if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        message(FATAL_ERROR "libFuzzer needs clang: -DCMAKE_CXX_COMPILER=clang++")
+    endif()
+    target_compile_options(strandloom_options INTERFACE
+        -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined
+        -fno-sanitize=function # which clang 14 cannot do in coroutines, nor does it announce those
+        -D__cpp_impl_coroutine=201902L -Wno-unknown-warning-option)
+    target_link_options(strandloom_options INTERFACE -fsanitize=address,undefined)
+endif()
+
 # strandloom_library(NAME SOURCES ... LINKS ...): the static library of one folder. Its headers are
 # seen only by what links it, so an include against the direction of the arrows does not build.
 function(strandloom_library name)

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <cstdlib>
+
+/// Ends the program, in every kind of build, when what must hold does not.
+inline void demand(bool condition)
+{
+    if (!condition)
+        std::abort();
+}
