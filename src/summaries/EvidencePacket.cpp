@@ -97,7 +97,7 @@ public:
     {
         const QJsonValue value = m_object.value(key);
         demand(value.isArray());
-        for (const QJsonValue &text : value.toArray()) {
+        for (const auto &text : value.toArray()) {
             demand(text.isString());
             texts.append(text.toString());
         }

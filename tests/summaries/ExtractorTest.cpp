@@ -5,7 +5,7 @@
 #include "Waiting.h"
 #include "WebContentExtractor.h"
 
-#include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QTest>
 #include <QThreadPool>
 
@@ -135,27 +135,22 @@ private Q_SLOTS:
         QCOMPARE(model.loadingProgress(), 1.0);
     }
 
-    void takesTheModelsNameFromTheInformationFile_data()
-    {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<QString>("name");
-        const QString builtIn = u"mlx-community/Qwen2.5-0.5B-Instruct-4bit"_s;
-        QTest::newRow("named") << "MLModelName=own/model"_ba << u"own/model"_s;
-        QTest::newRow("empty") << "MLModelName="_ba << builtIn;
-        QTest::newRow("placeholder") << "MLModelName=$(ML_MODEL_NAME)"_ba << builtIn;
-        QTest::newRow("no text") << "MLModelName=a, b"_ba << builtIn;
-        QTest::newRow("missing") << "Other=x"_ba << builtIn;
-    }
     void takesTheModelsNameFromTheInformationFile()
     {
-        QFETCH(QByteArray, file);
-        QTemporaryDir folder;
-        QFile information(folder.filePath(u"strandloom.ini"_s));
-        QVERIFY(information.open(QIODevice::WriteOnly));
-        information.write(file);
-        information.close();
-        FakeClock clock;
-        QTEST(LocalMLService(AppInfo(information.fileName()), clock).modelName(), "name");
+        const QString builtIn = u"mlx-community/Qwen2.5-0.5B-Instruct-4bit"_s;
+        const std::pair<QByteArray, QString> files[] = {{"MLModelName=own/model", u"own/model"_s},
+                                                        {"MLModelName=", builtIn},
+                                                        {"Other=x", builtIn},
+                                                        {"MLModelName=$(ML_MODEL_NAME)", builtIn},
+                                                        {"MLModelName=a, b", builtIn}};
+        for (const auto &[text, name] : files) {
+            QTemporaryFile file;
+            QVERIFY(file.open());
+            file.write(text);
+            file.close();
+            FakeClock clock;
+            QCOMPARE(LocalMLService(AppInfo(file.fileName()), clock).modelName(), name);
+        }
     }
 };
 

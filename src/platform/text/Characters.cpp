@@ -52,7 +52,7 @@ std::string_view firstCharacters(std::string_view utf8, std::size_t count)
         return utf8.substr(0, count);
     UErrorCode status = U_ZERO_ERROR;
     UText text = UTEXT_INITIALIZER;
-    utext_openUTF8(&text, utf8.data(), utf8.size(), &status);
+    utext_openUTF8(&text, utf8.data(), static_cast<int64_t>(utf8.size()), &status);
     return utf8.substr(0, clusterEnd(text, utf8.size(), count));
 }
 
@@ -60,9 +60,9 @@ QStringView firstCharacters(QStringView text, std::size_t count)
 {
     const std::u16string_view units(text.utf16(), text.size());
     if (isPlain(units, count))
-        return text.first(std::min<std::size_t>(text.size(), count));
+        return units.substr(0, count);
     UErrorCode status = U_ZERO_ERROR;
     UText opened = UTEXT_INITIALIZER;
-    utext_openUChars(&opened, units.data(), units.size(), &status);
-    return text.first(clusterEnd(opened, units.size(), count));
+    utext_openUChars(&opened, units.data(), text.size(), &status);
+    return units.substr(0, clusterEnd(opened, units.size(), count));
 }
