@@ -5,8 +5,6 @@
 #include "LinkRows.h"
 #include "StoreDatabase.h"
 
-#include <SQLiteCpp/Transaction.h>
-
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -22,8 +20,10 @@ constexpr auto saveLink = "INSERT INTO links(" LINK_COLUMNS ") VALUES(?,?,?,?,?,
 constexpr auto hideLink = "UPDATE links SET isVisible=0 WHERE id=?";
 constexpr auto hideExportedLink = "UPDATE links SET isVisible=0, isExported=1 WHERE id=?";
 constexpr auto removeLink = "DELETE FROM links WHERE id=?";
-constexpr auto removeOldLinks = "DELETE FROM links WHERE copiedAt<? RETURNING id";
+constexpr auto removeOldLinks = "DELETE FROM links WHERE copiedAt<? "
+                                "RETURNING id, isVisible, summary IS NOT NULL";
 
+constexpr auto stateById = "SELECT id, isVisible, summary IS NOT NULL FROM links WHERE id=?";
 constexpr auto linkById = "SELECT " LINK_COLUMNS " FROM links WHERE id=?";
 constexpr auto countByUrl = "SELECT count(*) FROM links WHERE url=?";
 constexpr auto countVisibleSince = "SELECT count(*) FROM links WHERE isVisible AND copiedAt>=?";
@@ -40,22 +40,6 @@ constexpr auto insertDomain = "INSERT INTO excludedDomains(id, domain, addedAt) 
 constexpr auto removeDomain = "DELETE FROM excludedDomains WHERE id=?";
 constexpr auto allDomains = "SELECT id, domain, addedAt FROM excludedDomains ORDER BY seq";
 
-/// What `operation` returns, or why SQLite refused.
-template <typename Operation>
-auto attempt(Operation operation) -> Expected<decltype(operation()), StoreError>
-{
-    try {
-        if constexpr (std::is_void_v<decltype(operation())>) {
-            operation();
-            return {};
-        } else {
-            return operation();
-        }
-    } catch (const SQLite::Exception &exception) {
-        return Unexpected{storeError(exception)};
-    }
-}
-
 void bindLink(SQLite::Statement &statement, const CapturedLink &link)
 {
     bindId(statement, 1, link.id);
@@ -65,6 +49,12 @@ void bindLink(SQLite::Statement &statement, const CapturedLink &link)
     bindInstant(statement, 5, link.copiedAt);
     statement.bind(6, link.isExported);
     statement.bind(7, link.isVisible);
+}
+
+/// Of a row of the id and the two fields.
+LinkState stateFrom(SQLite::Statement &row)
+{
+    return {row.getColumn(1).getInt() != 0, row.getColumn(2).getInt() != 0};
 }
 
 QList<CapturedLink> linksOf(Query &query)
@@ -95,9 +85,7 @@ void ModelContext::insert(const CapturedLink &link)
 {
     m_unsaved.keepNew(link);
     saveUnsaved();
-    ++m_counts.stored;
-    m_counts.visible += link.isVisible ? 1 : 0;
-    m_counts.visibleWithoutSummary += link.isVisible && !link.summary ? 1 : 0;
+    m_counts += countsOf(stateOf(link));
     m_changes.noteInserted(link.id);
     announceLater();
 }
@@ -118,91 +106,114 @@ void ModelContext::update(const LinkId &id, std::optional<QString> CapturedLink:
     auto link = this->link(id);
     if (!link)
         return;
-    const bool hadSummary = link->summary.has_value();
+    m_counts -= countsOf(stateOf(*link));
     *link.*field = text;
+    m_counts += countsOf(stateOf(*link));
     m_unsaved.keepChanged(*link);
     saveUnsaved();
-    m_counts.visibleWithoutSummary -= link->isVisible && !hadSummary && link->summary ? 1 : 0;
     m_changes.noteUpdated(id);
     announceLater();
 }
 
 void ModelContext::saveUnsaved()
 {
-    const bool hadFailed = hasUnsavedChanges();
-    if (const auto written = writeUnsaved(); written) {
+    const auto written = writeUnsaved();
+    if (written)
         m_unsaved.forgetAll();
-        m_retry.reset();
-    } else {
+    else
         debugLog(u"Failed to save: "_s + description(written.error()));
-        m_retry = m_clock.after(retryInterval, [this] { saveUnsaved(); });
-    }
-    if (hasUnsavedChanges() != hadFailed)
+    watchUnsaved();
+}
+
+/// Tries again later for as long as something is unsaved.
+void ModelContext::watchUnsaved()
+{
+    const bool had = hasUnsavedChanges();
+    m_retry =
+        m_unsaved.isEmpty() ? nullptr : m_clock.after(retryInterval, [this] { saveUnsaved(); });
+    if (hasUnsavedChanges() != had)
         Q_EMIT hasUnsavedChangesChanged();
 }
 
 ModelContext::Result ModelContext::writeUnsaved()
 {
-    return attempt([this] {
-        SQLite::Transaction transaction(m_database.connection());
-        for (const CapturedLink &link : m_unsaved.inOrderOfCopying()) {
+    return m_database.transaction([this] {
+        for (const CapturedLink &link : m_unsaved.inOrder()) {
             Query save = m_database.query(saveLink);
             bindLink(*save, link);
             save->exec();
         }
-        transaction.commit();
     });
 }
 
 ModelContext::Result ModelContext::hide(const QList<LinkId> &ids)
 {
-    const Result hidden = changeEach(hideLink, ids);
-    if (!hidden)
-        return hidden;
-    m_unsaved.changeEach(ids, [](CapturedLink &link) { link.isVisible = false; });
-    for (const LinkId &id : ids)
-        m_changes.noteUpdated(id);
-    return takeCounts();
+    return hideEach(ids, hideLink, [](CapturedLink &link) { link.isVisible = false; });
 }
 
 ModelContext::Result ModelContext::hideExported(const QList<LinkId> &ids)
 {
-    const Result hidden = changeEach(hideExportedLink, ids);
-    if (!hidden)
-        return hidden;
-    m_unsaved.changeEach(ids, [](CapturedLink &link) {
+    return hideEach(ids, hideExportedLink, [](CapturedLink &link) {
         link.isVisible = false;
         link.isExported = true;
     });
-    for (const LinkId &id : ids)
-        m_changes.noteUpdated(id);
-    return takeCounts();
+}
+
+/// Writes many with `sql`, for all that `change` does to each would be to keep them all in memory.
+ModelContext::Result ModelContext::hideEach(const QList<LinkId> &ids, const char *sql,
+                                            const LinkChange &change)
+{
+    const auto before = states(ids);
+    if (!before)
+        return Unexpected{before.error()};
+    if (before->isEmpty())
+        return {};
+    const QList<LinkId> found = before->keys();
+    if (runForEach(sql, found))
+        m_unsaved.changeEach(found, change);
+    else
+        keepChanged(found, change);
+    for (auto state = before->begin(); state != before->end(); ++state) {
+        m_counts -= countsOf(*state);
+        m_counts += countsOf({false, state->hasSummary});
+        m_changes.noteUpdated(state.key());
+    }
+    announceLater();
+    return {};
+}
+
+/// Keeps in memory what could not be written, and tries again.
+void ModelContext::keepChanged(const QList<LinkId> &ids, const LinkChange &change)
+{
+    for (const LinkId &id : ids) {
+        if (auto link = this->link(id)) {
+            change(*link);
+            m_unsaved.keepChanged(*link);
+        }
+    }
+    saveUnsaved();
 }
 
 ModelContext::Result ModelContext::remove(const QList<LinkId> &ids)
 {
-    const Result removed = changeEach(removeLink, ids);
-    if (!removed)
-        return removed;
-    for (const LinkId &id : ids) {
-        m_unsaved.forget(id);
-        m_changes.noteRemoved(id);
-    }
-    return takeCounts();
+    const auto before = states(ids);
+    if (!before)
+        return Unexpected{before.error()};
+    const Result removed = runForEach(removeLink, before->keys());
+    if (removed)
+        finishRemoval(*before);
+    return removed;
 }
 
 /// Runs `sql`, which takes an id, for each of `ids`: for all of them or for none.
-ModelContext::Result ModelContext::changeEach(std::string_view sql, const QList<LinkId> &ids)
+ModelContext::Result ModelContext::runForEach(const char *sql, const QList<LinkId> &ids)
 {
-    announceLater();
-    return attempt([&] {
-        SQLite::Transaction transaction(m_database.connection());
+    return m_database.transaction([&] {
         for (const LinkId &id : ids) {
             Query change = m_database.query(sql);
             bindId(*change, 1, id);
             change->exec();
         }
-        transaction.commit();
     });
 }
 
@@ -214,26 +225,59 @@ ModelContext::Result ModelContext::removeAll()
 
 Expected<qint64, StoreError> ModelContext::removeCopiedBefore(Instant cutoff)
 {
-    const auto stored = attempt([&] {
-        QList<LinkId> ids;
+    States removed;
+    const auto written = m_database.transaction([&] {
         Query remove = m_database.query(removeOldLinks);
         bindInstant(*remove, 1, cutoff);
-        while (remove->executeStep())
-            ids.append(idFrom(remove->getColumn(0)));
-        return ids;
+        while (remove->executeStep()) {
+            const LinkId id = idFrom(remove->getColumn(0));
+            removed.insert(id, shownState(id, stateFrom(*remove)));
+        }
     });
-    if (!stored)
-        return Unexpected{stored.error()};
-
-    const QList<LinkId> removed = *stored + m_unsaved.takeNewCopiedBefore(cutoff);
-    for (const LinkId &id : removed) {
-        m_unsaved.forget(id);
-        m_changes.noteRemoved(id);
+    if (!written)
+        return Unexpected{written.error()};
+    for (const auto &[link, isNew, order] : m_unsaved.all()) {
+        if (link.copiedAt < cutoff)
+            removed.insert(link.id, stateOf(link));
     }
-    announceLater();
-    if (const auto counted = takeCounts(); !counted)
-        return Unexpected{counted.error()};
+    finishRemoval(removed);
     return removed.size();
+}
+
+void ModelContext::finishRemoval(const States &removed)
+{
+    if (removed.isEmpty())
+        return;
+    for (auto state = removed.begin(); state != removed.end(); ++state) {
+        m_counts -= countsOf(*state);
+        m_unsaved.forget(state.key());
+        m_changes.noteRemoved(state.key());
+    }
+    watchUnsaved();
+    announceLater();
+}
+
+/// Of those of `ids` that exist, what all queries show of them.
+Expected<ModelContext::States, StoreError> ModelContext::states(const QList<LinkId> &ids) const
+{
+    return m_database.attempt([&] {
+        States states;
+        for (const LinkId &id : ids) {
+            Query query = m_database.query(stateById);
+            bindId(*query, 1, id);
+            if (query->executeStep())
+                states.insert(id, shownState(id, stateFrom(*query)));
+            else if (const auto *const unsaved = m_unsaved.find(id))
+                states.insert(id, stateOf(unsaved->link));
+        }
+        return states;
+    });
+}
+
+LinkState ModelContext::shownState(const LinkId &id, const LinkState &stored) const
+{
+    const auto *const unsaved = m_unsaved.find(id);
+    return unsaved ? stateOf(unsaved->link) : stored;
 }
 
 std::optional<CapturedLink> ModelContext::link(const LinkId &id) const
@@ -245,7 +289,7 @@ std::optional<CapturedLink> ModelContext::link(const LinkId &id) const
 /// As it is on disk.
 std::optional<CapturedLink> ModelContext::stored(const LinkId &id) const
 {
-    const auto found = attempt([&]() -> std::optional<CapturedLink> {
+    const auto found = m_database.attempt([&]() -> std::optional<CapturedLink> {
         Query query = m_database.query(linkById);
         bindId(*query, 1, id);
         return query->executeStep() ? std::optional(linkFrom(*query)) : std::nullopt;
@@ -257,7 +301,7 @@ std::optional<CapturedLink> ModelContext::stored(const LinkId &id) const
 
 Expected<qint64, StoreError> ModelContext::countWithUrl(const QString &url) const
 {
-    const auto count = attempt([&]() -> qint64 {
+    const auto count = m_database.attempt([&]() -> qint64 {
         Query query = m_database.query(countByUrl);
         bindText(*query, 1, url);
         query->executeStep();
@@ -272,23 +316,39 @@ Expected<qint64, StoreError> ModelContext::countWithUrl(const QString &url) cons
 ModelContext::Links ModelContext::visibleNewestFirst(const std::optional<ListPosition> &after,
                                                      int limit) const
 {
-    auto page = attempt([&] {
-        Query query = m_database.query(after ? nextPage : firstPage);
-        query->bind(1, limit);
-        if (after) {
-            bindInstant(*query, 2, after->copiedAt);
-            bindId(*query, 3, after->id);
+    return m_database.attempt([&] {
+        QList<CapturedLink> page;
+        auto position = after;
+        for (int missing = limit; missing > 0; missing = limit - int(page.size())) {
+            QList<CapturedLink> rows = storedNewestFirst(position, missing);
+            const bool isEnd = rows.size() < missing;
+            if (!rows.isEmpty())
+                position = positionOf(rows.last());
+            m_unsaved.correctRows(rows); // some may be hidden in memory alone
+            page += rows;
+            if (isEnd)
+                break;
         }
-        return linksOf(query);
+        m_unsaved.addNew(page, after, limit);
+        return page;
     });
-    if (page)
-        m_unsaved.correctPage(*page, after, limit);
-    return page;
+}
+
+QList<CapturedLink> ModelContext::storedNewestFirst(const std::optional<ListPosition> &after,
+                                                    int limit) const
+{
+    Query query = m_database.query(after ? nextPage : firstPage);
+    query->bind(1, limit);
+    if (after) {
+        bindInstant(*query, 2, after->copiedAt);
+        bindId(*query, 3, after->id);
+    }
+    return linksOf(query);
 }
 
 ModelContext::Links ModelContext::visibleInStoreOrder() const
 {
-    auto links = attempt([&] {
+    auto links = m_database.attempt([&] {
         Query query = m_database.query(storeOrder);
         return linksOf(query);
     });
@@ -299,45 +359,38 @@ ModelContext::Links ModelContext::visibleInStoreOrder() const
 
 qint64 ModelContext::visibleSince(Instant since) const
 {
-    const auto count = attempt([&]() -> qint64 {
+    const auto isCounted = [since](const CapturedLink &link) {
+        return link.isVisible && link.copiedAt >= since;
+    };
+    const auto count = m_database.attempt([&] {
         Query query = m_database.query(countVisibleSince);
         bindInstant(*query, 1, since);
         query->executeStep();
-        return query->getColumn(0).getInt64();
+        qint64 visible = query->getColumn(0).getInt64();
+        for (const auto &[link, isNew, order] : m_unsaved.all()) {
+            const auto row = isNew ? std::nullopt : stored(link.id);
+            visible += int(isCounted(link)) - int(row && isCounted(*row));
+        }
+        return visible;
     });
     if (!count)
         debugLog(u"Failed to count links: "_s + description(count.error()));
-    return (count ? *count : 0) + m_unsaved.countNew([since](const CapturedLink &link) {
-        return link.isVisible && link.copiedAt >= since;
-    });
+    return count ? *count : 0;
 }
 
 ModelContext::Result ModelContext::takeCounts()
 {
-    const auto counts = attempt([this] {
+    return m_database.attempt([this] {
         Query query = m_database.query(countAll);
         query->executeStep();
-        return LinkCounts{query->getColumn(0).getInt64(), query->getColumn(1).getInt64(),
-                          query->getColumn(2).getInt64()};
+        m_counts = {query->getColumn(0).getInt64(), query->getColumn(1).getInt64(),
+                    query->getColumn(2).getInt64()};
     });
-    if (!counts)
-        return Unexpected{counts.error()};
-    m_counts = *counts;
-    for (const auto &[link, isNew] : m_unsaved.all()) {
-        const auto row = isNew ? std::nullopt : stored(link.id);
-        const auto lacksSummary = [](const CapturedLink &of) {
-            return of.isVisible && !of.summary;
-        };
-        m_counts.stored += isNew ? 1 : 0;
-        m_counts.visible += isNew && link.isVisible ? 1 : 0;
-        m_counts.visibleWithoutSummary += int(lacksSummary(link)) - int(row && lacksSummary(*row));
-    }
-    return {};
 }
 
 ModelContext::Result ModelContext::insert(const ExcludedDomain &domain)
 {
-    const Result inserted = attempt([&] {
+    const Result inserted = m_database.attempt([&] {
         Query insert = m_database.query(insertDomain);
         bindId(*insert, 1, domain.id);
         bindText(*insert, 2, domain.domain);
@@ -351,7 +404,7 @@ ModelContext::Result ModelContext::insert(const ExcludedDomain &domain)
 
 ModelContext::Result ModelContext::removeExcludedDomain(const QUuid &id)
 {
-    const Result removed = attempt([&] {
+    const Result removed = m_database.attempt([&] {
         Query remove = m_database.query(removeDomain);
         bindId(*remove, 1, id);
         remove->exec();
@@ -363,7 +416,7 @@ ModelContext::Result ModelContext::removeExcludedDomain(const QUuid &id)
 
 Expected<QList<ExcludedDomain>, StoreError> ModelContext::excludedDomains() const
 {
-    return attempt([this] {
+    return m_database.attempt([this] {
         QList<ExcludedDomain> domains;
         Query query = m_database.query(allDomains);
         while (query->executeStep())

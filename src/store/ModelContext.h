@@ -4,32 +4,28 @@
 #include "ChangeLog.h"
 #include "ExcludedDomain.h"
 #include "Expected.h"
+#include "LinkCounts.h"
 #include "StoreError.h"
 #include "UnsavedLinks.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 
+#include <functional>
 #include <memory>
-#include <string_view>
 
 class Alarm;
 class Clock;
 class StoreDatabase;
 
-struct LinkCounts {
-    qint64 stored = 0;
-    qint64 visible = 0;
-    qint64 visibleWithoutSummary = 0;
-};
-
 /// The records. Every call that changes something is one transaction, and what it changed has
 /// survived the process when it returns; changes are announced later, at most once a loop turn.
 /// Main thread only.
 ///
-/// A new link, title or summary that cannot be written, as when the disk is full, is not lost: it
-/// is kept in memory, shown by all queries, and written as soon as that works
-/// (`hasUnsavedChanges`). Everything else that fails has changed nothing.
+/// New links and changed fields that cannot be written, as when the disk is full, are not lost:
+/// they are kept in memory, shown by all queries, and written as soon as that works
+/// (`hasUnsavedChanges`). Whatever returns an error has changed nothing.
 class ModelContext : public QObject
 {
     Q_OBJECT
@@ -73,13 +69,13 @@ public:
     /// In the order in which they were added.
     Expected<QList<ExcludedDomain>, StoreError> excludedDomains() const;
 
-    /// New links or fields are waiting in memory because the last attempt to write them failed.
+    /// New links or changed fields wait in memory because the last attempt to write them failed.
     bool hasUnsavedChanges() const { return m_retry != nullptr; }
 
     /// Announces what has happened so far now, not at the end of the loop turn.
     void announceChanges();
 
-    /// Counts the links anew.
+    /// Counts what is stored, to start from.
     Result takeCounts();
 
 Q_SIGNALS:
@@ -88,11 +84,22 @@ Q_SIGNALS:
     void hasUnsavedChangesChanged();
 
 private:
+    using LinkChange = std::function<void(CapturedLink &)>;
+    using States = QHash<LinkId, LinkState>;
+
     void update(const LinkId &id, std::optional<QString> CapturedLink::*field, const QString &text);
     void saveUnsaved();
     Result writeUnsaved();
-    Result changeEach(std::string_view sql, const QList<LinkId> &ids);
+    void watchUnsaved();
+    Result hideEach(const QList<LinkId> &ids, const char *sql, const LinkChange &change);
+    void keepChanged(const QList<LinkId> &ids, const LinkChange &change);
+    Result runForEach(const char *sql, const QList<LinkId> &ids);
+    void finishRemoval(const States &removed);
+    Expected<States, StoreError> states(const QList<LinkId> &ids) const;
+    LinkState shownState(const LinkId &id, const LinkState &stored) const;
     std::optional<CapturedLink> stored(const LinkId &id) const;
+    QList<CapturedLink> storedNewestFirst(const std::optional<ListPosition> &after,
+                                          int limit) const;
     void announceLater();
 
     StoreDatabase &m_database;

@@ -1,11 +1,9 @@
 #include "StoreDatabase.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QUrl>
 
-#include <SQLiteCpp/Transaction.h>
+#include <cerrno>
 #include <fcntl.h>
 #include <sqlite3.h>
 #include <unistd.h>
@@ -18,7 +16,7 @@ namespace
 
 constexpr int schemaVersion = 10000; // 1.0.0
 constexpr int applicationId = 0x53744c6d; // "StLm"
-constexpr int busyMilliseconds = 40; // less than the main thread may be held
+constexpr int busyMilliseconds = 40; // the main thread waits no longer for another program
 
 constexpr auto schema = R"(
 CREATE TABLE links(
@@ -36,45 +34,100 @@ CREATE TABLE appSettings(
     emailSendTime INTEGER, autoPruneDays INTEGER NOT NULL);
 )";
 
-/// Reads every column that the program knows, without reading a row.
+/// Names every column, and reads no row.
 constexpr auto probe = R"(
-SELECT seq, id, url, title, summary, copiedAt, isExported, isVisible FROM links
-UNION ALL SELECT seq, id, domain, 0, 0, addedAt, 0, 0 FROM excludedDomains LIMIT 0)";
+SELECT seq, id, url, title, summary, copiedAt, isExported, isVisible FROM links LIMIT 0;
+SELECT seq, id, domain, addedAt FROM excludedDomains LIMIT 0;
+SELECT id, showInDock, launchAtLogin, checkForUpdates, emailDigestEnabled, emailAddress,
+    emailSendTime, autoPruneDays FROM appSettings LIMIT 0;
+)";
 
-std::optional<StoreError> unusableFile(const QFileInfo &file)
+QByteArray logOf(const QString &path)
 {
-    if (!file.isFile())
-        return StoreError{Kind::cannotOpen, file.filePath() + u" is not a file"};
-    if (file.size() == 0) // SQLite would take it for a new database
-        return StoreError{Kind::damaged, u"the file is empty"_s};
-    return std::nullopt;
+    return QFile::encodeName(path + u"-wal");
 }
 
-/// Builds the store under another name and renames it, so that there is a whole one or none.
-void create(const QString &path)
+QByteArray indexOf(const QString &path)
 {
-    const QByteArray draft = QFile::encodeName(path + u".new");
-    unlink(draft.constData());
-    if (const int made = open(draft.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
-        made >= 0)
-        close(made); // SQLite gives its other files the same permissions
-    {
-        SQLite::Database database(draft.toStdString(), SQLite::OPEN_READWRITE);
+    return QFile::encodeName(path + u"-shm");
+}
+
+bool exists(const QByteArray &name)
+{
+    return access(name.constData(), F_OK) == 0;
+}
+
+std::optional<StoreError> systemFailure(const QString &path)
+{
+    const Kind kind = errno == ENOSPC || errno == EDQUOT ? Kind::full : Kind::cannotOpen;
+    return StoreError{kind, path + u": " + qt_error_string()};
+}
+
+/// Makes an empty file for the owner alone; SQLite gives those beside it the same permissions.
+bool makePrivateFile(const QByteArray &name)
+{
+    unlink(name.constData());
+    const int made = open(name.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
+    return made >= 0 && close(made) == 0;
+}
+
+std::optional<StoreError> writeSchema(const QByteArray &name)
+{
+    try {
+        SQLite::Database database(name.toStdString(), SQLite::OPEN_READWRITE);
         SQLite::Transaction transaction(database);
         database.exec(schema);
         database.exec("PRAGMA application_id=" + std::to_string(applicationId));
         database.exec("PRAGMA user_version=" + std::to_string(schemaVersion));
         transaction.commit();
+    } catch (const SQLite::Exception &exception) {
+        return storeError(exception);
     }
+    return std::nullopt;
+}
+
+/// Builds the store under another name first, so that there is a whole one or none.
+std::optional<StoreError> create(const QString &path)
+{
+    const QByteArray draft = QFile::encodeName(path + u".new");
+    if (!makePrivateFile(draft))
+        return systemFailure(path);
+    if (const auto error = writeSchema(draft)) {
+        unlink(draft.constData());
+        return error;
+    }
+    unlink(logOf(path).constData()); // of a store that is gone; it must not be played back
+    unlink(indexOf(path).constData());
     if (rename(draft.constData(), QFile::encodeName(path).constData()) != 0)
-        throw SQLite::Exception("rename", SQLITE_CANTOPEN);
+        return systemFailure(path);
+    return std::nullopt;
+}
+
+std::optional<StoreError> unusableFile(const QFileInfo &file)
+{
+    if (!file.isFile())
+        return StoreError{Kind::cannotOpen, file.filePath() + u" is not a file"};
+    if (file.size() < 512) // less than a page; SQLite would take an empty file for a new database
+        return StoreError{Kind::damaged, file.filePath() + u" is too short"};
+    return std::nullopt;
 }
 
 } // namespace
 
-StoreDatabase::StoreDatabase(const std::string &name, int flags)
-    : m_connection(name, flags, busyMilliseconds)
+StoreDatabase::StoreDatabase(const QString &path, Access access)
+    : m_connection(
+        "file:" + QFile::encodeName(path).toPercentEncoding("/").toStdString()
+            + (access == Access::immutable      ? "?immutable=1"
+                   : access == Access::unshared ? "?vfs=unix-none"
+                                                : ""),
+        SQLite::OPEN_URI
+            | (access == Access::readWrite ? SQLite::OPEN_READWRITE : SQLite::OPEN_READONLY),
+        busyMilliseconds)
 {
+    if (access == Access::unshared) {
+        sqlite3_db_config(m_connection.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        m_connection.exec("PRAGMA locking_mode=EXCLUSIVE"); // keeps the log's index in memory
+    }
 }
 
 QString StoreDatabase::pathIn(const QString &folder)
@@ -82,44 +135,48 @@ QString StoreDatabase::pathIn(const QString &folder)
     return folder + u"/strandloom.sqlite";
 }
 
-Expected<std::unique_ptr<StoreDatabase>, StoreError> StoreDatabase::open(const QString &folder)
+StoreDatabase::Opened StoreDatabase::open(const QString &folder)
 {
     const QString path = pathIn(folder);
-    try {
-        if (!QFileInfo::exists(path))
-            create(path);
-        else if (const auto error = unusableFile(QFileInfo(path)))
+    if (!exists(QFile::encodeName(path))) {
+        if (const auto error = create(path))
             return Unexpected{*error};
-
-        std::unique_ptr<StoreDatabase> store(
-            new StoreDatabase(QFile::encodeName(path).toStdString(), SQLite::OPEN_READWRITE));
-        if (const auto error = store->mismatch())
-            return Unexpected{*error};
-        store->m_connection.exec("PRAGMA journal_mode=WAL");
-        store->m_connection.exec("PRAGMA synchronous=FULL");
-        store->m_connection.exec("BEGIN IMMEDIATE; ROLLBACK"); // tells whether it can be written
-        return store;
-    } catch (const SQLite::Exception &exception) {
-        return Unexpected{storeError(exception)};
     }
+    if (const auto verified = openReadOnly(folder); !verified)
+        return Unexpected{verified.error()};
+    auto store = connect(path, Access::readWrite);
+    if (!store)
+        return store;
+    if (const auto ready = (*store)->attempt([&] { (*store)->prepareForWriting(); }); !ready)
+        return Unexpected{ready.error()};
+    return store;
 }
 
-Expected<std::unique_ptr<StoreDatabase>, StoreError>
-StoreDatabase::openReadOnly(const QString &folder)
+StoreDatabase::Opened StoreDatabase::openReadOnly(const QString &folder)
 {
     const QString path = pathIn(folder);
     if (const auto error = unusableFile(QFileInfo(path)))
         return Unexpected{*error};
-    try {
-        // Without a log nobody writes, and only as "immutable" SQLite makes no files beside it.
-        const bool hasLog = QFileInfo::exists(path + u"-wal");
-        const QByteArray name = "file:" + QFile::encodeName(path).toPercentEncoding("/")
-            + (hasLog ? "" : "?immutable=1");
-        std::unique_ptr<StoreDatabase> store(
-            new StoreDatabase(name.toStdString(), SQLite::OPEN_READONLY | SQLite::OPEN_URI));
-        if (const auto error = store->mismatch())
-            return Unexpected{*error};
+    // Without a log nobody writes, and only as "immutable" does SQLite make no files beside it. A
+    // log without its index was left by a program that ended early, or copied here without it.
+    const Access access = !exists(logOf(path)) ? Access::immutable
+        : !exists(indexOf(path))               ? Access::unshared
+                                               : Access::readOnly;
+    auto store = connect(path, access);
+    if (!store)
         return store;
+    const auto mismatch = (*store)->attempt([&] { return (*store)->mismatch(); });
+    if (!mismatch)
+        return Unexpected{mismatch.error()};
+    if (*mismatch)
+        return Unexpected{**mismatch};
+    return store;
+}
+
+StoreDatabase::Opened StoreDatabase::connect(const QString &path, Access access)
+{
+    try {
+        return std::unique_ptr<StoreDatabase>(new StoreDatabase(path, access));
     } catch (const SQLite::Exception &exception) {
         return Unexpected{storeError(exception)};
     }
@@ -128,15 +185,26 @@ StoreDatabase::openReadOnly(const QString &folder)
 /// Opening succeeds on anything; the first statements tell what it is.
 std::optional<StoreError> StoreDatabase::mismatch()
 {
-    const int id = m_connection.execAndGet("PRAGMA application_id").getInt();
-    if (id != applicationId)
+    if (m_connection.execAndGet("PRAGMA application_id").getInt() != applicationId)
         return StoreError{Kind::foreign, {}};
     const int version = m_connection.execAndGet("PRAGMA user_version").getInt();
     if (version > schemaVersion)
         return StoreError{Kind::newer, u"schema version %1"_s.arg(version)};
-    if (version < schemaVersion || m_connection.tryExec(probe) != SQLITE_OK)
-        return StoreError{Kind::damaged, u"schema version %1"_s.arg(version)};
+    const int result = m_connection.tryExec(probe);
+    if (version < schemaVersion || result == SQLITE_ERROR)
+        return StoreError{Kind::damaged, u"unknown schema"_s};
+    if (result != SQLITE_OK)
+        throw SQLite::Exception(m_connection.getHandle(), result);
     return std::nullopt;
+}
+
+void StoreDatabase::prepareForWriting()
+{
+    m_connection.exec("PRAGMA journal_mode=WAL");
+    m_connection.exec("PRAGMA synchronous=FULL");
+    m_connection.exec("PRAGMA journal_size_limit=4194304"); // after a bulk change
+    SQLite::Transaction tellsWhetherItCanBeWritten(m_connection,
+                                                   SQLite::TransactionBehavior::IMMEDIATE);
 }
 
 Query StoreDatabase::query(std::string_view sql)

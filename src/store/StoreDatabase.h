@@ -7,10 +7,14 @@
 
 #include <SQLiteCpp/Column.h>
 #include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Exception.h>
 #include <SQLiteCpp/Statement.h>
+#include <SQLiteCpp/Transaction.h>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
+#include <type_traits>
 
 /// A prepared statement lent for one use; given back ready for the next. Its operations throw what
 /// SQLiteCpp throws.
@@ -36,21 +40,53 @@ private:
 class StoreDatabase
 {
 public:
+    using Opened = Expected<std::unique_ptr<StoreDatabase>, StoreError>;
+
     static QString pathIn(const QString &folder);
 
     /// Opens the store in `folder` for writing, and makes a new one where there is none. Whatever
     /// is damaged, foreign or newer is left as it is. The caller holds the `StoreLock`.
-    static Expected<std::unique_ptr<StoreDatabase>, StoreError> open(const QString &folder);
-    /// Opens the store in `folder` for reading, changing nothing on disk.
-    static Expected<std::unique_ptr<StoreDatabase>, StoreError> openReadOnly(const QString &folder);
+    static Opened open(const QString &folder);
+    /// Opens the store in `folder` for reading, making and changing no file on disk.
+    static Opened openReadOnly(const QString &folder);
 
-    /// `sql` is a literal: it is prepared once and kept under its address.
+    /// `sql` is a literal: it is prepared once and kept under its address. Throws what SQLiteCpp
+    /// throws.
     Query query(std::string_view sql);
-    SQLite::Database &connection() { return m_connection; }
+
+    /// What `work` returns, or what SQLite threw out of it.
+    template <typename Work>
+    auto attempt(Work work) -> Expected<std::invoke_result_t<Work>, StoreError>
+    {
+        try {
+            if constexpr (std::is_void_v<std::invoke_result_t<Work>>) {
+                work();
+                return {};
+            } else {
+                return work();
+            }
+        } catch (const SQLite::Exception &exception) {
+            return Unexpected{storeError(exception)};
+        }
+    }
+    /// The same as one transaction: all of it is on disk, or nothing.
+    template <typename Work>
+    Expected<void, StoreError> transaction(Work work)
+    {
+        return attempt([&] {
+            SQLite::Transaction transaction(m_connection);
+            work();
+            transaction.commit();
+        });
+    }
 
 private:
-    StoreDatabase(const std::string &name, int flags);
+    enum class Access { readWrite, readOnly, immutable, unshared };
+
+    StoreDatabase(const QString &path, Access access);
+    static Opened connect(const QString &path, Access access);
     std::optional<StoreError> mismatch();
+    void prepareForWriting();
 
     SQLite::Database m_connection;
     std::map<const char *, SQLite::Statement> m_statements;

@@ -8,10 +8,16 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-StoreError::Kind kindOf(int primaryCode)
+StoreError::Kind kindOf(int extendedCode)
 {
     using Kind = StoreError::Kind;
-    switch (primaryCode) {
+    switch (extendedCode) { // a quota, of which SQLite knows nothing, shows as a refused write
+    case SQLITE_IOERR_WRITE:
+    case SQLITE_IOERR_SHMOPEN:
+    case SQLITE_IOERR_SHMSIZE:
+        return Kind::full;
+    }
+    switch (extendedCode & 0xff) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
         return Kind::damaged;
@@ -56,7 +62,7 @@ StoreError storeError(const SQLite::Exception &exception)
 {
     const int code = exception.getExtendedErrorCode();
     const QString detail = u"%1 (SQLite %2)"_s.arg(QString::fromUtf8(exception.what())).arg(code);
-    return {kindOf(exception.getErrorCode() & 0xff), detail};
+    return {kindOf(code), detail};
 }
 
 QString description(const StoreError &error)

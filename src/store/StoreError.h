@@ -15,7 +15,7 @@ struct StoreError {
         foreign, ///< a database of another program
         newer, ///< written by a newer version of this program
         locked, ///< another process writes to it
-        full, ///< the disk or a quota
+        full, ///< the disk, a quota, or a limit of file sizes
         failed, ///< anything else
     };
     Kind kind = Kind::failed;

@@ -15,10 +15,10 @@ constexpr auto visibleLinks =
 
 Expected<Links, StoreError> readOnce(const QString &folder, const LinkFilter &filter)
 {
-    auto store = StoreDatabase::openReadOnly(folder);
+    const auto store = StoreDatabase::openReadOnly(folder);
     if (!store)
         return Unexpected{store.error()};
-    try {
+    return (*store)->attempt([&] {
         Links links;
         Query query = (*store)->query(visibleLinks);
         while ((!filter.limit || links.size() < *filter.limit) && query->executeStep()) {
@@ -27,9 +27,7 @@ Expected<Links, StoreError> readOnce(const QString &folder, const LinkFilter &fi
                 links.append(link);
         }
         return links;
-    } catch (const SQLite::Exception &exception) {
-        return Unexpected{storeError(exception)};
-    }
+    });
 }
 
 } // namespace
@@ -53,16 +51,17 @@ Expected<std::optional<Links>, StoreError> readVisibleLinks(const QString &folde
 
 Expected<void, StoreError> checkIntegrity(const QString &folder)
 {
-    auto store = StoreDatabase::openReadOnly(folder);
+    const auto store = StoreDatabase::openReadOnly(folder);
     if (!store)
         return Unexpected{store.error()};
-    try {
-        const std::string verdict = (*store)->connection().execAndGet("PRAGMA quick_check");
-        if (verdict != "ok")
-            return Unexpected{
-                StoreError{StoreError::Kind::damaged, QString::fromStdString(verdict)}};
-        return {};
-    } catch (const SQLite::Exception &exception) {
-        return Unexpected{storeError(exception)};
-    }
+    const auto verdict = (*store)->attempt([&] {
+        Query query = (*store)->query("PRAGMA quick_check(1)");
+        query->executeStep();
+        return textFrom(query->getColumn(0));
+    });
+    if (!verdict)
+        return Unexpected{verdict.error()};
+    if (*verdict != u"ok")
+        return Unexpected{StoreError{StoreError::Kind::damaged, *verdict}};
+    return {};
 }

@@ -8,8 +8,10 @@ const UnsavedLinks::Unsaved *UnsavedLinks::find(const LinkId &id) const
 
 void UnsavedLinks::keepChanged(const CapturedLink &link)
 {
-    const Unsaved *const before = find(link.id);
-    m_links.insert(link.id, {link, before && before->isNew});
+    Unsaved &unsaved = m_links[link.id];
+    unsaved.link = link;
+    if (unsaved.order == 0)
+        unsaved.order = ++m_last;
 }
 
 void UnsavedLinks::changeEach(const QList<LinkId> &ids,
@@ -21,35 +23,24 @@ void UnsavedLinks::changeEach(const QList<LinkId> &ids,
     }
 }
 
-QList<LinkId> UnsavedLinks::takeNewCopiedBefore(Instant cutoff)
+QList<CapturedLink> UnsavedLinks::inOrder() const
 {
-    QList<LinkId> taken;
-    m_links.removeIf([&taken, cutoff](const std::pair<const LinkId &, Unsaved &> &entry) {
-        const bool isMeant = entry.second.isNew && entry.second.link.copiedAt < cutoff;
-        if (isMeant)
-            taken.append(entry.first);
-        return isMeant;
-    });
-    return taken;
-}
-
-QList<CapturedLink> UnsavedLinks::inOrderOfCopying() const
-{
-    QList<CapturedLink> links;
+    QList<const Unsaved *> ordered;
     for (const Unsaved &unsaved : m_links)
-        links.append(unsaved.link);
-    std::sort(links.begin(), links.end(), [](const CapturedLink &one, const CapturedLink &other) {
-        return comesBefore(positionOf(other), positionOf(one));
-    });
+        ordered.append(&unsaved);
+    std::sort(ordered.begin(), ordered.end(),
+              [](const Unsaved *one, const Unsaved *other) { return one->order < other->order; });
+    QList<CapturedLink> links;
+    for (const Unsaved *const unsaved : ordered)
+        links.append(unsaved->link);
     return links;
 }
 
-void UnsavedLinks::correctPage(QList<CapturedLink> &page, const std::optional<ListPosition> &after,
-                               int limit) const
+void UnsavedLinks::addNew(QList<CapturedLink> &page, const std::optional<ListPosition> &after,
+                          int limit) const
 {
     if (isEmpty())
         return;
-    correctRows(page);
     for (const Unsaved &unsaved : m_links) {
         const bool isBehind = !after || comesBefore(*after, positionOf(unsaved.link));
         if (unsaved.isNew && unsaved.link.isVisible && isBehind)
@@ -65,18 +56,19 @@ void UnsavedLinks::correctPage(QList<CapturedLink> &page, const std::optional<Li
 void UnsavedLinks::correctStoreOrder(QList<CapturedLink> &links) const
 {
     correctRows(links);
-    for (const CapturedLink &link : inOrderOfCopying()) {
+    for (const CapturedLink &link : inOrder()) {
         if (find(link.id)->isNew && link.isVisible)
             links.append(link);
     }
 }
 
-void UnsavedLinks::correctRows(QList<CapturedLink> &links) const
+void UnsavedLinks::correctRows(QList<CapturedLink> &rows) const
 {
     if (isEmpty())
         return;
-    for (CapturedLink &link : links) {
+    for (CapturedLink &link : rows) {
         if (const Unsaved *const unsaved = find(link.id))
             link = unsaved->link;
     }
+    rows.removeIf([](const CapturedLink &link) { return !link.isVisible; });
 }

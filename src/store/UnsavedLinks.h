@@ -16,21 +16,21 @@ public:
     struct Unsaved {
         CapturedLink link;
         bool isNew = false; ///< there is no row yet
+        qint64 order = 0; ///< grows with each that is kept
     };
 
     bool isEmpty() const { return m_links.isEmpty(); }
     const QHash<LinkId, Unsaved> &all() const { return m_links; }
     const Unsaved *find(const LinkId &id) const;
 
-    void keepNew(const CapturedLink &link) { m_links.insert(link.id, {link, true}); }
+    void keepNew(const CapturedLink &link) { m_links.insert(link.id, {link, true, ++m_last}); }
     void keepChanged(const CapturedLink &link);
     void changeEach(const QList<LinkId> &ids, const std::function<void(CapturedLink &)> &change);
-    /// Forgets the new ones copied before `cutoff` and hands out their ids.
-    QList<LinkId> takeNewCopiedBefore(Instant cutoff);
     void forget(const LinkId &id) { m_links.remove(id); }
     void forgetAll() { m_links.clear(); }
 
-    QList<CapturedLink> inOrderOfCopying() const;
+    /// In the order in which they were first kept.
+    QList<CapturedLink> inOrder() const;
     /// How many new ones satisfy `condition`.
     template <typename Condition>
     qint64 countNew(Condition condition) const
@@ -40,14 +40,15 @@ public:
         });
     }
 
-    /// Brings a page of visible links, behind `after` and of at most `limit`, up to date.
-    void correctPage(QList<CapturedLink> &page, const std::optional<ListPosition> &after,
-                     int limit) const;
+    /// Brings visible links that were stored up to date; those hidden here are dropped.
+    void correctRows(QList<CapturedLink> &rows) const;
+    /// Adds the new ones that belong on a page behind `after` of at most `limit` visible links.
+    void addNew(QList<CapturedLink> &page, const std::optional<ListPosition> &after,
+                int limit) const;
     /// Brings all visible links, in the order of their insertion, up to date.
     void correctStoreOrder(QList<CapturedLink> &links) const;
 
 private:
-    void correctRows(QList<CapturedLink> &links) const;
-
     QHash<LinkId, Unsaved> m_links;
+    qint64 m_last = 0;
 };
