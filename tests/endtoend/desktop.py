@@ -18,7 +18,7 @@ class Failure(Exception):
     """An expectation that did not hold."""
 
 
-def wait_until(condition, what, seconds=20):
+def wait_until(condition, what, seconds=60):
     """The first true answer of `condition`, asked again and again."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:
@@ -97,10 +97,12 @@ class Desktop:
             self.environment["DISPLAY"] = ":" + answer.readline().strip()
 
     def _start_bus(self):
-        bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"],
-                               env=self.environment, stdout=subprocess.PIPE, text=True)
-        self.processes.append(bus)
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
+        reading, writing = os.pipe()
+        self.start("dbus-daemon", "--session", "--nofork", f"--print-address={writing}",
+                   pass_fds=[writing])
+        os.close(writing)
+        with os.fdopen(reading) as answer:
+            self.environment["DBUS_SESSION_BUS_ADDRESS"] = answer.readline().strip()
 
     def start(self, *command, **options):
         process = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL,
@@ -131,7 +133,7 @@ class Desktop:
     def click(self, x, y, button=1):
         self.run("xdotool", "mousemove", str(x), str(y), "sleep", "0.1", "click", str(button))
 
-    def window(self, title, seconds=20):
+    def window(self, title, seconds=60):
         """The id of the visible window with that title."""
         def find():
             found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"],
@@ -177,17 +179,18 @@ class Program:
         self.desktop = desktop
         self.binary = str(pathlib.Path(binary).resolve())
         self.log = desktop.home / "diagnostics.log"
-        self.seen = 0
         with open(self.log, "ab") as log:
+            self.begin = log.tell()
             self.process = subprocess.Popen([self.binary, *arguments],
                                             env={**desktop.environment, **environment},
                                             stdin=subprocess.DEVNULL, stdout=log, stderr=log)
         desktop.processes.append(self.process)
 
     def lines(self):
-        return self.log.read_text(errors="replace").splitlines()
+        """The diagnostics since this start, with those of other starts at the same time."""
+        return self.log.read_bytes()[self.begin:].decode(errors="replace").splitlines()
 
-    def wait_for_line(self, text, seconds=20):
+    def wait_for_line(self, text, seconds=60):
         def written():
             return any(text in line for line in self.lines())
         wait_until(written, f"the diagnostic '{text}'", seconds)

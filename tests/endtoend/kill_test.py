@@ -25,6 +25,7 @@ def kill_round(desktop, binary, number):
             desktop.copy(f"https://kill.example/{number}/{count}")
             count += 1
 
+    program.wait_for_line("Started")
     program.open_panel()
     copying = threading.Thread(target=copy_on)
     copying.start()

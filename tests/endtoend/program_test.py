@@ -31,7 +31,6 @@ class Starting(unittest.TestCase):
 
     def test_second_start_without_a_bus_opens_the_panel(self):
         with Desktop() as desktop:
-            del desktop.environment["DBUS_SESSION_BUS_ADDRESS"]
             desktop.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nowhere"
             program = Program(desktop, BINARY, "--background")
             program.wait_for_line("Started")
@@ -100,6 +99,7 @@ class Capturing(unittest.TestCase):
         cls.desktop = Desktop()
         cls.addClassCleanup(cls.desktop.close)
         cls.program = Program(cls.desktop, BINARY)
+        cls.program.wait_for_line("Tray icon shown")
         cls.panel = cls.program.open_panel()
 
     def urls(self):

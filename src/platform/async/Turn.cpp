@@ -1,13 +1,28 @@
 #include "async/Turn.h"
 
+#include <algorithm>
 #include <utility>
 
-void TurnQueue::wakeFirst()
+bool TurnQueue::isOn(const Turn *turn) const
 {
-    if (m_turns.empty())
+    const auto end = std::next(m_turns.begin(), std::min(m_atOnce, m_turns.size()));
+    return std::find(m_turns.begin(), end, turn) != end;
+}
+
+void TurnQueue::wakeWaiting()
+{
+    const auto isWaiting = [this](const Turn *turn) { return turn->m_waiter && isOn(turn); };
+    const auto next = std::find_if(m_turns.begin(), m_turns.end(), isWaiting);
+    if (next == m_turns.end())
         return;
-    if (const auto waiter = std::exchange(m_turns.front()->m_waiter, {}))
-        waiter.resume();
+    wakeLater(); // first: whoever is woken may destroy much
+    std::exchange((*next)->m_waiter, {}).resume();
+}
+
+void TurnQueue::wakeLater()
+{
+    QMetaObject::invokeMethod(
+        &m_context, [this] { wakeWaiting(); }, Qt::QueuedConnection);
 }
 
 Turn::Turn(TurnQueue &queue)
@@ -18,11 +33,6 @@ Turn::Turn(TurnQueue &queue)
 
 Turn::~Turn()
 {
-    const bool hadItsTurn = m_queue.m_turns.front() == this;
     m_queue.m_turns.remove(this);
-    if (!hadItsTurn || m_queue.m_turns.empty())
-        return;
-    // Later: whoever destroys this turn may be about to destroy the next one.
-    QMetaObject::invokeMethod(
-        &m_queue.m_context, [&queue = m_queue] { queue.wakeFirst(); }, Qt::QueuedConnection);
+    m_queue.wakeLater(); // whoever destroys this turn may be about to destroy the next one
 }

@@ -5,30 +5,37 @@
 #ifndef Q_MOC_RUN // its parser stumbles over this header
 #include <coroutine>
 #endif
+#include <cstddef>
 #include <list>
 
 class Turn;
 
-/// A queue of coroutines that do something one at a time, in the order in which they came. Outlives
-/// its turns. Main thread only.
+/// A queue of coroutines that do something one at a time, or a few at a time, in the order in which
+/// they came. Outlives its turns. Main thread only.
 class TurnQueue
 {
 public:
-    TurnQueue() = default;
+    explicit TurnQueue(std::size_t atOnce = 1)
+        : m_atOnce(atOnce)
+    {
+    }
     TurnQueue(const TurnQueue &) = delete;
     TurnQueue &operator=(const TurnQueue &) = delete;
 
 private:
     friend class Turn;
 
-    void wakeFirst();
+    bool isOn(const Turn *turn) const;
+    void wakeWaiting();
+    void wakeLater();
 
-    std::list<Turn *> m_turns; ///< the first one has its turn
+    std::size_t m_atOnce;
+    std::list<Turn *> m_turns; ///< the first `m_atOnce` have their turn
     QObject m_context;
 };
 
 /// A place in a queue from its construction on: `co_await turn;` on a local `Turn turn(queue);`
-/// waits until all who came before are done. It is done when it is destroyed.
+/// waits until enough of those who came before are done. It is done when it is destroyed.
 class Turn
 {
 public:
@@ -37,7 +44,7 @@ public:
     Turn &operator=(const Turn &) = delete;
     ~Turn();
 
-    bool await_ready() const noexcept { return m_queue.m_turns.front() == this; }
+    bool await_ready() const noexcept { return m_queue.isOn(this); }
     void await_suspend(std::coroutine_handle<> waiter) noexcept { m_waiter = waiter; }
     void await_resume() const noexcept {}
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "async/Turn.h"
 #include "http/AddressRules.h"
 #include "http/CurlMulti.h"
 #include "http/HttpClient.h"
 
-#include <deque>
 #include <functional>
 
 /// What depends on the network the program is in.
@@ -24,10 +24,7 @@ public:
     Task<HttpReply> send(HttpRequest request) override;
 
 private:
-    class Turn;
-
     HttpNetwork m_network;
     CurlMulti m_multi;
-    int m_runningGets = 0;
-    std::deque<Turn *> m_waitingGets;
+    TurnQueue m_gets;
 };
