@@ -15,17 +15,19 @@ AppState::AppState(Services &services, QObject *parent)
 
 AppState::~AppState() = default;
 
-void AppState::initialize(ModelContext &modelContext)
+void AppState::initialize()
 {
     if (m_isInitialized)
         return;
     m_isInitialized = true;
 
-    const ClipboardMonitor::Parts parts{modelContext,     *m_services.clipboard,  m_services.http,
-                                        m_services.pages, m_services.preferences, m_services.clock};
+    const ClipboardMonitor::Parts parts{m_services.modelContext, *m_services.clipboard,
+                                        m_services.http,         m_services.pages,
+                                        m_services.preferences,  m_services.clock};
     m_clipboardMonitor = std::make_unique<ClipboardMonitor>(parts);
     m_clipboardMonitor->startMonitoring();
-    performAutoPrune(modelContext);
+    performAutoPrune();
+    m_tasks.start(initializeAIModel());
 }
 
 void AppState::stop()
@@ -34,11 +36,28 @@ void AppState::stop()
         m_clipboardMonitor->stopMonitoring();
 }
 
-void AppState::performAutoPrune(ModelContext &modelContext)
+void AppState::performAutoPrune()
 {
-    const auto pruned = pruneOldLinks(modelContext, m_services.preferences, m_services.clock.now());
+    const auto pruned =
+        pruneOldLinks(m_services.modelContext, m_services.preferences, m_services.clock.now());
     if (!pruned)
         debugLog(u"Auto-prune failed: "_s + description(pruned.error()));
     else if (pruned->count > 0)
         debugLog(u"Pruned %1 links older than %2 days"_s.arg(pruned->count).arg(pruned->days));
+}
+
+Task<> AppState::initializeAIModel()
+{
+    m_isModelLoading = true;
+    m_modelLoadProgress = 0.0;
+    m_modelLoadError = std::nullopt;
+    const std::function<void(double)> progress = [this](double value) {
+        m_modelLoadProgress = value;
+    };
+    const ModelLoad load = co_await m_services.mlService.loadModel(progress);
+    if (!load) {
+        m_modelLoadError = description(load.error());
+        debugLog(u"AI model initialization failed: "_s + description(load.error()));
+    }
+    m_isModelLoading = false;
 }

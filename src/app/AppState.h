@@ -1,11 +1,14 @@
 #pragma once
 
+#include "async/Scope.h"
+
 #include <QObject>
+#include <QProperty>
 
 #include <memory>
+#include <optional>
 
 class ClipboardMonitor;
-class ModelContext;
 struct Services;
 
 /// What starts once, at the first opening of the panel, and runs until the process ends. Main
@@ -13,23 +16,44 @@ struct Services;
 class AppState : public QObject
 {
     Q_OBJECT
+    Q_PROPERTY(bool isModelLoading READ isModelLoading NOTIFY modelLoadChanged)
+    Q_PROPERTY(double modelLoadProgress READ modelLoadProgress NOTIFY modelLoadChanged)
+    Q_PROPERTY(std::optional<QString> modelLoadError READ modelLoadError NOTIFY modelLoadChanged)
 public:
     /// `services` outlives the state.
     explicit AppState(Services &services, QObject *parent = nullptr);
     ~AppState() override;
 
-    /// Starts capturing and prunes old links. Does nothing from the second call on.
-    void initialize(ModelContext &modelContext);
+    bool isModelLoading() const { return m_isModelLoading; }
+    /// Of the running or last load, from 0 to 1.
+    double modelLoadProgress() const { return m_modelLoadProgress; }
+    /// Why the last load failed, in words for people.
+    std::optional<QString> modelLoadError() const { return m_modelLoadError; }
+
+    /// Starts capturing, prunes old links and loads the model. Does nothing from the second call
+    /// on.
+    void initialize();
     /// Ends capturing for good.
     void stop();
 
     /// Null until `initialize`.
     ClipboardMonitor *clipboardMonitor() const { return m_clipboardMonitor.get(); }
 
+Q_SIGNALS:
+    void modelLoadChanged();
+
 private:
-    void performAutoPrune(ModelContext &modelContext);
+    void performAutoPrune();
+    Task<> initializeAIModel();
 
     Services &m_services;
     bool m_isInitialized = false;
     std::unique_ptr<ClipboardMonitor> m_clipboardMonitor;
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppState, bool, m_isModelLoading, false,
+                                         &AppState::modelLoadChanged)
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppState, double, m_modelLoadProgress, 0.0,
+                                         &AppState::modelLoadChanged)
+    Q_OBJECT_BINDABLE_PROPERTY(AppState, std::optional<QString>, m_modelLoadError,
+                               &AppState::modelLoadChanged)
+    Scope m_tasks;
 };

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "InspectCommand.h"
 #include "ListCommand.h"
 #include "StrandloomApp.h"
 
@@ -16,6 +17,7 @@ namespace
 
 constexpr auto usage = R"(Usage: strandloom [--background]
        strandloom list [--json] [--search TEXT] [--limit N]
+       strandloom inspect [--url URL] TARGET...
 
 Strandloom lives in the tray and remembers every web address you copy.
 
@@ -29,15 +31,28 @@ Commands:
     --json         as JSON, one array of objects
     --search TEXT  only those whose address or title contains TEXT
     --limit N      at most N of them
+  inspect        print what the program reads from pages, a JSON object a line; TARGET is a
+                 web address or an HTML file
+    --url URL      the address that files stand for
 
 list exits with 0 when it printed links, with 1 when there are none, and with 2 on wrong usage or a
-store that cannot be read.
+store that cannot be read. inspect exits with 0 when all targets could be read, with 1 when some
+could not, and with 2 on wrong usage.
 )";
 
 int refuse(const QString &reason)
 {
     std::fprintf(stderr, "strandloom: %s\nTry 'strandloom --help'.\n", qPrintable(reason));
     return int(ExitCode::unusable);
+}
+
+/// Parses the arguments behind the program's name and does what they ask for.
+template <typename Parse, typename Run>
+int runCommand(int argc, char **argv, Parse parse, Run run)
+{
+    QCoreApplication core(argc, argv);
+    const auto request = parse(core.arguments().mid(1));
+    return request ? run(*request) : refuse(request.error());
 }
 
 int runProgram(int argc, char **argv)
@@ -71,10 +86,9 @@ int runCommandLine(int argc, char **argv)
         std::puts("strandloom " STRANDLOOM_VERSION);
         return int(ExitCode::done);
     }
-    if (isFirst("list")) {
-        QCoreApplication core(argc, argv);
-        const auto request = parseListArguments(core.arguments().mid(1));
-        return request ? runList(*request) : refuse(request.error());
-    }
+    if (isFirst("list"))
+        return runCommand(argc, argv, parseListArguments, runList);
+    if (isFirst("inspect"))
+        return runCommand(argc, argv, parseInspectArguments, runInspect);
     return runProgram(argc, argv);
 }

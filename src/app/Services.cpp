@@ -2,8 +2,10 @@
 
 #include "clipboard/MakeClipboardSource.h"
 
-Services::Services()
-    : clipboard(makeClipboardSource())
+Services::Services(ModelContext &modelContext, Clock &clock)
+    : modelContext(modelContext)
+    , clock(clock)
+    , clipboard(makeClipboardSource())
 {
     pages.setMaxThreadCount(1);
 }

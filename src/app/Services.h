@@ -1,8 +1,10 @@
 #pragma once
 
 #include "AppInfo.h"
+#include "LocalMLService.h"
 #include "Preferences.h"
-#include "SystemClock.h"
+#include "SummaryService.h"
+#include "WebContentExtractor.h"
 #include "clipboard/ClipboardSource.h"
 #include "desktop/UrlOpener.h"
 #include "http/CurlHttpClient.h"
@@ -12,15 +14,20 @@
 #include <memory>
 
 /// Everything that lives as long as the process, in building order; torn down in reverse. One
-/// instance each, because `main` makes one of these.
+/// instance each, because the program makes one of these.
 struct Services {
-    Services();
+    /// Both outlive the services.
+    Services(ModelContext &modelContext, Clock &clock);
 
-    SystemClock clock;
+    ModelContext &modelContext;
+    Clock &clock;
     Preferences preferences{Preferences::defaultPath()};
     AppInfo info{AppInfo::defaultPath()};
     CurlHttpClient http;
     QThreadPool pages; ///< one thread, for reading pages
     std::unique_ptr<ClipboardSource> clipboard;
     DesktopUrlOpener urlOpener;
+    LocalMLService mlService{info, clock};
+    WebContentExtractor extractor{http, pages, clock};
+    SummaryService summaries{modelContext, mlService, extractor, clock};
 };

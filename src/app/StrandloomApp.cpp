@@ -8,6 +8,7 @@
 #include "ModelContainer.h"
 #include "ModelContext.h"
 #include "Services.h"
+#include "SystemClock.h"
 #include "desktop/SingleInstance.h"
 #include "desktop/TrayIcon.h"
 #include "desktop/UnixSignal.h"
@@ -46,10 +47,8 @@ int dieOfStoreError(const StoreError &error)
 
 } // namespace
 
-StrandloomApp::StrandloomApp(Services &services, ModelContainer &container,
-                             SingleInstance &instance, Start start)
+StrandloomApp::StrandloomApp(Services &services, SingleInstance &instance, Start start)
     : m_services(services)
-    , m_container(container)
     , m_appState(std::make_unique<AppState>(services))
     , m_trayMenu(std::make_unique<QMenu>())
     , m_tray(std::make_unique<TrayIcon>(trayIcon(), u"Strandloom"_s, *m_trayMenu))
@@ -83,7 +82,7 @@ void StrandloomApp::openWithoutTray()
 
 void StrandloomApp::openPanel()
 {
-    m_appState->initialize(m_container.mainContext());
+    m_appState->initialize();
     if (m_tray->isShown())
         panel().showAsPanel(m_tray->geometry());
     else
@@ -101,13 +100,23 @@ void StrandloomApp::togglePanel()
 MenuBarView &StrandloomApp::panel()
 {
     if (!m_panel) {
-        const MenuBarViewModel::Parts parts{m_container.mainContext(), *m_services.clipboard,
-                                            m_services.urlOpener, m_services.clock};
+        const MenuBarViewModel::Parts parts{m_services.modelContext, *m_services.clipboard,
+                                            m_services.urlOpener, m_services.summaries,
+                                            m_services.clock};
         m_panelModel = std::make_unique<MenuBarViewModel>(parts);
+        connect(m_appState.get(), &AppState::modelLoadChanged, this, &StrandloomApp::showModelLoad);
+        showModelLoad();
         m_panel = std::make_unique<MenuBarView>(*m_panelModel);
         connect(m_panel.get(), &MenuBarView::quitRequested, qApp, &QCoreApplication::quit);
     }
     return *m_panel;
+}
+
+void StrandloomApp::showModelLoad()
+{
+    m_panelModel->setModelLoad(m_appState->isModelLoading()
+                                   ? std::optional(m_appState->modelLoadProgress())
+                                   : std::nullopt);
 }
 
 int runStrandloom(int argc, char **argv, Start start)
@@ -132,10 +141,11 @@ int runStrandloom(int argc, char **argv, Start start)
     if (instance.claim() == SingleInstance::Role::second)
         return int(ExitCode::done);
 
-    Services services;
-    const auto container = ModelContainer::open(ModelContainer::defaultFolder(), services.clock);
+    SystemClock clock;
+    const auto container = ModelContainer::open(ModelContainer::defaultFolder(), clock);
     if (!container)
         return dieOfStoreError(container.error());
-    StrandloomApp strandloom(services, **container, instance, start);
+    Services services((*container)->mainContext(), clock);
+    StrandloomApp strandloom(services, instance, start);
     return QApplication::exec();
 }

@@ -10,7 +10,6 @@ class Alarm;
 class AppState;
 class MenuBarView;
 class MenuBarViewModel;
-class ModelContainer;
 class QMenu;
 class SingleInstance;
 class TrayIcon;
@@ -27,9 +26,8 @@ class StrandloomApp : public QObject
 {
     Q_OBJECT
 public:
-    /// All three outlive the application.
-    StrandloomApp(Services &services, ModelContainer &container, SingleInstance &instance,
-                  Start start);
+    /// Both outlive the application.
+    StrandloomApp(Services &services, SingleInstance &instance, Start start);
     ~StrandloomApp() override;
 
     /// Shows the panel; the first time starts capturing.
@@ -40,10 +38,10 @@ public:
 private:
     void buildTrayMenu();
     void openWithoutTray();
+    void showModelLoad();
     MenuBarView &panel();
 
     Services &m_services;
-    ModelContainer &m_container;
     ColorScheme m_colorScheme;
     std::unique_ptr<AppState> m_appState;
     std::unique_ptr<QMenu> m_trayMenu;

@@ -35,6 +35,8 @@ constexpr auto nextPage = "SELECT " LINK_COLUMNS " FROM links "
                           "WHERE isVisible AND (copiedAt, id) < (?2, ?3) "
                           "ORDER BY copiedAt DESC, id DESC LIMIT ?1";
 constexpr auto storeOrder = "SELECT " LINK_COLUMNS " FROM links WHERE isVisible ORDER BY seq";
+constexpr auto idsWithoutSummary = "SELECT id FROM links WHERE isVisible AND summary IS NULL "
+                                   "ORDER BY copiedAt DESC, id DESC";
 
 constexpr auto insertDomain = "INSERT INTO excludedDomains(id, domain, addedAt) VALUES(?,?,?)";
 constexpr auto removeDomain = "DELETE FROM excludedDomains WHERE id=?";
@@ -355,6 +357,27 @@ ModelContext::Links ModelContext::visibleInStoreOrder() const
     if (links)
         m_unsaved.correctStoreOrder(*links);
     return links;
+}
+
+QList<LinkId> ModelContext::visibleWithoutSummary() const
+{
+    auto ids = m_database.attempt([this] {
+        QList<LinkId> found;
+        Query query = m_database.query(idsWithoutSummary);
+        while (query->executeStep())
+            found.append(idFrom(query->getColumn(0)));
+        return found;
+    });
+    if (!ids) {
+        debugLog(u"Failed to read links: "_s + description(ids.error()));
+        return {};
+    }
+    ids->removeIf([this](const LinkId &id) { return m_unsaved.find(id) != nullptr; });
+    for (const CapturedLink &link : m_unsaved.inOrder()) {
+        if (link.isVisible && !link.summary)
+            ids->prepend(link.id); // what could not be saved is what came last
+    }
+    return *ids;
 }
 
 qint64 ModelContext::visibleSince(Instant since) const

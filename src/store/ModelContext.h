@@ -58,6 +58,8 @@ public:
     Links visibleNewestFirst(const std::optional<ListPosition> &after, int limit) const;
     /// All visible links in the order in which they were inserted.
     Links visibleInStoreOrder() const;
+    /// The visible links that have no summary, newest first; none when the store cannot be read.
+    QList<LinkId> visibleWithoutSummary() const;
     /// The visible links copied at or after `since`; 0 when the store cannot be read.
     qint64 visibleSince(Instant since) const;
     /// Kept up to date with every change, so asking is free.

@@ -25,6 +25,7 @@ CREATE TABLE links(
 CREATE INDEX linksByUrl ON links(url);
 CREATE INDEX linksByCopiedAt ON links(copiedAt);
 CREATE INDEX visibleLinks ON links(copiedAt DESC, id DESC) WHERE isVisible;
+CREATE INDEX linksToSummarize ON links(copiedAt DESC, id DESC) WHERE isVisible AND summary IS NULL;
 CREATE TABLE excludedDomains(
     seq INTEGER PRIMARY KEY, id BLOB NOT NULL UNIQUE, domain TEXT NOT NULL,
     addedAt INTEGER NOT NULL);

@@ -23,12 +23,6 @@ HttpRequest pageRequest(const WebAddress &address)
     return request;
 }
 
-EvidencePacket packetOf(const HttpResponse &response, const QString &url, Instant now)
-{
-    const auto end = response.isTruncated ? BodyEnd::truncated : BodyEnd::complete;
-    return parsePacket(decodePage(response.body, end), url, now);
-}
-
 } // namespace
 
 QString description(ExtractionError error)
@@ -44,6 +38,18 @@ QString description(ExtractionError error)
     Q_UNREACHABLE();
 }
 
+QString description(const ExtractionFailure &failure)
+{
+    if (const auto *const error = std::get_if<HttpError>(&failure))
+        return error->message;
+    return description(std::get<ExtractionError>(failure));
+}
+
+std::string pageText(const HttpResponse &response)
+{
+    return decodePage(response.body, response.isTruncated ? BodyEnd::truncated : BodyEnd::complete);
+}
+
 WebContentExtractor::WebContentExtractor(HttpClient &http, QThreadPool &pages, const Clock &clock)
     : m_http(http)
     , m_pages(pages)
@@ -51,11 +57,31 @@ WebContentExtractor::WebContentExtractor(HttpClient &http, QThreadPool &pages, c
 {
 }
 
+Task<Expected<HttpResponse, ExtractionFailure>> WebContentExtractor::fetchPage(QString url)
+{
+    Turn turn(m_calls);
+    co_await turn;
+    auto response = co_await fetch(url);
+    co_return response;
+}
+
 Task<Expected<EvidencePacket, ExtractionFailure>> WebContentExtractor::extract(QString url)
 {
     Turn turn(m_calls);
     co_await turn;
+    const auto response = co_await fetch(url);
+    if (!response)
+        co_return Unexpected{response.error()};
 
+    OnPool<EvidencePacket> reading(m_pages, [response = *response, url, now = m_clock.now()] {
+        return parsePacket(pageText(response), url, now);
+    });
+    const EvidencePacket packet = co_await reading;
+    co_return packet;
+}
+
+Task<Expected<HttpResponse, ExtractionFailure>> WebContentExtractor::fetch(QString url)
+{
     const auto address = WebAddress::parse(url);
     if (!address)
         co_return Unexpected{ExtractionFailure(ExtractionError::invalidURL)};
@@ -65,10 +91,5 @@ Task<Expected<EvidencePacket, ExtractionFailure>> WebContentExtractor::extract(Q
         co_return Unexpected{ExtractionFailure(reply.error())};
     if (reply->status < 200 || reply->status > 299)
         co_return Unexpected{ExtractionFailure(ExtractionError::fetchFailed)};
-
-    OnPool<EvidencePacket> reading(m_pages, [response = *reply, url, now = m_clock.now()] {
-        return packetOf(response, url, now);
-    });
-    const EvidencePacket packet = co_await reading;
-    co_return packet;
+    co_return *reply;
 }

@@ -22,6 +22,10 @@ QString description(ExtractionError error);
 
 /// Why there is no packet: our own reason, or what the HTTP client said.
 using ExtractionFailure = std::variant<ExtractionError, HttpError>;
+QString description(const ExtractionFailure &failure);
+
+/// The text of a page as UTF-8.
+std::string pageText(const HttpResponse &response);
 
 /// Fetches web pages and reads their evidence, one page at a time. Main thread only.
 class WebContentExtractor
@@ -30,10 +34,14 @@ public:
     /// All outlive the extractor. Pages are read on a thread of `pages`.
     WebContentExtractor(HttpClient &http, QThreadPool &pages, const Clock &clock);
 
+    /// The page at `url` as it came. Waits for the calls before it.
+    Task<Expected<HttpResponse, ExtractionFailure>> fetchPage(QString url);
     /// Waits for the calls before it. `fetchedAt` is when the answer was complete.
     Task<Expected<EvidencePacket, ExtractionFailure>> extract(QString url);
 
 private:
+    Task<Expected<HttpResponse, ExtractionFailure>> fetch(QString url);
+
     HttpClient &m_http;
     QThreadPool &m_pages;
     const Clock &m_clock;

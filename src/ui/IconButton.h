@@ -8,4 +8,10 @@ class IconButton : public QToolButton
     Q_OBJECT
 public:
     IconButton(const QString &icon, const QString &toolTip, QWidget *parent = nullptr);
+
+    /// Without its icon the button keeps its place and its size.
+    void setIconShown(bool isShown);
+
+private:
+    QIcon m_icon;
 };

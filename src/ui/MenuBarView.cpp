@@ -7,6 +7,7 @@
 #include "ListAccessibility.h"
 #include "MenuBarViewModel.h"
 #include "PanelPlacement.h"
+#include "Spinner.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -14,6 +15,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
+#include <QProgressBar>
 #include <QScreen>
 #include <QStackedWidget>
 
@@ -65,6 +67,7 @@ MenuBarView::MenuBarView(MenuBarViewModel &model)
     column->setSpacing(0);
     column->addWidget(makeHeader());
     column->addWidget(makeNotice());
+    column->addWidget(makeModelLoad());
     column->addWidget(m_body, 1);
     column->addWidget(divider());
     column->addWidget(makeFooter());
@@ -101,6 +104,25 @@ QWidget *MenuBarView::makeNotice()
     return m_noticeLine;
 }
 
+QWidget *MenuBarView::makeModelLoad()
+{
+    m_modelLoad = new QProgressBar;
+    m_modelLoad->setRange(0, 100);
+    m_modelLoad->setTextVisible(false);
+    m_modelLoad->setFixedHeight(6);
+    m_modelLoad->setAccessibleName(tr("Loading AI model..."));
+    auto *const text = new ElidedLabel(ElidedLabel::Rank::secondary);
+    text->setText(tr("Loading AI model..."));
+
+    m_modelLoadLine = new QWidget;
+    auto *const column = new QVBoxLayout(m_modelLoadLine);
+    column->setContentsMargins(12, 0, 12, 8);
+    column->setSpacing(4);
+    column->addWidget(text);
+    column->addWidget(m_modelLoad);
+    return m_modelLoadLine;
+}
+
 QWidget *MenuBarView::makePlaceholder()
 {
     auto *const title = new QLabel(tr("No Links Yet"));
@@ -122,6 +144,9 @@ QWidget *MenuBarView::makePlaceholder()
 QWidget *MenuBarView::makeFooter()
 {
     m_count = new ElidedLabel(ElidedLabel::Rank::secondary);
+    m_summarize = new IconButton(u"sparkles"_s, QString());
+    m_spinner = new Spinner(m_summarize);
+    connect(m_summarize, &IconButton::clicked, &m_model, &MenuBarViewModel::summarize);
     auto *const quit = new IconButton(u"power"_s, tr("Quit Strandloom"));
     connect(quit, &IconButton::clicked, this, &MenuBarView::quitRequested);
 
@@ -131,6 +156,7 @@ QWidget *MenuBarView::makeFooter()
     line->setSpacing(4);
     line->addWidget(m_count);
     line->addStretch();
+    line->addWidget(m_summarize);
     line->addWidget(quit);
     return footer;
 }
@@ -141,6 +167,12 @@ void MenuBarView::refresh()
     m_count->setText(m_model.countText());
     m_notice->setText(m_model.notice());
     m_noticeLine->setVisible(!m_model.notice().isEmpty());
+    m_modelLoadLine->setVisible(m_model.modelLoad().has_value());
+    m_modelLoad->setValue(int(m_model.modelLoad().value_or(0) * 100));
+    m_summarize->setToolTip(m_model.summarizeToolTip());
+    m_summarize->setAccessibleName(m_model.summarizeToolTip());
+    m_summarize->setIconShown(!m_model.isSummarizing());
+    m_spinner->setVisible(m_model.isSummarizing());
     m_body->setCurrentIndex(m_model.isEmpty() ? 0 : 1);
 }
 

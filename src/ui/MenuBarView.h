@@ -5,10 +5,13 @@
 #include <optional>
 
 class ElidedLabel;
+class IconButton;
 class LinkListView;
 class MenuBarViewModel;
 class QLabel;
+class QProgressBar;
 class QStackedWidget;
+class Spinner;
 
 /// The menu bar panel. It drops down from the tray icon and goes when the user turns to another
 /// window; where there is no tray it is a window like others.
@@ -35,6 +38,7 @@ protected:
 private:
     QWidget *makeHeader();
     QWidget *makeNotice();
+    QWidget *makeModelLoad();
     QWidget *makePlaceholder();
     QWidget *makeFooter();
     void present();
@@ -45,7 +49,11 @@ private:
     ElidedLabel *m_today = nullptr;
     QWidget *m_noticeLine = nullptr;
     QLabel *m_notice = nullptr;
+    QWidget *m_modelLoadLine = nullptr;
+    QProgressBar *m_modelLoad = nullptr;
     QStackedWidget *m_body = nullptr;
     ElidedLabel *m_count = nullptr;
+    IconButton *m_summarize = nullptr;
+    Spinner *m_spinner = nullptr;
     bool m_isPanel = false;
 };

@@ -3,10 +3,11 @@
 #include "Calendar.h"
 #include "DebugLog.h"
 #include "ModelContext.h"
+#include "SummaryService.h"
 #include "clipboard/ClipboardSource.h"
 #include "desktop/UrlOpener.h"
 
-using namespace std::chrono_literals;
+#include <QScopeGuard>
 
 namespace
 {
@@ -66,6 +67,37 @@ QString MenuBarViewModel::notice() const
     if (m_parts.modelContext.hasUnsavedChanges())
         return tr("Links cannot be saved at the moment. They are kept until they can.");
     return m_parts.clipboard.limitation();
+}
+
+void MenuBarViewModel::setModelLoad(std::optional<double> progress)
+{
+    m_modelLoad = progress;
+    Q_EMIT changed();
+}
+
+QString MenuBarViewModel::summarizeToolTip() const
+{
+    const qint64 missing = m_parts.modelContext.counts().visibleWithoutSummary;
+    return missing > 0 ? tr("Generate AI summaries for %1 links").arg(missing)
+                       : tr("All links have summaries");
+}
+
+void MenuBarViewModel::summarize()
+{
+    if (!m_isSummarizing)
+        m_tasks.start(summarizeListed());
+}
+
+Task<> MenuBarViewModel::summarizeListed()
+{
+    m_isSummarizing = true;
+    Q_EMIT changed();
+    const auto idle = qScopeGuard([this] {
+        m_isSummarizing = false;
+        Q_EMIT changed();
+    });
+    const QList<LinkId> ids = m_parts.modelContext.visibleWithoutSummary();
+    co_await m_parts.summaries.summarizeAll(ids);
 }
 
 void MenuBarViewModel::open(const LinkId &id)

@@ -2,6 +2,7 @@
 
 #include "CapturedLink.h"
 #include "LinkListModel.h"
+#include "async/Scope.h"
 #include "text/DateText.h"
 
 #include <QObject>
@@ -12,6 +13,7 @@ class Alarm;
 class ClipboardSource;
 class Clock;
 class ModelContext;
+class SummaryService;
 class UrlOpener;
 
 /// What a row of the list shows of a link.
@@ -33,6 +35,7 @@ public:
         ModelContext &modelContext;
         ClipboardSource &clipboard;
         UrlOpener &urlOpener;
+        SummaryService &summaries;
         Clock &clock;
     };
 
@@ -48,6 +51,16 @@ public:
     /// What the user must know about captures that do not work as they should; empty when all do.
     QString notice() const;
 
+    /// From 0 to 1; absent when the model is not being loaded.
+    std::optional<double> modelLoad() const { return m_modelLoad; }
+    void setModelLoad(std::optional<double> progress);
+
+    /// The summaries that the user asked for here are being written.
+    bool isSummarizing() const { return m_isSummarizing; }
+    QString summarizeToolTip() const;
+    /// Writes the summaries that the listed links lack. A press while it does so does nothing.
+    void summarize();
+
     void open(const LinkId &id);
     void copyUrl(const LinkId &id);
     void copySummary(const LinkId &id);
@@ -59,10 +72,14 @@ Q_SIGNALS:
 
 private:
     void recountToday();
+    Task<> summarizeListed();
 
     Parts m_parts;
     LinkListModel m_links;
     DateText m_dates;
     qint64 m_today = 0;
     std::unique_ptr<Alarm> m_midnight;
+    std::optional<double> m_modelLoad;
+    bool m_isSummarizing = false;
+    Scope m_tasks;
 };

@@ -18,7 +18,9 @@ PAGES = {
     "/slash": (200, {}, b"<TITLE>\n  A Trailing Slash\n</TITLE>"),
     "/latin": (200, {}, "<title>Caf\u00e9 cr\u00e8me \u00e0 Z\u00fcrich</title>".encode("latin-1")),
     "/gone": (404, {}, b"<title>404: not a title</title>"),
-    "/shared": (200, {}, b'<title> </title><meta property="og:title" content="Only for Sharing">'),
+    "/shared": (200, {}, b'<title> </title><meta property="og:title" content="Only for Sharing">'
+                b'<meta name="description" content="A page that has nothing to say for itself, but a '
+                b'lot to those it is shared with. It says so in more than one sentence.">'),
 }
 
 
@@ -81,6 +83,28 @@ def check_list(program, site):
            "five links, newest first, with their titles")
 
 
+def summarize(desktop, program, panel, output, site):
+    print("Pressing the summarise button.", flush=True)
+    x, y, width, height = desktop.geometry(panel)
+    desktop.click(x + width - 52, y + height - 18)
+    program.wait_for_line("Generated summary for")
+    desktop.screenshot(output / "panel-summarizing.png", panel)
+    program.wait_for_line("Batch summarization complete: 5 links processed")
+    expect(sum("Extraction failed for " + site.url("/gone") in line for line in program.lines()) == 1,
+           "the page that is gone is reported once")
+    summaries = {link["url"]: link.get("summary") for link in program.list()[1]}
+    expect(summaries == {
+        site.url("/shared"): "A page that has nothing to say for itself, but a lot to those it is "
+                             "shared with. It says so in more than one sentence.",
+        site.url("/gone"): None,
+        site.url("/latin"): "Caf\u00e9 cr\u00e8me \u00e0 Z\u00fcrich - a webpage on 127.0.0.1.",
+        site.url("/slash"): "A Trailing Slash - a webpage on 127.0.0.1.",
+        site.url("/plain"): "Weaving by Hand & by Loom - a webpage on 127.0.0.1.",
+    }, "every page that answers has its summary")
+    desktop.click(x + 100, y + 60)
+    desktop.run("sleep", "0.4")  # the row expands in 0.2 s
+
+
 def tray_icon(desktop):
     """The middle of the program's icon, the only one in the tray; None before it is there."""
     found = subprocess.run(["xdotool", "search", "--onlyvisible", "--classname", "strandloom"],
@@ -113,8 +137,11 @@ def main(binary, output):
         wait_until(lambda: tray_icon(desktop), "the icon in the tray")
         desktop.click(*tray_icon(desktop))
         panel = desktop.window("Strandloom")
+        desktop.screenshot(output / "panel-loading.png", panel)
         copy_things(desktop, program, site)
         check_list(program, site)
+
+        summarize(desktop, program, panel, output, site)
 
         print("Looking at the panel.", flush=True)
         desktop.screenshot(output / "panel.png", panel)
