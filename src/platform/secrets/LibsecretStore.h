@@ -1,0 +1,26 @@
+#pragma once
+
+#include "secrets/SecretStore.h"
+
+#include <QThreadPool>
+
+#include <functional>
+#include <memory>
+
+/// Secrets in the desktop's secret service (`org.freedesktop.secrets`), as text items that carry
+/// the attributes "service" and "account". Works on a thread of its own and gives up after five
+/// seconds without an answer, though never while the user is being asked.
+class LibsecretStore final : public SecretStore
+{
+public:
+    explicit LibsecretStore(const QString &serviceName);
+    ~LibsecretStore() override;
+
+    Task<ReadResult> read(UnlockPrompt prompt) override;
+    Task<Result> write(QList<Secret> secrets) override;
+    Task<Result> removeAll() override;
+
+private:
+    QByteArray m_serviceName;
+    std::unique_ptr<QThreadPool> m_thread;
+};

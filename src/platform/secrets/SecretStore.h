@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Expected.h"
+#include "async/Task.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+/// Why secrets could not be read, kept or removed.
+enum class SecretFault {
+    locked, ///< and the user did not unlock them
+    unavailable, ///< no secret service, no bus, or the service gave up half-way
+    timedOut, ///< the service does not answer
+};
+
+/// The fault as one English sentence without a full stop.
+QString description(SecretFault fault);
+
+/// Whether the user may be asked to unlock. Only where an act of the user's own leads there.
+enum class UnlockPrompt { never, allowed };
+
+struct Secret {
+    QString account;
+    QByteArray value;
+};
+
+/// Secrets of this program in the user's keyring, by account name. Operations run one after
+/// another, in the order in which they were begun. Main thread only.
+class SecretStore
+{
+public:
+    /// What is there: an account that has no secret is missing, the value of one that stays locked
+    /// is absent.
+    using Secrets = QHash<QString, std::optional<QByteArray>>;
+    using ReadResult = Expected<Secrets, SecretFault>;
+    using Result = Expected<void, SecretFault>;
+
+    virtual ~SecretStore() = default;
+    virtual Task<ReadResult> read(UnlockPrompt prompt) = 0;
+    /// Replaces what the accounts have; may ask the user to unlock. What fails half-way may have
+    /// kept the first of them.
+    virtual Task<Result> write(QList<Secret> secrets) = 0;
+    /// Removes the secrets of all accounts; may ask the user to unlock. Nothing there is success.
+    virtual Task<Result> removeAll() = 0;
+};
