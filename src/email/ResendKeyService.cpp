@@ -1,0 +1,138 @@
+#include "ResendKeyService.h"
+
+#include "DebugLog.h"
+#include "text/Characters.h"
+#include "text/WhiteSpace.h"
+
+#include <QRegularExpression>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int shortestKey = 20;
+
+QString withoutSpace(const QString &text)
+{
+    const std::string utf8 = text.toStdString();
+    const std::string_view rest = trimmed(utf8);
+    return QString::fromUtf8(rest.data(), qsizetype(rest.size()));
+}
+
+bool isEmailAddress(const QString &text)
+{
+    static const QRegularExpression pattern(
+        uR"(^[A-Za-z0-9._%+-]+@[A-Za-z0-9.-]+\.[A-Za-z]{2,}$)"_s);
+    return pattern.match(text).hasMatch();
+}
+
+/// The value of an account where there is one and it is not locked.
+std::optional<QString> textOf(const SecretStore::Secrets &secrets, QLatin1StringView account)
+{
+    const auto value = secrets.value(account);
+    return value ? std::optional(QString::fromUtf8(*value)) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<QString> configurationFault(const QString &apiKey, const QString &fromEmail)
+{
+    const QString key = withoutSpace(apiKey);
+    const QString address = withoutSpace(fromEmail);
+    if (key.isEmpty())
+        return u"API key cannot be empty"_s;
+    if (!key.startsWith(u"re_"))
+        return u"Invalid API key format. Resend keys start with 're_'"_s;
+    if (hasFewerCharacters(QStringView(key), shortestKey))
+        return u"API key is too short"_s;
+    if (address.isEmpty())
+        return u"From email address is required"_s;
+    if (!isEmailAddress(address))
+        return u"Invalid email address format"_s;
+    return std::nullopt;
+}
+
+ResendKeyService::ResendKeyService(SecretStore &secrets, QObject *parent)
+    : QObject(parent)
+    , m_secrets(secrets)
+{
+    refresh();
+}
+
+Task<bool> ResendKeyService::saveConfiguration(QString apiKey, QString fromEmail)
+{
+    const auto fault = configurationFault(apiKey, fromEmail);
+    m_validationError = fault;
+    if (fault)
+        co_return false;
+
+    const QString key = withoutSpace(apiKey);
+    const QString address = withoutSpace(fromEmail);
+    ++m_changes;
+    const QList<Secret> secrets = {{apiKeyAccount, key.toUtf8()}, {emailAccount, address.toUtf8()}};
+    const auto written = co_await m_secrets.write(secrets);
+    if (!written)
+        debugLog(u"Failed to save the email configuration: " + description(written.error()));
+    m_isKnown = true;
+    m_isConfigured = true;
+    m_configuredEmail = address;
+    co_return true;
+}
+
+void ResendKeyService::removeConfiguration()
+{
+    ++m_changes;
+    m_tasks.start(removeSecrets());
+    m_isKnown = true;
+    m_isConfigured = false;
+    m_configuredEmail = std::nullopt;
+    m_validationError = std::nullopt;
+}
+
+Task<> ResendKeyService::removeSecrets()
+{
+    const auto removed = co_await m_secrets.removeAll();
+    if (!removed)
+        debugLog(u"Failed to remove the email configuration: " + description(removed.error()));
+}
+
+Task<std::optional<QString>> ResendKeyService::apiKey(UnlockPrompt prompt)
+{
+    const auto secrets = co_await read(prompt);
+    co_return secrets ? textOf(*secrets, apiKeyAccount) : std::nullopt;
+}
+
+void ResendKeyService::refresh()
+{
+    m_tasks.start(readAgain());
+}
+
+Task<> ResendKeyService::readAgain()
+{
+    const auto secrets = co_await read(UnlockPrompt::never);
+    Q_UNUSED(secrets)
+}
+
+Task<std::optional<SecretStore::Secrets>> ResendKeyService::read(UnlockPrompt prompt)
+{
+    const int changes = m_changes;
+    const auto secrets = co_await m_secrets.read(prompt);
+    if (!secrets) {
+        debugLog(u"Failed to read the email configuration: " + description(secrets.error()));
+        co_return std::nullopt;
+    }
+    if (changes == m_changes)
+        publish(*secrets);
+    co_return *secrets;
+}
+
+void ResendKeyService::publish(const SecretStore::Secrets &secrets)
+{
+    // A key that has vanished under the running program shows when it is to be used.
+    m_isConfigured = m_isConfigured || secrets.contains(apiKeyAccount);
+    if (const auto address = textOf(secrets, emailAccount))
+        m_configuredEmail = *address;
+    if (!std::exchange(m_isKnown, true))
+        Q_EMIT becameKnown();
+}

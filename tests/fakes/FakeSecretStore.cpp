@@ -1,0 +1,52 @@
+#include "FakeSecretStore.h"
+
+using namespace std::chrono_literals;
+
+Task<SecretStore::ReadResult> FakeSecretStore::read(UnlockPrompt prompt)
+{
+    Sleep turn(m_clock, 0ms);
+    co_await turn;
+    if (fault)
+        co_return Unexpected{*fault};
+    if (prompt == UnlockPrompt::allowed)
+        (void)unlock();
+    Secrets secrets;
+    for (auto entry = contents.cbegin(); entry != contents.cend(); ++entry)
+        secrets.insert(entry.key(), isLocked ? std::nullopt : std::optional(entry.value()));
+    co_return secrets;
+}
+
+Task<SecretStore::Result> FakeSecretStore::write(QList<Secret> secrets)
+{
+    Sleep turn(m_clock, 0ms);
+    co_await turn;
+    const Result unlocked = unlock();
+    if (!unlocked)
+        co_return unlocked;
+    for (const Secret &secret : secrets)
+        contents.insert(secret.account, secret.value);
+    co_return Result();
+}
+
+Task<SecretStore::Result> FakeSecretStore::removeAll()
+{
+    Sleep turn(m_clock, 0ms);
+    co_await turn;
+    const Result unlocked = unlock();
+    if (unlocked)
+        contents.clear();
+    co_return unlocked;
+}
+
+SecretStore::Result FakeSecretStore::unlock()
+{
+    if (fault)
+        return Unexpected{*fault};
+    if (!isLocked)
+        return {};
+    ++prompts;
+    isLocked = !userUnlocks;
+    if (isLocked)
+        return Unexpected{SecretFault::locked};
+    return {};
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "SystemClock.h"
+#include "secrets/SecretStore.h"
+
+/// A keyring in memory that answers one loop turn later.
+class FakeSecretStore final : public SecretStore
+{
+public:
+    QHash<QString, QByteArray> contents;
+    std::optional<SecretFault> fault; ///< what every operation ends with, if anything
+    bool isLocked = false;
+    bool userUnlocks = true; ///< when asked
+    int prompts = 0;
+
+    Task<ReadResult> read(UnlockPrompt prompt) override;
+    Task<Result> write(QList<Secret> secrets) override;
+    Task<Result> removeAll() override;
+
+private:
+    Result unlock();
+
+    SystemClock m_clock;
+};
