@@ -3,6 +3,16 @@
 #include <QDateTime>
 
 using std::chrono::milliseconds;
+using std::chrono::seconds;
+using namespace std::chrono_literals;
+
+namespace
+{
+seconds offsetFromUtc(Instant instant)
+{
+    return seconds(dateTimeOf(instant).offsetFromUtc());
+}
+} // namespace
 
 QDateTime dateTimeOf(Instant instant)
 {
@@ -23,6 +33,21 @@ std::optional<Instant> addDays(Instant instant, int days)
     if (!moved.isValid())
         return std::nullopt;
     return instantOf(moved) + belowMilliseconds;
+}
+
+std::optional<Instant> atHour(Instant instant, int hour, int days)
+{
+    const QDate date = dateTimeOf(instant).date().addDays(days);
+    const QTime time(hour, 0);
+    if (!date.isValid() || !time.isValid())
+        return std::nullopt;
+    // QDateTime itself is not to be relied on near a change of the clocks.
+    const Instant civil = instantOf(QDateTime(date, time, Qt::UTC));
+    const seconds before = offsetFromUtc(civil - 24h);
+    const seconds after = offsetFromUtc(civil + 24h);
+    const bool isAfter =
+        offsetFromUtc(civil - before) != before && offsetFromUtc(civil - after) == after;
+    return civil - (isAfter ? after : before);
 }
 
 Instant startOfDay(Instant instant)

@@ -15,6 +15,10 @@ Instant instantOf(const QDateTime &dateTime);
 /// The same time of day `days` days later (earlier when negative), whatever clock changes lie
 /// between; absent when the calendar has no such date.
 std::optional<Instant> addDays(Instant instant, int days);
+/// When it is `hour` o'clock on the day `days` after that of `instant`, for the first time; where
+/// the clocks skip that hour or day, as much later as they skip. Absent when the calendar has no
+/// such date or a day no such hour.
+std::optional<Instant> atHour(Instant instant, int hour, int days = 0);
 /// The first moment of the day that holds `instant`.
 Instant startOfDay(Instant instant);
 /// Whether both lie in the same day.

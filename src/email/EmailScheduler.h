@@ -1,0 +1,76 @@
+#pragma once
+
+#include "CapturedLink.h"
+#include "Clock.h"
+#include "Expected.h"
+#include "StoreError.h"
+#include "async/Scope.h"
+
+#include <QList>
+#include <QObject>
+#include <QProperty>
+
+class EmailService;
+class ModelContext;
+class Preferences;
+class ResendKeyService;
+
+/// Mails the digest of the visible links once a day at the hour the user has chosen. Follows the
+/// wall clock: through suspends, steps of the clock and changes of the time zone. Main thread only.
+class EmailScheduler : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(bool isScheduled READ isScheduled NOTIFY isScheduledChanged)
+public:
+    /// What the scheduler works with; all of it outlives the scheduler.
+    struct Parts {
+        EmailService &service;
+        ResendKeyService &keys;
+        Preferences &preferences;
+        Clock &clock;
+    };
+
+    explicit EmailScheduler(const Parts &parts, QObject *parent = nullptr);
+
+    /// Where the links are; null, as at first: nothing is sent. Outlives the scheduler.
+    void setModelContext(ModelContext *context) { m_modelContext = context; }
+    /// Whether a digest is to be sent at some later time.
+    bool isScheduled() const { return m_isScheduled; }
+
+    /// Aims at the next send, or at none when the digest is off. To be called at the start and
+    /// when the user has changed the digest's settings.
+    void scheduleNextEmail();
+    /// Sends the digest of today if its hour has passed and none has gone out. To be called once,
+    /// at the start, after `scheduleNextEmail`.
+    void checkAndSendIfNeeded();
+    /// Sends now, whatever the hour, and aims at the next send. Hides what was sent if the user
+    /// wants that. Does nothing while such a send is under way.
+    Task<> sendScheduledEmail();
+    /// The next time at which it is `hour` o'clock, later than now; where the clocks skip that hour
+    /// or day, the moment after the gap. Absent when there is no such hour.
+    std::optional<Instant> nextSendDate(int hour) const;
+
+Q_SIGNALS:
+    void isScheduledChanged();
+
+private:
+    int sendHour() const;
+    Instant lastSendDate() const;
+    std::optional<Instant> nextUnsentDate() const;
+    void schedule(std::optional<Instant> date);
+    void scheduleAfter(Instant begun);
+    void wait();
+    void wake();
+    Task<> deliver(QString recipient);
+    Task<Expected<QList<CapturedLink>, StoreError>> visibleLinks();
+    void recordSent(const QList<CapturedLink> &links);
+
+    Parts m_parts;
+    ModelContext *m_modelContext = nullptr;
+    std::optional<Instant> m_due; ///< absent while nothing is aimed at
+    std::unique_ptr<Alarm> m_timer; ///< rings at `m_due`, or before it to look at the clock
+    bool m_isSending = false;
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(EmailScheduler, bool, m_isScheduled, false,
+                                         &EmailScheduler::isScheduledChanged)
+    Scope m_tasks;
+};

@@ -1,0 +1,261 @@
+#include "EmailService.h"
+
+#include "DiagnosticLines.h"
+#include "MailDesk.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Kind = EmailError::Kind;
+
+namespace
+{
+
+const QString you = u"you@example.com"_s;
+
+HttpReply answer(int status, const QByteArray &body)
+{
+    return HttpResponse{status, body, false};
+}
+
+QJsonObject messageOf(const HttpRequest &request)
+{
+    return QJsonDocument::fromJson(request.body).object();
+}
+
+QByteArray header(const HttpRequest &request, const QByteArray &name)
+{
+    for (const HttpHeader &header : request.headers) {
+        if (header.name == name)
+            return header.value;
+    }
+    return {};
+}
+
+} // namespace
+
+class EmailServiceTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void passesOnTheProvidersAnswer_data()
+    {
+        QTest::addColumn<HttpReply>("reply");
+        QTest::addColumn<QString>("failure"); // empty: accepted
+        QTest::addColumn<QString>("lastError");
+        const QString refused = u"Failed to connect to the email service."_s;
+        const auto row = [](const char *name, const HttpReply &reply, const QString &failure,
+                            const QString &lastError = {}) {
+            QTest::newRow(name) << reply << failure << lastError;
+        };
+        row("accepted", answer(200, R"({"id":"1"})"), {});
+        row("accepted, no id", answer(200, "[]"), {});
+        row("created, no body", answer(201, {}), {});
+        row("no content", answer(204, {}), refused);
+        row("moved", answer(301, {}), refused);
+        row("refused with a reason", answer(422, R"({"message":"no such domain"})"),
+            u"Failed to send email: no such domain"_s, u"no such domain"_s);
+        row("unauthorized", answer(401, R"({"message":"bad key","name":"x"})"),
+            u"Failed to send email: bad key"_s, u"bad key"_s);
+        row("reason is empty", answer(429, R"({"message":""})"), u"Failed to send email: "_s);
+        row("reason is no string", answer(422, R"({"message":7})"), refused);
+        row("array", answer(403, R"(["message"])"), refused);
+        row("HTML", answer(500, "<h1>Oops</h1>"), refused);
+        row("half an object", answer(422, "{\"message\":\"no"), refused);
+        row("no answer", Unexpected{HttpError{HttpError::Kind::timedOut, u"Time is up."_s}},
+            u"Time is up."_s);
+    }
+    void passesOnTheProvidersAnswer()
+    {
+        QFETCH(HttpReply, reply);
+        QFETCH(QString, failure);
+        MailDesk desk;
+        desk.web.answerWith([reply](const HttpRequest &) { return reply; });
+        QSignalSpy busy(desk.service.get(), &EmailService::isSendingChanged);
+        const auto result = desk.send({desk.addLink(u"https://a.de"_s)}, you);
+        QVERIFY(result);
+        QCOMPARE(*result ? QString() : description(result->error()), failure);
+        QTEST(desk.service->lastError(), "lastError");
+        QCOMPARE(busy.count(), 2); // on and off again, whatever the answer
+        QCOMPARE(desk.web.requests().size(), 1);
+    }
+
+    void postsTheDigest()
+    {
+        MailDesk desk;
+        desk.web.answerWith([](const HttpRequest &) { return answer(200, R"({"id":"mail-1"})"); });
+        const DiagnosticLines diagnostics;
+        const CapturedLink link = desk.addLink(u"https://a.de"_s, u"\"So\" <\u00e4>\0\1"_s);
+        QVERIFY(*desk.send({link}, you));
+
+        const HttpRequest request = desk.web.requests().first();
+        QCOMPARE(request.url, "https://mail.example/v1/emails");
+        QVERIFY(request.method == HttpRequest::Method::post);
+        QCOMPARE(header(request, "Authorization"), "Bearer " + MailDesk::key.toUtf8());
+        QCOMPARE(header(request, "Content-Type"), "application/json");
+        QCOMPARE(header(request, "Idempotency-Key"), QByteArray());
+        QVERIFY(request.inactivityLimit == 60s);
+        const QJsonObject message = messageOf(request);
+        QCOMPARE(message.keys(), (QStringList{u"from"_s, u"html"_s, u"subject"_s, u"to"_s}));
+        QCOMPARE(message[u"from"], u"me@example.com"_s);
+        QCOMPARE(message[u"to"], QJsonArray{you});
+        QCOMPARE(message[u"subject"], u"Your Strandloom Digest – November 14, 2023"_s);
+        QVERIFY(message[u"html"].toString().contains(u"&quot;So&quot; &lt;\u00e4&gt;\0\1</div>"_s));
+        QCOMPARE(diagnostics.lines(),
+                 QStringList{u"Email sent successfully. Message ID: mail-1"_s});
+    }
+
+    void failsInItsOrder_data()
+    {
+        QTest::addColumn<bool>("hasKey");
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<int>("links");
+        QTest::addColumn<bool>("hasSender");
+        QTest::addColumn<Kind>("kind");
+        QTest::newRow("no key comes first") << false << u""_s << 0 << false << Kind::notConfigured;
+        QTest::newRow("then no recipient") << true << u""_s << 0 << false << Kind::invalidEmail;
+        QTest::newRow("then no links") << true << you << 0 << false << Kind::noLinks;
+        QTest::newRow("then no sender") << true << you << 1 << false << Kind::notConfigured;
+        QTest::newRow("then no API") << true << you << 1 << true << Kind::requestFailed;
+    }
+    void failsInItsOrder()
+    {
+        QFETCH(bool, hasKey);
+        QFETCH(QString, to);
+        QFETCH(int, links);
+        QFETCH(bool, hasSender);
+        QFETCH(Kind, kind);
+        MailDesk desk(nullptr, "http://mail.example");
+        if (!hasKey)
+            desk.secrets.contents.remove(ResendKeyService::apiKeyAccount);
+        if (!hasSender)
+            desk.secrets.contents.remove(ResendKeyService::emailAccount);
+        desk.web.answerWith([](const HttpRequest &) { return answer(404, {}); });
+        QSignalSpy busy(desk.service.get(), &EmailService::isSendingChanged);
+        const QList<CapturedLink> all(links, desk.addLink(u"https://a.de"_s, std::nullopt));
+        const auto result = desk.send(all, to);
+        QVERIFY(result && !*result);
+        QVERIFY(result->error().kind == kind);
+        QCOMPARE(busy.count(), links == 0 ? 0 : 2);
+        QCOMPARE(desk.web.requests().size(), links); // the summary is asked for before the sender
+    }
+
+    void summarisesWhatHasNoSummary()
+    {
+        MailDesk desk;
+        const CapturedLink done = desk.addLink(u"https://done.de"_s, u""_s);
+        const CapturedLink broken = desk.addLink(u"https://broken.de"_s, std::nullopt);
+        const CapturedLink open = desk.addLink(u"https://open.de"_s, std::nullopt);
+        desk.web.answerWith([](const HttpRequest &request) {
+            if (request.url.contains("broken"))
+                return answer(500, {});
+            return answer(200, "<title>An open page</title>");
+        });
+        const DiagnosticLines diagnostics;
+        QVERIFY(*desk.send({done, broken, open}, you));
+        QVERIFY(
+            diagnostics.lines().contains(u"Generating summaries for 2 links before email..."_s));
+        QCOMPARE(desk.web.requests().size(), 3);
+        const QString html = messageOf(desk.web.requests().last())[u"html"].toString();
+        QCOMPARE(html.count(u"class=\"link-summary\""), 2); // the empty one and the new one
+        QVERIFY(html.contains(desk.context().link(open.id)->summary->toHtmlEscaped()));
+    }
+
+    void namesADigestOfAnHourOnlyOnce()
+    {
+        MailDesk desk;
+        desk.web.answerWith([](const HttpRequest &) { return answer(200, {}); });
+        const CapturedLink link = desk.addLink(u"https://a.de"_s);
+        const Instant due = desk.clock.now();
+        QVERIFY(*desk.send({link}, you, due));
+        QVERIFY(*desk.send({link}, you, due)); // the catch-up of the same hour
+        QVERIFY(*desk.send({link}, you, due + 24h));
+        QVERIFY(*desk.send({link, desk.addLink(u"https://b.de"_s)}, you, due));
+        QList<QByteArray> names;
+        for (const HttpRequest &request : desk.web.requests())
+            names.append(header(request, "Idempotency-Key"));
+        QVERIFY(QRegularExpression(u"^digest-[0-9a-f]{64}$"_s)
+                    .match(QString::fromLatin1(names[0]))
+                    .hasMatch());
+        QCOMPARE(names[0], names[1]);
+        QCOMPARE(QSet<QByteArray>(names.begin(), names.end()).size(), 3);
+    }
+
+    void asksToUnlockForTheUserOnly()
+    {
+        MailDesk desk;
+        desk.web.answerWith([](const HttpRequest &) { return answer(200, {}); });
+        desk.secrets.isLocked = true;
+        const CapturedLink link = desk.addLink(u"https://a.de"_s);
+        const auto scheduled = desk.send({link}, you, desk.clock.now());
+        QVERIFY(scheduled->error().kind == Kind::notConfigured);
+        QCOMPARE(desk.secrets.prompts, 0);
+        QVERIFY(*desk.send({link}, you));
+        QCOMPARE(desk.secrets.prompts, 1);
+    }
+
+    void goesOnWithoutItsCallerButNotWithoutItself()
+    {
+        MailDesk desk;
+        const QList<CapturedLink> links = {desk.addLink(u"https://a.de"_s)};
+        {
+            Scope screen;
+            screen.start(drop(desk.service->sendDigest(links, you)));
+            QTRY_COMPARE(desk.web.waiting(), 1);
+        }
+        QCOMPARE(desk.web.waiting(), 1);
+        desk.web.answerNext(answer(200, {}));
+        QVERIFY(!desk.service->isSending());
+
+        Scope screen;
+        screen.start(drop(desk.service->sendDigest(links, you)));
+        QTRY_COMPARE(desk.web.waiting(), 1);
+        desk.service.reset();
+        QCOMPARE(desk.web.waiting(), 0);
+    }
+
+    void trustsOnlySafeApis_data()
+    {
+        QTest::addColumn<QByteArray>("api");
+        QTest::addColumn<QByteArray>("endpoint");
+        QTest::newRow("plain") << "https://a.de"_ba
+                               << "https://a.de/emails"_ba;
+        QTest::newRow("folder and slash") << "https://a.de/v1/"_ba
+                                          << "https://a.de/v1/emails"_ba;
+        QTest::newRow("this machine") << "http://127.0.0.1:8/"_ba
+                                      << "http://127.0.0.1:8/emails"_ba;
+        QTest::newRow("this machine, IPv6") << "http://[::1]:8"_ba
+                                            << "http://[::1]:8/emails"_ba;
+        QTest::newRow("another machine in the clear") << "http://a.de"_ba
+                                                      << ""_ba;
+        QTest::newRow("looks like this machine") << "http://127.0.0.1.a.de"_ba
+                                                 << ""_ba;
+        QTest::newRow("another scheme") << "ftp://127.0.0.1"_ba
+                                        << ""_ba;
+        QTest::newRow("no host") << "https:///v1"_ba
+                                 << ""_ba;
+        QTest::newRow("none") << ""_ba
+                              << ""_ba;
+    }
+    void trustsOnlySafeApis()
+    {
+        QFETCH(QByteArray, api);
+        const MailDesk desk(nullptr, api);
+        QTEST(resendEndpoint(desk.info).value_or(QByteArray()), "endpoint");
+    }
+
+private:
+    static Task<> drop(Task<SendResult> send)
+    {
+        const SendResult result = co_await send;
+        Q_UNUSED(result)
+    }
+};
+
+QTEST_GUILESS_MAIN(EmailServiceTest)
+#include "EmailServiceTest.moc"
