@@ -37,6 +37,9 @@ constexpr auto nextPage = "SELECT " LINK_COLUMNS " FROM links "
 constexpr auto storeOrder = "SELECT " LINK_COLUMNS " FROM links WHERE isVisible ORDER BY seq";
 constexpr auto idsWithoutSummary = "SELECT id FROM links WHERE isVisible AND summary IS NULL "
                                    "ORDER BY copiedAt DESC, id DESC";
+constexpr auto storeOrderPage = "SELECT " LINK_COLUMNS ", seq FROM links "
+                                "WHERE isVisible AND seq>?2 ORDER BY seq LIMIT ?1";
+constexpr int seqColumn = 7;
 
 constexpr auto insertDomain = "INSERT INTO excludedDomains(id, domain, addedAt) VALUES(?,?,?)";
 constexpr auto removeDomain = "DELETE FROM excludedDomains WHERE id=?";
@@ -378,6 +381,27 @@ QList<LinkId> ModelContext::visibleWithoutSummary() const
             ids->prepend(link.id); // what could not be saved is what came last
     }
     return *ids;
+}
+
+ModelContext::Links ModelContext::visibleInStoreOrder(std::optional<qint64> &place, int limit) const
+{
+    return m_database.attempt([&] {
+        QList<CapturedLink> page;
+        Query query = m_database.query(storeOrderPage);
+        query->bind(1, limit);
+        query->bind(2, int64_t(*place));
+        while (query->executeStep()) {
+            page.append(linkFrom(*query));
+            place = query->getColumn(seqColumn).getInt64();
+        }
+        if (page.size() == limit) {
+            m_unsaved.correctRows(page);
+        } else {
+            m_unsaved.correctStoreOrder(page); // with the new ones, which come last
+            place.reset();
+        }
+        return page;
+    });
 }
 
 qint64 ModelContext::visibleSince(Instant since) const

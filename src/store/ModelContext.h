@@ -60,6 +60,9 @@ public:
     Links visibleInStoreOrder() const;
     /// The visible links that have no summary, newest first; none when the store cannot be read.
     QList<LinkId> visibleWithoutSummary() const;
+    /// The next of them, about `limit`; `place`, at first 0, is where the reading goes on, and
+    /// absent at its end.
+    Links visibleInStoreOrder(std::optional<qint64> &place, int limit) const;
     /// The visible links copied at or after `since`; 0 when the store cannot be read.
     qint64 visibleSince(Instant since) const;
     /// Kept up to date with every change, so asking is free.

@@ -1,0 +1,29 @@
+#include "LinkCursor.h"
+
+namespace
+{
+constexpr int pageSize = 1000;
+}
+
+LinkCursor::LinkCursor(const ModelContext &context, LinkOrder order)
+    : m_context(context)
+    , m_order(order)
+{
+}
+
+ModelContext::Links LinkCursor::next()
+{
+    auto page = m_order == LinkOrder::store ? m_context.visibleInStoreOrder(m_place, pageSize)
+                                            : nextNewest();
+    m_isAtEnd = m_isAtEnd || !page || !m_place;
+    return page;
+}
+
+ModelContext::Links LinkCursor::nextNewest()
+{
+    auto page = m_context.visibleNewestFirst(m_last, pageSize);
+    m_isAtEnd = page && page->size() < pageSize;
+    if (page && !page->isEmpty())
+        m_last = positionOf(page->last());
+    return page;
+}
