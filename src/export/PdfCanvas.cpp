@@ -1,7 +1,6 @@
 #include "PdfCanvas.h"
 
 #include <QDateTime>
-#include <QStringEncoder>
 
 #include <cairo-pdf.h>
 #include <pango/pangocairo.h>
@@ -12,7 +11,9 @@ namespace
 {
 
 /// Pango takes a time that grows with the square of an unbroken text.
-constexpr std::size_t sliceSize = 4000;
+constexpr std::size_t sliceSize = 2000;
+/// More than a page can hold of the narrowest letters; the rest of a text would not be seen.
+constexpr qsizetype mostOfAPage = 16384;
 
 template <auto release>
 struct Release {
@@ -182,7 +183,7 @@ PdfText::~PdfText() = default;
 
 double PdfText::layOut(QStringView text)
 {
-    m_text = printable(text);
+    m_text = printable(text.first(std::min(text.size(), mostOfAPage)));
     m_pieces.clear();
     std::string_view rest = m_text;
     double height = 0;
@@ -230,18 +231,18 @@ std::string printable(QStringView text)
 {
     QString clean;
     clean.reserve(text.size());
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const QChar character = text[i];
-        if (character == u'\r') {
-            if (i + 1 == text.size() || text[i + 1] != u'\n')
-                clean += u'\n';
-        } else if (character == u'\t') {
+    const QList<uint> characters = text.toUcs4(); // lone surrogates are U+FFFD by now
+    for (qsizetype i = 0; i < characters.size(); ++i) {
+        const char32_t character = characters[i];
+        const bool isBeforeLineFeed = characters.value(i + 1) == u'\n';
+        if (QChar::isNonCharacter(character)) // with one of them Cairo draws nothing any more
+            clean += QChar(QChar::ReplacementCharacter);
+        else if (character == u'\r' && !isBeforeLineFeed)
+            clean += u'\n';
+        else if (character == u'\t')
             clean += u' ';
-        } else if (character == u'\n' || character.category() != QChar::Other_Control) {
-            clean += character;
-        }
+        else if (character == u'\n' || QChar::category(character) != QChar::Other_Control)
+            clean += QChar::fromUcs4(character);
     }
-    QStringEncoder encoder(QStringEncoder::Utf8);
-    const QByteArray utf8 = encoder(clean);
-    return utf8.toStdString();
+    return clean.toStdString();
 }
