@@ -22,7 +22,9 @@ constexpr auto hideExportedLink = "UPDATE links SET isVisible=0, isExported=1 WH
 constexpr auto removeLink = "DELETE FROM links WHERE id=?";
 constexpr auto removeOldLinks = "DELETE FROM links WHERE copiedAt<? "
                                 "RETURNING id, isVisible, summary IS NOT NULL";
+constexpr auto removeAllLinks = "DELETE FROM links";
 
+constexpr auto allStates = "SELECT id, isVisible, summary IS NOT NULL FROM links";
 constexpr auto stateById = "SELECT id, isVisible, summary IS NOT NULL FROM links WHERE id=?";
 constexpr auto linkById = "SELECT " LINK_COLUMNS " FROM links WHERE id=?";
 constexpr auto countByUrl = "SELECT count(*) FROM links WHERE url=?";
@@ -173,11 +175,10 @@ ModelContext::Result ModelContext::hideEach(const QList<LinkId> &ids, const char
         return Unexpected{before.error()};
     if (before->isEmpty())
         return {};
-    const QList<LinkId> found = before->keys();
-    if (runForEach(sql, found))
-        m_unsaved.changeEach(found, change);
+    if (runForEach(sql, ids)) // in the caller's order, which is mostly that of the rows on disk
+        m_unsaved.changeEach(ids, change);
     else
-        keepChanged(found, change);
+        keepChanged(ids, change);
     for (auto state = before->begin(); state != before->end(); ++state) {
         m_counts -= countsOf(*state);
         m_counts += countsOf({false, state->hasSummary});
@@ -204,7 +205,7 @@ ModelContext::Result ModelContext::remove(const QList<LinkId> &ids)
     const auto before = states(ids);
     if (!before)
         return Unexpected{before.error()};
-    const Result removed = runForEach(removeLink, before->keys());
+    const Result removed = runForEach(removeLink, ids);
     if (removed)
         finishRemoval(*before);
     return removed;
@@ -224,21 +225,24 @@ ModelContext::Result ModelContext::runForEach(const char *sql, const QList<LinkI
 
 ModelContext::Result ModelContext::removeAll()
 {
-    const auto removed = removeCopiedBefore(Instant::max());
-    return removed ? Result() : Unexpected{removed.error()};
+    States removed;
+    const auto written = m_database.transaction([&] {
+        removed = shownStates(allStates, std::nullopt);
+        m_database.query(removeAllLinks)->exec(); // without a condition it drops whole pages
+    });
+    if (!written)
+        return written;
+    for (const auto &[link, isNew, order] : m_unsaved.all())
+        removed.insert(link.id, stateOf(link));
+    finishRemoval(removed);
+    return {};
 }
 
 Expected<qint64, StoreError> ModelContext::removeCopiedBefore(Instant cutoff)
 {
     States removed;
-    const auto written = m_database.transaction([&] {
-        Query remove = m_database.query(removeOldLinks);
-        bindInstant(*remove, 1, cutoff);
-        while (remove->executeStep()) {
-            const LinkId id = idFrom(remove->getColumn(0));
-            removed.insert(id, shownState(id, stateFrom(*remove)));
-        }
-    });
+    const auto written =
+        m_database.transaction([&] { removed = shownStates(removeOldLinks, cutoff); });
     if (!written)
         return Unexpected{written.error()};
     for (const auto &[link, isNew, order] : m_unsaved.all()) {
@@ -277,6 +281,20 @@ Expected<ModelContext::States, StoreError> ModelContext::states(const QList<Link
         }
         return states;
     });
+}
+
+/// Of the rows that `sql` hands out, what all queries show of them. Throws what SQLiteCpp throws.
+ModelContext::States ModelContext::shownStates(const char *sql, std::optional<Instant> cutoff) const
+{
+    Query query = m_database.query(sql);
+    if (cutoff)
+        bindInstant(*query, 1, *cutoff);
+    States states;
+    while (query->executeStep()) {
+        const LinkId id = idFrom(query->getColumn(0));
+        states.insert(id, shownState(id, stateFrom(*query)));
+    }
+    return states;
 }
 
 LinkState ModelContext::shownState(const LinkId &id, const LinkState &stored) const

@@ -101,6 +101,7 @@ private:
     Result runForEach(const char *sql, const QList<LinkId> &ids);
     void finishRemoval(const States &removed);
     Expected<States, StoreError> states(const QList<LinkId> &ids) const;
+    States shownStates(const char *sql, std::optional<Instant> cutoff) const;
     LinkState shownState(const LinkId &id, const LinkState &stored) const;
     std::optional<CapturedLink> stored(const LinkId &id) const;
     QList<CapturedLink> storedNewestFirst(const std::optional<ListPosition> &after,
