@@ -36,7 +36,6 @@ constexpr auto firstPage = "SELECT " LINK_COLUMNS " FROM links WHERE isVisible "
 constexpr auto nextPage = "SELECT " LINK_COLUMNS " FROM links "
                           "WHERE isVisible AND (copiedAt, id) < (?2, ?3) "
                           "ORDER BY copiedAt DESC, id DESC LIMIT ?1";
-constexpr auto storeOrder = "SELECT " LINK_COLUMNS " FROM links WHERE isVisible ORDER BY seq";
 constexpr auto idsWithoutSummary = "SELECT id FROM links WHERE isVisible AND summary IS NULL "
                                    "ORDER BY copiedAt DESC, id DESC";
 constexpr auto storeOrderPage = "SELECT " LINK_COLUMNS ", seq FROM links "
@@ -367,17 +366,6 @@ QList<CapturedLink> ModelContext::storedNewestFirst(const std::optional<ListPosi
         bindId(*query, 3, after->id);
     }
     return linksOf(query);
-}
-
-ModelContext::Links ModelContext::visibleInStoreOrder() const
-{
-    auto links = m_database.attempt([&] {
-        Query query = m_database.query(storeOrder);
-        return linksOf(query);
-    });
-    if (links)
-        m_unsaved.correctStoreOrder(*links);
-    return links;
 }
 
 QList<LinkId> ModelContext::visibleWithoutSummary() const

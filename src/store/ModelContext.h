@@ -56,12 +56,10 @@ public:
     Expected<qint64, StoreError> countWithUrl(const QString &url) const;
     /// The next `limit` visible links behind `after`, or the first ones.
     Links visibleNewestFirst(const std::optional<ListPosition> &after, int limit) const;
-    /// All visible links in the order in which they were inserted.
-    Links visibleInStoreOrder() const;
     /// The visible links that have no summary, newest first; none when the store cannot be read.
     QList<LinkId> visibleWithoutSummary() const;
-    /// The next of them, about `limit`; `place`, at first 0, is where the reading goes on, and
-    /// absent at its end.
+    /// The next visible links in the order of their insertion, about `limit`; `place`, at first 0,
+    /// is where the reading goes on, and absent at its end.
     Links visibleInStoreOrder(std::optional<qint64> &place, int limit) const;
     /// The visible links copied at or after `since`; 0 when the store cannot be read.
     qint64 visibleSince(Instant since) const;

@@ -36,7 +36,7 @@ void FullDiskTest::keepsNewLinksAndChangesInMemoryUntilThereIsSpace()
         const QStringList urls{u"fresh"_s, u"late, yet older"_s, u"old"_s};
         QCOMPARE(store.visible(1), urls);
         QCOMPARE(store.visible(), urls);
-        QCOMPARE(urlsOf(*shown.visibleInStoreOrder()),
+        QCOMPARE(urlsOf(inStoreOrder(shown)),
                  (QStringList{u"old"_s, u"fresh"_s, u"late, yet older"_s}));
         QCOMPARE(shown.link(old)->title, u"title"_s);
         QCOMPARE(shown.link(fresh)->summary, u"summary"_s);
@@ -75,7 +75,7 @@ void FullDiskTest::showsWhatIsHiddenInMemoryAsHidden()
     QCoreApplication::processEvents();
     const auto check = [&] {
         QCOMPARE(store.visible(3).size(), 10);
-        QCOMPARE(store.context().visibleInStoreOrder()->size(), 10);
+        QCOMPARE(inStoreOrder(store.context()).size(), 10);
         QCOMPARE(store.context().counts().visible, 10);
         QCOMPARE(store.context().visibleSince(makeLink({}, 5).copiedAt), 5);
         QVERIFY(store.context().link(ids.last())->isExported);

@@ -93,7 +93,7 @@ private Q_SLOTS:
         for (int i = 0; i < 10; ++i)
             urls.append(store.add(QString::number(i), -i).url);
         QVERIFY(store.context().hide({store.add(u"hidden"_s).id}));
-        QCOMPARE(urlsOf(*store.context().visibleInStoreOrder()), urls);
+        QCOMPARE(urlsOf(inStoreOrder(store.context())), urls);
     }
 
     void keepsCountsThroughEveryChange()

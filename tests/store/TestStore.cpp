@@ -21,6 +21,14 @@ QStringList urlsOf(const QList<CapturedLink> &links)
     return urls;
 }
 
+QList<CapturedLink> inStoreOrder(const ModelContext &context, int pageSize)
+{
+    QList<CapturedLink> links;
+    for (std::optional<qint64> place = 0; place;)
+        links += *context.visibleInStoreOrder(place, pageSize);
+    return links;
+}
+
 void TestStore::open()
 {
     auto opened = ModelContainer::open(folder, clock);
