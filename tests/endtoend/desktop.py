@@ -80,7 +80,7 @@ class Desktop:
         try:
             self._start_display(size)
             self._start_bus()
-            self.start("openbox", "--sm-disable")
+            self._start_window_manager()
             if tray:
                 self.start("trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
                            "--height", "28", "--SetDockType", "true", "--expand", "true")
@@ -103,6 +103,16 @@ class Desktop:
         os.close(writing)
         with os.fdopen(reading) as answer:
             self.environment["DBUS_SESSION_BUS_ADDRESS"] = answer.readline().strip()
+
+    def _start_window_manager(self):
+        """A window that is mapped while the window manager starts may stay unmapped."""
+        self.start("openbox", "--sm-disable")
+
+        def is_there():
+            asked = subprocess.run(["xdotool", "get_num_desktops"], env=self.environment,
+                                   capture_output=True, text=True)
+            return asked.returncode == 0 and asked.stdout.strip().isdigit()
+        wait_until(is_there, "the window manager")
 
     def start(self, *command, **options):
         process = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL,
