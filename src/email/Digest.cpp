@@ -37,26 +37,34 @@ constexpr QStringView head = uR"(<!DOCTYPE html>
 constexpr qsizetype headRoom = 1267;
 constexpr qsizetype cardRoom = 60 + 34 + 90;
 
+QLatin1StringView entityOf(QChar character)
+{
+    switch (character.unicode()) {
+    case u'&':
+        return QLatin1StringView("&amp;");
+    case u'<':
+        return QLatin1StringView("&lt;");
+    case u'>':
+        return QLatin1StringView("&gt;");
+    case u'"':
+        return QLatin1StringView("&quot;");
+    default:
+        return {};
+    }
+}
+
 void appendEscaped(QString &html, QStringView text)
 {
-    for (const QChar character : text) {
-        switch (character.unicode()) {
-        case u'&':
-            html += QLatin1StringView("&amp;");
-            break;
-        case u'<':
-            html += QLatin1StringView("&lt;");
-            break;
-        case u'>':
-            html += QLatin1StringView("&gt;");
-            break;
-        case u'"':
-            html += QLatin1StringView("&quot;");
-            break;
-        default:
-            html += character;
-        }
+    qsizetype begin = 0;
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const QLatin1StringView entity = entityOf(text.at(at));
+        if (entity.isEmpty())
+            continue;
+        html += text.sliced(begin, at - begin);
+        html += entity;
+        begin = at + 1;
     }
+    html += text.sliced(begin);
 }
 
 QString displayTitle(const CapturedLink &link, const QString &host)

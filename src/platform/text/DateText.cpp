@@ -1,9 +1,8 @@
 #include "text/DateText.h"
 
-#include "Calendar.h"
-
 #include <QDateTime>
 
+#include <ctime>
 #include <unicode/datefmt.h>
 #include <unicode/locid.h>
 #include <unicode/timezone.h>
@@ -22,6 +21,14 @@ QString written(const DateFormat &format, double civilTime)
     icu::UnicodeString text;
     format.format(civilTime, text);
     return QStringView(text.getBuffer(), text.length()).toString();
+}
+
+/// QDateTime would look whether /etc/localtime has changed, at several microseconds a date.
+long systemOffset(time_t seconds)
+{
+    tm civil = {};
+    localtime_r(&seconds, &civil);
+    return civil.tm_gmtoff;
 }
 
 QString localeOfEnvironment()
@@ -52,6 +59,7 @@ struct DateText::Formats {
 DateText::DateText(const QString &locale, std::optional<QTimeZone> zone)
     : m_zone(std::move(zone))
 {
+    tzset(); // the zone may have changed
     const auto place = icu::Locale::createCanonical(locale.toLatin1().constData());
     m_formats = std::make_unique<Formats>(Formats{
         Format(DateFormat::createDateInstance(DateFormat::kLong, place)),
@@ -83,8 +91,10 @@ QString DateText::shortTime(Instant instant) const
 /// as the library; the system's are kept up to date.
 double DateText::civilTime(Instant instant) const
 {
-    QDateTime date = dateTimeOf(instant);
-    if (m_zone)
-        date = date.toTimeZone(*m_zone);
-    return double(date.toMSecsSinceEpoch()) + date.offsetFromUtc() * 1000.0;
+    using std::chrono::floor;
+    const auto sinceEpoch = floor<std::chrono::milliseconds>(instant.time_since_epoch());
+    const time_t seconds = floor<std::chrono::seconds>(sinceEpoch).count();
+    const long offset = m_zone ? m_zone->offsetFromUtc(QDateTime::fromSecsSinceEpoch(seconds))
+                               : systemOffset(seconds);
+    return double(sinceEpoch.count()) + double(offset) * 1000.0;
 }

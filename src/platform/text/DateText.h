@@ -17,7 +17,7 @@ QString systemLocale();
 class DateText
 {
 public:
-    /// Without `zone` the system's zone holds, as it is at each call.
+    /// Without `zone` the system's holds.
     explicit DateText(const QString &locale, std::optional<QTimeZone> zone = std::nullopt);
     ~DateText();
 

@@ -29,6 +29,19 @@ QString hostAsWritten(QStringView text)
     return host.toString();
 }
 
+std::optional<QUrl> parsed(const QString &text)
+{
+    if (std::any_of(text.begin(), text.end(), isForbidden))
+        return std::nullopt;
+    QUrl url(text, QUrl::TolerantMode);
+    return url.isValid() ? std::optional(std::move(url)) : std::nullopt;
+}
+
+QString hostOf(const QUrl &url, const QString &text)
+{
+    return url.host().isEmpty() ? QString() : hostAsWritten(text);
+}
+
 } // namespace
 
 WebAddress::WebAddress(QString host, QByteArray encoded)
@@ -39,16 +52,14 @@ WebAddress::WebAddress(QString host, QByteArray encoded)
 
 std::optional<WebAddress> WebAddress::parse(const QString &text)
 {
-    if (std::any_of(text.begin(), text.end(), isForbidden))
+    const auto url = parsed(text);
+    if (!url)
         return std::nullopt;
-    const QUrl url(text, QUrl::TolerantMode);
-    if (!url.isValid())
-        return std::nullopt;
-    return WebAddress(url.host().isEmpty() ? QString() : hostAsWritten(text), url.toEncoded());
+    return WebAddress(hostOf(*url, text), url->toEncoded());
 }
 
 QString hostOf(const QString &url)
 {
-    const auto address = WebAddress::parse(url);
-    return address ? address->host() : QString();
+    const auto parsedUrl = parsed(url);
+    return parsedUrl ? hostOf(*parsedUrl, url) : QString();
 }
