@@ -1,0 +1,143 @@
+#include "AtomicFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QScopeGuard>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+}
+
+/// The words of the error; empty when the file was written.
+QString write(const QString &path, const QByteArray &content)
+{
+    auto file = AtomicFile::open(path);
+    if (!file)
+        return description(file.error());
+    file->write(content);
+    const auto saved = file->commit();
+    return saved ? QString() : description(saved.error());
+}
+
+} // namespace
+
+class AtomicFileTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
+    {
+        m_folder.emplace();
+        m_path = m_folder->filePath(u"links.md"_s);
+    }
+
+    void isInItsPlaceOnlyWhenCommitted()
+    {
+        auto file = AtomicFile::open(m_path);
+        QVERIFY(file && file->write("new"));
+        QVERIFY(!QFile::exists(m_path));
+        QVERIFY(bool(file->commit()));
+        QCOMPARE(contentOf(m_path), "new");
+    }
+
+    void leavesNothingBehindWhenDropped()
+    {
+        QCOMPARE(write(m_path, "old"), QString());
+        {
+            auto file = AtomicFile::open(m_path);
+            QVERIFY(file && file->write("new"));
+        }
+        QCOMPARE(contentOf(m_path), "old");
+        QCOMPARE(names(), QStringList{u"links.md"_s});
+    }
+
+    void keepsPermissionsAndLinks()
+    {
+        QCOMPARE(write(m_path, "old"), QString());
+        QCOMPARE(chmod(QFile::encodeName(m_path).constData(), 0640), 0);
+        const QString link = m_folder->filePath(u"link"_s);
+        QVERIFY(QFile::link(m_path, link));
+        QCOMPARE(write(link, "new"), QString());
+        QCOMPARE(QFileInfo(link).symLinkTarget(), m_path);
+        QCOMPARE(contentOf(m_path), "new");
+        struct stat found = {};
+        QCOMPARE(stat(QFile::encodeName(m_path).constData(), &found), 0);
+        QCOMPARE(int(found.st_mode & 0777), 0640);
+    }
+
+    void keepsTheOldFileWhenTheDiskIsFull()
+    {
+        QCOMPARE(write(m_path, "old"), QString());
+        rlimit before = {};
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit small{4096, before.rlim_max};
+        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+        setrlimit(RLIMIT_FSIZE, &small);
+        const QString error = write(m_path, QByteArray(10'000, 'x'));
+        setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handler);
+
+        QCOMPARE(error, m_path + u": " + qt_error_string(EFBIG));
+        QCOMPARE(contentOf(m_path), "old");
+        QCOMPARE(names(), QStringList{u"links.md"_s});
+    }
+
+    void refusesWhatItCannotReplace_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<int>("code");
+        QTest::newRow("a vanished folder") << u"/nowhere/links.md"_s << ENOENT;
+        QTest::newRow("a folder") << QDir::tempPath() << EISDIR;
+        QTest::newRow("a device") << u"/dev/null"_s << EINVAL;
+    }
+
+    void refusesWhatItCannotReplace()
+    {
+        QFETCH(QString, path);
+        QFETCH(int, code);
+        QCOMPARE(write(path, "new"), path + u": " + qt_error_string(code));
+    }
+
+    void refusesReadOnlyFoldersAndFiles()
+    {
+        QCOMPARE(write(m_path, "old"), QString());
+        const QByteArray folder = QFile::encodeName(m_folder->path());
+        chmod(folder.constData(), 0555);
+        const bool isRoot = geteuid() == 0; // who may do anything
+        if (isRoot)
+            QCOMPARE(seteuid(65534), 0);
+        const auto restore = qScopeGuard([&] {
+            if (isRoot)
+                (void)seteuid(0);
+            chmod(folder.constData(), 0755);
+        });
+        const QString other = m_folder->filePath(u"other.md"_s);
+        QCOMPARE(write(other, "new"), other + u": " + qt_error_string(EACCES));
+    }
+
+private:
+    QStringList names() const
+    {
+        return QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden);
+    }
+
+    std::optional<QTemporaryDir> m_folder;
+    QString m_path;
+};
+
+QTEST_GUILESS_MAIN(AtomicFileTest)
+#include "AtomicFileTest.moc"
