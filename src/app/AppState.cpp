@@ -26,8 +26,22 @@ void AppState::initialize()
                                         m_services.preferences,  m_services.clock};
     m_clipboardMonitor = std::make_unique<ClipboardMonitor>(parts);
     m_clipboardMonitor->startMonitoring();
+    startScheduler();
     performAutoPrune();
     m_tasks.start(initializeAIModel());
+}
+
+void AppState::startScheduler()
+{
+    EmailScheduler &scheduler = m_services.scheduler;
+    scheduler.setModelContext(&m_services.modelContext);
+    const auto schedule = [&scheduler] {
+        scheduler.scheduleNextEmail();
+        scheduler.checkAndSendIfNeeded();
+    };
+    schedule();
+    // Until the keyring has answered, mail does not count as configured, and a catch-up is missed.
+    connect(&m_services.keys, &ResendKeyService::becameKnown, &scheduler, schedule);
 }
 
 void AppState::stop()

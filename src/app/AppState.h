@@ -30,8 +30,8 @@ public:
     /// Why the last load failed, in words for people.
     std::optional<QString> modelLoadError() const { return m_modelLoadError; }
 
-    /// Starts capturing, prunes old links and loads the model. Does nothing from the second call
-    /// on.
+    /// Starts capturing and the daily digest, prunes old links and loads the model. Does nothing
+    /// from the second call on.
     void initialize();
     /// Ends capturing for good.
     void stop();
@@ -43,6 +43,7 @@ Q_SIGNALS:
     void modelLoadChanged();
 
 private:
+    void startScheduler();
     void performAutoPrune();
     Task<> initializeAIModel();
 

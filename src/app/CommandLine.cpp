@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "DigestCommand.h"
 #include "InspectCommand.h"
 #include "ListCommand.h"
 #include "StrandloomApp.h"
@@ -18,6 +19,7 @@ namespace
 constexpr auto usage = R"(Usage: strandloom [--background]
        strandloom list [--json] [--search TEXT] [--limit N]
        strandloom inspect [--url URL] TARGET...
+       strandloom digest [--output FILE]
 
 Strandloom lives in the tray and remembers every web address you copy.
 
@@ -34,8 +36,10 @@ Commands:
   inspect        print what the program reads from pages, a JSON object a line; TARGET is a
                  web address or an HTML file
     --url URL      the address that files stand for
+  digest         write the daily mail as it would be now, as HTML
+    --output FILE  into FILE instead of to standard output
 
-list exits with 0 when it printed links, with 1 when there are none, and with 2 on wrong usage or a
+list and digest exit with 0 when there are links, with 1 when there are none, and with 2 on wrong usage or a
 store that cannot be read. inspect exits with 0 when all targets could be read, with 1 when some
 could not, and with 2 on wrong usage.
 )";
@@ -90,5 +94,7 @@ int runCommandLine(int argc, char **argv)
         return runCommand(argc, argv, parseListArguments, runList);
     if (isFirst("inspect"))
         return runCommand(argc, argv, parseInspectArguments, runInspect);
+    if (isFirst("digest"))
+        return runCommand(argc, argv, parseDigestArguments, runDigest);
     return runProgram(argc, argv);
 }

@@ -1,13 +1,17 @@
 #pragma once
 
 #include "AppInfo.h"
+#include "EmailScheduler.h"
+#include "EmailService.h"
 #include "LocalMLService.h"
 #include "Preferences.h"
+#include "ResendKeyService.h"
 #include "SummaryService.h"
 #include "WebContentExtractor.h"
 #include "clipboard/ClipboardSource.h"
 #include "desktop/UrlOpener.h"
 #include "http/CurlHttpClient.h"
+#include "secrets/LibsecretStore.h"
 
 #include <QThreadPool>
 
@@ -30,4 +34,8 @@ struct Services {
     LocalMLService mlService{info, clock};
     WebContentExtractor extractor{http, pages, clock};
     SummaryService summaries{modelContext, mlService, extractor, clock};
+    LibsecretStore secrets{ResendKeyService::serviceName};
+    ResendKeyService keys{secrets};
+    EmailService email{{http, keys, summaries, modelContext, clock, pages, info}};
+    EmailScheduler scheduler{{email, keys, preferences, clock}};
 };

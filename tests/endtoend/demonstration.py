@@ -3,10 +3,13 @@
 and that, and looks at what became of it. Fails when an expectation does not hold."""
 
 import datetime
+import http.server
+import json
 import pathlib
 import sqlite3
 import subprocess
 import sys
+import threading
 import uuid
 
 from desktop import Desktop, Failure, Program, Site, wait_until
@@ -42,11 +45,7 @@ def dark_desktop(desktop, dark):
     """Sets the desktop's colour scheme, which programs read from the settings portal."""
     portal = pathlib.Path(__file__).parent / "settings_portal.py"
     process = desktop.start("/usr/bin/python3", str(portal), "dark" if dark else "light")
-    name = "org.freedesktop.portal.Desktop"
-    wait_until(lambda: name in desktop.run("dbus-send", "--session", "--print-reply",
-                                           "--dest=org.freedesktop.DBus", "/",
-                                           "org.freedesktop.DBus.ListNames"),
-               "the settings portal")
+    desktop.wait_for_bus_name("org.freedesktop.portal.Desktop")
     return process
 
 
@@ -105,6 +104,67 @@ def summarize(desktop, program, panel, output, site):
     desktop.run("sleep", "0.4")  # the row expands in 0.2 s
 
 
+class MailApi:
+    """A double of the mail provider on this machine: keeps what is posted to it."""
+
+    def __init__(self):
+        received = self.received = []
+
+        class Handler(http.server.BaseHTTPRequestHandler):
+            def do_POST(self):
+                body = self.rfile.read(int(self.headers["Content-Length"]))
+                received.append((self.path, dict(self.headers), json.loads(body)))
+                self.send_response(200)
+                self.end_headers()
+                self.wfile.write(b'{"id": "demonstration"}')
+
+            def log_message(self, *_):
+                pass
+
+        self.server = http.server.HTTPServer(("127.0.0.1", 0), Handler)
+        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+
+    def close(self):
+        self.server.shutdown()
+        self.server.server_close()
+
+
+def store_in_keyring(desktop, account, secret):
+    desktop.run("secret-tool", "store", "--label=Strandloom", "service", "app.strandloom",
+                "account", account, input=secret.encode())
+
+
+def mail_the_digest(desktop, binary, output):
+    """An hour of today that has passed is the digest's: the next opening catches it up."""
+    print("A key is in the keyring, and today's digest is due.", flush=True)
+    api = MailApi()
+    store_in_keyring(desktop, "resend_api_key", "re_demonstration_0123456789")
+    store_in_keyring(desktop, "resend_from_email", "loom@example.org")
+    preferences = desktop.home / "config/strandloom/settings.ini"
+    preferences.parent.mkdir(parents=True, exist_ok=True)
+    preferences.write_text("[General]\nemailDigestEnabled=true\nemailSendHour=1\n"
+                           "emailAddress=reader@example.org\nclearAfterEmail=true\n")
+    information = desktop.home / "strandloom.ini"
+    information.write_text(f"MailAPI=http://127.0.0.1:{api.server.server_port}\n"
+                           "ProductSite=https://strandloom.example\n")
+    desktop.run(binary, "digest", "--output", str(output / "digest.html"))
+
+    # A zone in which it is neither before the hour nor about to be midnight.
+    zone = "UTC-12" if datetime.datetime.now(datetime.timezone.utc).hour < 12 else "UTC"
+    program = Program(desktop, binary, STRANDLOOM_INFO=str(information), TZ=zone)
+    program.wait_for_line("Tray icon shown")
+    desktop.click(*tray_icon(desktop))
+    program.wait_for_line("Email sent successfully. Message ID: demonstration")
+    (path, headers, mail), = api.received
+    print(f"  {path}: {mail['from']} -> {mail['to'][0]}: {mail['subject']}", flush=True)
+    expect(path == "/emails" and headers["Authorization"] == "Bearer re_demonstration_0123456789",
+           "the mail went to the provider with the key")
+    expect(mail["html"].count('<div class="link-card">') == 5, "the digest holds five links")
+    wait_until(lambda: program.list() == (1, []), "the sent links to leave the list")
+    expect(program.quit() == 0, "quits with 0")
+    api.close()
+
+
 def tray_icon(desktop):
     """The middle of the program's icon, the only one in the tray; None before it is there."""
     found = subprocess.run(["xdotool", "search", "--onlyvisible", "--classname", "strandloom"],
@@ -120,6 +180,7 @@ def main(binary, output):
     output.mkdir(parents=True, exist_ok=True)
     site = Site(PAGES)
     with Desktop() as desktop:
+        desktop.start_keyring()
         print("First start: makes the store. Then a domain is excluded.", flush=True)
         first = Program(desktop, binary, "--background")
         store = desktop.home / "data/strandloom/strandloom.sqlite"
@@ -153,7 +214,8 @@ def main(binary, output):
 
         print("\n$ strandloom list", flush=True)
         subprocess.run([program.binary, "list"], env=desktop.environment, check=True)
-        expect(program.quit() == 0, "\nquits with 0".strip())
+        expect(program.quit() == 0, "quits with 0")
+        mail_the_digest(desktop, program.binary, output)
     site.close()
     print(f"Screenshots are in {output}.")
 

@@ -120,6 +120,24 @@ class Desktop:
         self.processes.append(process)
         return process
 
+    def start_keyring(self):
+        """An empty keyring, unlocked."""
+        daemon = subprocess.Popen(
+            ["gnome-keyring-daemon", "--foreground", "--unlock", "--components=secrets"],
+            env=self.environment, stdin=subprocess.PIPE, stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL)
+        self.processes.append(daemon)
+        daemon.stdin.write(b"demonstration")
+        daemon.stdin.close()
+        self.wait_for_bus_name("org.freedesktop.secrets")
+
+    def wait_for_bus_name(self, name):
+        def is_owned():
+            names = self.run("dbus-send", "--session", "--print-reply",
+                             "--dest=org.freedesktop.DBus", "/", "org.freedesktop.DBus.ListNames")
+            return f'"{name}"' in names
+        wait_until(is_owned, name)
+
     def run(self, *command, **options):
         """What a command prints; a `Failure` when it fails."""
         done = subprocess.run(command, env=self.environment, capture_output=True, timeout=30,
