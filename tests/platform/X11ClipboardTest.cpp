@@ -1,12 +1,14 @@
 #include "clipboard/X11Clipboard.h"
 
 #include "Heartbeat.h"
+#include "PeakMemory.h"
+#include "Program.h"
+#include "TextsTold.h"
 #include "XvfbServer.h"
 #include "clipboard/ThreadedClipboard.h"
 #include "clipboard/X11Connection.h"
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -33,82 +35,6 @@ ClipboardLimits shortLimits()
     return limits;
 }
 
-/// Another program, which says what it does line by line.
-class Program
-{
-public:
-    Program(const char *path, const QStringList &arguments, const QByteArray &display)
-    {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"DISPLAY"_s, QString::fromLatin1(display));
-        m_process.setProcessEnvironment(environment);
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(QString::fromLocal8Bit(path), arguments);
-    }
-    ~Program() { end(); }
-
-    int timesSaid(const QByteArray &line)
-    {
-        m_output += m_process.readAllStandardOutput();
-        return int(m_output.split('\n').count(line));
-    }
-    bool hasSaid(const QByteArray &line) { return timesSaid(line) > 0; }
-    bool isRunning() const { return m_process.state() == QProcess::Running; }
-    void end()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-    QByteArray allOutput()
-    {
-        const bool hasEnded =
-            QTest::qWaitFor([this] { return m_process.state() == QProcess::NotRunning; }, 10'000);
-        return hasEnded ? m_process.readAllStandardOutput() : "does not end";
-    }
-
-private:
-    QProcess m_process;
-    QByteArray m_output;
-};
-
-/// The texts of all changes since this was made.
-class TextsTold
-{
-public:
-    explicit TextsTold(const ClipboardSource &source)
-    {
-        m_watch = QObject::connect(&source, &ClipboardSource::changed, [this, &source] {
-            if (const auto text = source.text())
-                m_texts.append(*text);
-        });
-    }
-    ~TextsTold() { QObject::disconnect(m_watch); }
-
-    QStringList texts() const { return m_texts; }
-
-private:
-    QStringList m_texts;
-    QMetaObject::Connection m_watch;
-};
-
-qint64 peakMemoryKiB()
-{
-    QFile status(u"/proc/self/status"_s);
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).simplified().split(' ').first().toLongLong();
-    }
-    return -1;
-}
-
-#ifdef __SANITIZE_ADDRESS__
-constexpr qint64 memoryAllowanceKiB = 200 * 1024; // freed memory is kept for a while
-#else
-constexpr qint64 memoryAllowanceKiB = 20 * 1024;
-#endif
-
 } // namespace
 
 class X11ClipboardTest : public QObject
@@ -117,11 +43,11 @@ class X11ClipboardTest : public QObject
 private:
     Program owner(const QStringList &arguments) const
     {
-        return Program(FAULTY_CLIPBOARD_OWNER, arguments, m_server.display());
+        return Program(FAULTY_CLIPBOARD_OWNER, arguments, {u"DISPLAY"_s, m_server.display()});
     }
     Program manager(const QStringList &arguments = {}) const
     {
-        return Program(SMALL_CLIPBOARD_MANAGER, arguments, m_server.display());
+        return Program(SMALL_CLIPBOARD_MANAGER, arguments, {u"DISPLAY"_s, m_server.display()});
     }
     std::unique_ptr<ThreadedClipboard> makeClipboard() const
     {
@@ -143,7 +69,7 @@ private:
     {
         return Program("xclip",
                        {u"-selection"_s, u"clipboard"_s, u"-o"_s, u"-t"_s, u"UTF8_STRING"_s},
-                       m_server.display())
+                       {u"DISPLAY"_s, m_server.display()})
             .allOutput();
     }
 
@@ -192,7 +118,7 @@ private Q_SLOTS:
         QFETCH(std::optional<QString>, text);
         const auto clipboard = makeReadingClipboard();
         QVERIFY(clipboard);
-        const qint64 memory = peakMemoryKiB();
+        const long memory = peakMemoryKiB();
         const Heartbeat heartbeat;
 
         Program faulty = owner(arguments);

@@ -11,6 +11,8 @@ struct ClipboardLimits {
     /// For one answer of the owner, and for all answers that make up one text.
     std::chrono::milliseconds step{2000};
     std::chrono::milliseconds total{5000};
+    /// For a compositor to tell what it offers.
+    std::chrono::milliseconds greeting{3000};
     /// How long after the loss of its owner the same text is taken for a restored one.
     std::chrono::milliseconds restore{2000};
     /// The same for a text that is not known to us; short, since any copy would pass for it.

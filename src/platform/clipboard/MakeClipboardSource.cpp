@@ -1,9 +1,9 @@
 #include "MakeClipboardSource.h"
 
+#include "DesktopClipboard.h"
 #include "ThreadedClipboard.h"
-#include "X11Clipboard.h"
 
 std::unique_ptr<ClipboardSource> makeClipboardSource()
 {
-    return std::make_unique<ThreadedClipboard>(std::make_unique<X11Clipboard>());
+    return std::make_unique<ThreadedClipboard>(std::make_unique<DesktopClipboard>());
 }

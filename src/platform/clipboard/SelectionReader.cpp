@@ -1,8 +1,7 @@
 #include "SelectionReader.h"
 
+#include "SelectionText.h"
 #include "X11Connection.h"
-
-#include <QStringDecoder>
 
 #include <algorithm>
 #include <cstring>
@@ -13,13 +12,6 @@ namespace
 
 constexpr qsizetype maxTypes = 256;
 constexpr qsizetype maxRetired = 16;
-
-QString decodeUtf8(const QByteArray &data)
-{
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString text = decoder(data);
-    return decoder.hasError() ? QString::fromLatin1(data) : text;
-}
 
 } // namespace
 
@@ -148,11 +140,8 @@ void SelectionReader::accept(xcb_atom_t type, const QByteArray &data)
             return finish({{}, true});
         return askForText();
     }
-    QString text =
-        type == m_connection.atoms().string ? QString::fromLatin1(data) : decodeUtf8(data);
-    if (text.endsWith(QChar::Null)) // some programs count the end of a C string
-        text.chop(1);
-    finish({text});
+    const bool isLatin1 = type == m_connection.atoms().string;
+    finish({selectionText(data, isLatin1 ? TextCoding::latin1 : TextCoding::utf8)});
 }
 
 void SelectionReader::acceptTypes(const QByteArray &data)

@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Every benchmark, and the peers in the same run: `run.sh BUILD_FOLDER [FILTER]`. Figures are of this
+# machine at this moment; the ratios are what counts.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+build=$(readlink -f "$1")
+filter=${2:-.}
+mkdir -p build/bench
+for program in "$build"/benchmarks/*Benchmark; do
+    echo "== $(basename "$program")"
+    (cd build/bench && QT_QPA_PLATFORM=offscreen "$program" --benchmark_filter="$filter" \
+        --benchmark_enable_random_interleaving=true --benchmark_repetitions=3 \
+        --benchmark_report_aggregates_only=true)
+done
+if [ "$filter" = . ]; then
+    echo "== against lxml"
+    /usr/bin/python3 benchmarks/peers/pages_lxml.py "$build/benchmarks/PageBenchmark"
+    echo "== start and idle"
+    /usr/bin/python3 benchmarks/start_and_idle.py "$build/src/app/strandloom"
+fi

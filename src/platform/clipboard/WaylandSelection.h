@@ -1,0 +1,57 @@
+#pragma once
+
+#include "CopyLedger.h"
+#include "DataOffer.h"
+#include "OfferReader.h"
+
+#include <memory>
+#include <vector>
+
+class DataSource;
+class WaylandConnection;
+
+/// Watches and sets the Wayland clipboard over one connection, for as long as that lasts.
+class WaylandSelection : public QObject
+{
+    Q_OBJECT
+public:
+    /// `connection`, which offers data control, and `ledger` outlive the selection.
+    WaylandSelection(WaylandConnection &connection, CopyLedger &ledger,
+                     const ClipboardLimits &limits);
+    ~WaylandSelection() override;
+
+    /// What was copied before this call is counted, but never read.
+    void startReading();
+    /// False while there is no seat yet, or the compositor does not take requests.
+    bool canSetText() const;
+    void setText(const QString &text);
+
+Q_SIGNALS:
+    void copied(const ClipboardSnapshot &snapshot);
+    void textSettable();
+    /// The compositor wants no more of us on this connection.
+    void finished();
+
+private:
+    friend struct WaylandSelectionEvents;
+
+    void watchSeat();
+    void offerIntroduced(ext_data_control_offer_v1 *offer);
+    void offerSelected(const ext_data_control_offer_v1 *offer);
+    void follow();
+    void settle(const ClipboardContents &contents);
+    const DataSource *sourceOf(const DataOffer &offer) const;
+
+    WaylandConnection &m_connection;
+    CopyLedger &m_ledger;
+    ClipboardLimits m_limits;
+    WaylandPointer<ext_data_control_device_v1> m_device;
+    WaylandPointer<wl_callback> m_oldTold; // copies that were there before the device
+    WaylandPointer<wl_callback> m_unreadTold; // copies that were there before we were to read
+    OfferReader m_reader;
+    std::vector<std::unique_ptr<DataSource>> m_sources;
+    std::unique_ptr<DataOffer> m_introduced; // not yet selected
+    std::unique_ptr<DataOffer> m_unfollowed;
+    bool m_isCounting = false;
+    bool m_isReading = false;
+};
