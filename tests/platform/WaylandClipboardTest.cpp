@@ -10,6 +10,7 @@
 #include "clipboard/ThreadedClipboard.h"
 
 #include <QElapsedTimer>
+#include <QSet>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -60,13 +61,18 @@ class WaylandClipboardTest : public QObject
 {
     Q_OBJECT
 private:
-    Program compositor(const QStringList &offers = {u"ext"_s}) const
+    Program small(const QStringList &offers = {u"ext"_s}) const
     {
         return Program(SMALL_COMPOSITOR, offers, {u"XDG_RUNTIME_DIR"_s, m_folder.path().toUtf8()});
     }
 
+    static std::pair<QString, QByteArray> environment(const SwayServer &sway)
+    {
+        return {u"WAYLAND_DISPLAY"_s, sway.display()};
+    }
+
     QTemporaryDir m_folder;
-    QByteArray m_small; // where the small compositor listens
+    QByteArray m_small; // the address of the small compositor
 
 private Q_SLOTS:
     void initTestCase()
@@ -98,7 +104,7 @@ private Q_SLOTS:
         row("an old type", "type=STRING text=\xe9", u"é"_s);
         row("not UTF-8", "text=\xe9", u"é"_s);
         row("a thousand types", "thousand-types text=many", u"many"_s);
-        row("no secret type first", "type=text/plain text=b", u"b"_s);
+        row("the plain type", "type=text/plain text=b", u"b"_s);
         row("a secret", "secret");
     }
 
@@ -106,7 +112,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, copy);
         QFETCH(std::optional<QString>, text);
-        Program compositor = this->compositor();
+        Program compositor = small();
         const auto clipboard = makeReadingClipboard(m_small);
         QVERIFY(clipboard);
         const long memory = peakMemoryKiB();
@@ -132,7 +138,7 @@ private Q_SLOTS:
 
     void countsEachOfABurst()
     {
-        Program compositor = this->compositor();
+        Program compositor = small();
         const auto clipboard = makeReadingClipboard(m_small);
         QVERIFY(clipboard);
         compositor.tell("copy copies=200");
@@ -142,7 +148,7 @@ private Q_SLOTS:
 
     void countsButNeverAsksBeforeReading()
     {
-        Program compositor = this->compositor();
+        Program compositor = small();
         compositor.tell("copy");
         QTRY_VERIFY(compositor.hasSaid("ready"));
         const auto clipboard = makeClipboard(m_small);
@@ -160,7 +166,7 @@ private Q_SLOTS:
 
     void keepsTheTextOfAProgramThatEnds()
     {
-        Program compositor = this->compositor();
+        Program compositor = small();
         const auto clipboard = makeReadingClipboard(m_small);
         QVERIFY(clipboard);
         compositor.tell("copy text=a\nclear"); // what it wrote is still in the pipe
@@ -182,7 +188,7 @@ private Q_SLOTS:
     void givesItsTextToOthers()
     {
         QFETCH(QString, text);
-        Program compositor = this->compositor();
+        Program compositor = small();
         const auto clipboard = makeReadingClipboard(m_small);
         QVERIFY(clipboard);
         const QSignalSpy changed(clipboard.get(), &ClipboardSource::changed);
@@ -196,7 +202,7 @@ private Q_SLOTS:
 
     void countsWhatIsCopiedAtTheSameTime()
     {
-        Program compositor = this->compositor();
+        Program compositor = small();
         const auto clipboard = makeReadingClipboard(m_small);
         QVERIFY(clipboard);
         for (int i = 0; i < 100; ++i) {
@@ -219,7 +225,167 @@ private Q_SLOTS:
     {
         QFETCH(QStringList, offers);
         QFETCH(QByteArray, bound);
-        auto first = std::make_unique<Program>(compositor(offers));
+        Program first = small(offers);
+        const auto clipboard = makeReadingClipboard(m_small);
+        QVERIFY(clipboard);
+        QCOMPARE(clipboard->limitation(), QString());
+        first.end();
+        QTRY_COMPARE(clipboard->limitation(), unseen);
+        clipboard->setText(u"waits for the compositor"_s);
+
+        Program second = small(offers);
+        QTRY_COMPARE(clipboard->text(), u"waits for the compositor"_s);
+        QVERIFY(second.hasSaid(bound));
+        QCOMPARE(clipboard->limitation(), QString());
+        second.tell("copy text=https://good.example/");
+        QTRY_COMPARE(clipboard->text(), u"https://good.example/"_s);
+        QCOMPARE(clipboard->changeCount(), 3);
+    }
+
+    void watchesAgainOnAnotherSeat_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<QByteArray>("after");
+        QTest::newRow("taken away") << "remove-seat"_ba
+                                    << "add-seat"_ba;
+        QTest::newRow("finished") << "finish"_ba
+                                  << ""_ba;
+    }
+
+    void watchesAgainOnAnotherSeat()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(QByteArray, after);
+        Program compositor = small({u"ext"_s, u"seatless"_s});
+        QTRY_VERIFY(compositor.hasSaid("ready"));
+        const auto clipboard = makeClipboard(m_small);
+        clipboard->startReading();
+        clipboard->setText(u"waits for a seat"_s);
+        QTRY_VERIFY(compositor.hasSaid("bound ext"));
+        compositor.tell("add-seat");
+        QTRY_COMPARE(clipboard->text(), u"waits for a seat"_s);
+
+        compositor.tell(before);
+        QTRY_COMPARE(compositor.timesSaid("bound ext"), 2);
+        compositor.tell(after);
+        QTRY_COMPARE(compositor.timesSaid("watched"), 2);
+        compositor.tell("copy text=a");
+        QTRY_COMPARE(clipboard->text(), u"a"_s);
+        QCOMPARE(clipboard->changeCount(), 2);
+    }
+
+    void isNotHeldByAFrozenCompositor()
+    {
+        const Program compositor = small();
+        auto clipboard = makeReadingClipboard(m_small);
+        QVERIFY(clipboard);
+        compositor.signal(SIGSTOP);
+        const Heartbeat heartbeat;
+        for (int i = 0; i < 10'000; ++i)
+            clipboard->setText(u"too much for the socket"_s);
+        auto late = makeClipboard(m_small);
+        QTRY_COMPARE(late->limitation(), unseen);
+        QVERIFY(heartbeat.longestHold() < 50ms);
+        QElapsedTimer elapsed;
+        elapsed.start();
+        late.reset();
+        QVERIFY(elapsed.elapsed() < 900);
+
+        compositor.signal(SIGCONT);
+        QTRY_COMPARE_WITH_TIMEOUT(clipboard->changeCount(), 10'001, 20'000);
+    }
+
+    void choosesWhatTheDesktopOffers_data()
+    {
+        QTest::addColumn<QStringList>("offers");
+        QTest::addColumn<bool>("hasX11");
+        QTest::addColumn<QString>("limitation");
+        const QStringList dataControl = {u"zwlr"_s};
+        QTest::newRow("data control") << dataControl << false << QString();
+        QTest::newRow("data control and X11") << dataControl << true << QString();
+        QTest::newRow("X11 alone") << QStringList() << true << halfSeen;
+        QTest::newRow("neither") << QStringList() << false << unseen;
+    }
+
+    void choosesWhatTheDesktopOffers()
+    {
+        QFETCH(QStringList, offers);
+        QFETCH(bool, hasX11);
+        QFETCH(QString, limitation);
+        Program compositor = small(offers);
+        QTRY_VERIFY(compositor.hasSaid("ready"));
+        XvfbServer server;
+        QVERIFY(!hasX11 || server.start());
+        qputenv("WAYLAND_DISPLAY", m_small);
+        qputenv("DISPLAY", server.display());
+        const auto restore = qScopeGuard([] {
+            qunsetenv("WAYLAND_DISPLAY");
+            qunsetenv("DISPLAY");
+        });
+
+        ThreadedClipboard clipboard(std::make_unique<DesktopClipboard>(shortLimits()));
+        clipboard.startReading();
+        clipboard.setText(u"ours"_s);
+        QTRY_COMPARE(clipboard.limitation(), limitation);
+        if (limitation != unseen)
+            QTRY_COMPARE(clipboard.text(), u"ours"_s);
+        QCOMPARE(compositor.hasSaid("watched"), !offers.isEmpty());
+    }
+
+    void findsACompositorThatStartsLate()
+    {
+        qputenv("WAYLAND_DISPLAY", m_small);
+        const auto restore = qScopeGuard([] { qunsetenv("WAYLAND_DISPLAY"); });
+        ThreadedClipboard clipboard(std::make_unique<DesktopClipboard>(shortLimits()));
+        clipboard.startReading();
+        clipboard.setText(u"ours"_s);
+        QTRY_COMPARE(clipboard.limitation(), unseen);
+        const Program compositor = small();
+        QTRY_COMPARE(clipboard.text(), u"ours"_s);
+        QCOMPARE(clipboard.limitation(), QString());
+    }
+
+    void losesNoQuickCopiesOnSway()
+    {
+        SwayServer sway;
+        QVERIFY(sway.start());
+        const auto clipboard = makeReadingClipboard(sway.display());
+        QVERIFY(clipboard);
+        const TextsTold told(*clipboard);
+        QTimer next;
+        QStringList copies;
+        std::vector<std::unique_ptr<Program>> programs;
+        connect(&next, &QTimer::timeout, this, [&] {
+            copies.append(u"https://a.example/%1"_s.arg(copies.size()));
+            programs.push_back(std::make_unique<Program>("wl-copy", QStringList{copies.last()},
+                                                         environment(sway)));
+            if (copies.size() == 20)
+                next.stop();
+        });
+        next.start(20ms);
+        QTRY_COMPARE(clipboard->changeCount(), 21);
+        QCOMPARE(QSet(told.texts().cbegin(), told.texts().cend()),
+                 QSet(copies.cbegin(), copies.cend()));
+    }
+
+    void sharesWithProgramsOnSway()
+    {
+        SwayServer sway;
+        QVERIFY(sway.start());
+        const auto clipboard = makeReadingClipboard(sway.display());
+        QVERIFY(clipboard);
+        sway.stop();
+        QTRY_COMPARE(clipboard->limitation(), unseen);
+        QVERIFY(sway.start());
+        QTRY_COMPARE(clipboard->limitation(), QString());
+
+        Program copying("wl-copy", {u"https://a.example/ä"_s}, environment(sway));
+        QTRY_COMPARE(clipboard->text(), u"https://a.example/ä"_s);
+        QCOMPARE(clipboard->changeCount(), 2);
+        clipboard->setText(u"https://ours.example/ä"_s);
+        QTRY_COMPARE(clipboard->changeCount(), 3);
+        Program pasting("wl-paste", {u"--no-newline"_s}, environment(sway));
+        QCOMPARE(pasting.allOutput(), "https://ours.example/ä"_ba);
     }
 };
 

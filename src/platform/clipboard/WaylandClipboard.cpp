@@ -56,10 +56,10 @@ void WaylandClipboard::greeted()
         m_selection.get(), &WaylandSelection::finished, this,
         [this] { loseConnection(u"The compositor has finished with us"_s); }, Qt::QueuedConnection);
     m_pause = m_limits.firstPause;
-    Q_EMIT reachKnown(ClipboardReach::allPrograms);
     if (m_isReading)
         m_selection->startReading();
     claimTexts();
+    Q_EMIT reachKnown(ClipboardReach::allPrograms);
 }
 
 void WaylandClipboard::claimTexts()

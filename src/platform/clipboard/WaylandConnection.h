@@ -24,7 +24,10 @@ public:
     wl_seat *seat() const { return m_seat.get(); }
     /// Its `done` comes after all events that the compositor sent before it was asked.
     WaylandPointer<wl_callback> synchronize() const;
-    /// No more requests can be made until `writable`: they would end the program.
+    /// Sends what was asked for; otherwise that happens when the thread has nothing else to do.
+    void flush();
+    /// As `flush` has found out: the compositor takes no more requests until `writable`, and if too
+    /// many wait the connection breaks.
     bool isCongested() const { return m_writable.isEnabled(); }
 
 Q_SIGNALS:
@@ -42,7 +45,6 @@ private:
     explicit WaylandConnection(WaylandPointer<wl_display> display);
     void processEvents();
     bool handleArrivedEvents();
-    void flush();
     void lose();
 
     void globalAnnounced(quint32 name, const QByteArray &interface);

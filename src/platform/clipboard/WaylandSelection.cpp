@@ -80,6 +80,7 @@ void WaylandSelection::setText(const QString &text)
     m_sources.push_back(
         std::make_unique<DataSource>(m_connection.dataControl(), text, m_limits, this));
     ext_data_control_device_v1_set_selection(m_device.get(), m_sources.back()->source());
+    m_connection.flush();
 }
 
 /// Its types follow, and then what it is for.

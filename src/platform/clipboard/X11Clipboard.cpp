@@ -65,11 +65,11 @@ void X11Clipboard::start()
     connect(m_selection.get(), &X11Selection::connectionLost, this, &X11Clipboard::loseConnection,
             Qt::QueuedConnection);
     m_pause = m_limits.firstPause;
-    Q_EMIT reachKnown(reach);
     if (m_isReading)
         m_selection->startReading();
     for (const QString &text : std::exchange(m_unclaimed, {}))
         m_selection->setText(text);
+    Q_EMIT reachKnown(reach);
 }
 
 void X11Clipboard::loseConnection()
