@@ -15,13 +15,13 @@ namespace
 
 constexpr qsizetype shownLength = 500;
 
-QString shown(const QString &text)
+} // namespace
+
+QString shownText(const QString &text)
 {
     const bool splitsPair = text.size() > shownLength && text.at(shownLength - 1).isHighSurrogate();
     return text.left(splitsPair ? shownLength - 1 : shownLength);
 }
-
-} // namespace
 
 LinkListModel::LinkListModel(ModelContext &context, QObject *parent)
     : QAbstractListModel(parent)
@@ -47,7 +47,7 @@ QVariant LinkListModel::data(const QModelIndex &index, int role) const
     if (!checkIndex(index, CheckIndexOption::IndexIsValid) || role != Qt::DisplayRole)
         return {};
     const CapturedLink &link = linkAt(index.row());
-    return shown(link.title ? *link.title : link.url);
+    return shownText(link.title ? *link.title : link.url);
 }
 
 bool LinkListModel::canFetchMore(const QModelIndex &parent) const

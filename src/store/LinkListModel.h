@@ -6,6 +6,10 @@
 
 #include <functional>
 
+/// What a view shows of a text: at most the first 500 characters, because a title of megabytes
+/// takes seconds to lay out.
+QString shownText(const QString &text);
+
 /// The visible links, newest first, as a list that follows the store row by row and never resets.
 /// Pages are read by key as a view asks for more, so a long list costs what is shown. Main thread
 /// only.
@@ -25,7 +29,7 @@ public:
     int rowOf(const LinkId &id) const;
 
     int rowCount(const QModelIndex &parent = {}) const override;
-    /// The display role is the title, else the URL; at most the first 500 characters.
+    /// The display role is what is shown of the title, else of the URL.
     QVariant data(const QModelIndex &index, int role) const override;
     bool canFetchMore(const QModelIndex &parent) const override;
     void fetchMore(const QModelIndex &parent) override;

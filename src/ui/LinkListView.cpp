@@ -3,8 +3,8 @@
 #include "LinkRowView.h"
 #include "MenuBarViewModel.h"
 
-#include <QApplication>
 #include <QKeyEvent>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QVariantAnimation>
 
@@ -12,8 +12,10 @@
 
 namespace
 {
+
 constexpr int expandMilliseconds = 200;
 constexpr int rowsReadAhead = 50;
+
 } // namespace
 
 LinkListView::LinkListView(MenuBarViewModel &model, QWidget *parent)
@@ -27,43 +29,60 @@ LinkListView::LinkListView(MenuBarViewModel &model, QWidget *parent)
     viewport()->setBackgroundRole(QPalette::Base);
     verticalScrollBar()->setSingleStep(rowHeight() / 2);
 
-    const LinkListModel &links = m_model.links();
-    connect(&links, &LinkListModel::rowsInserted, this,
-            [this](const QModelIndex &, int first, int last) { rowsInserted(first, last); });
+    using Model = LinkListModel;
+    const Model &links = m_model.links();
+    connect(&links, &Model::rowsInserted, this, &LinkListView::layoutSoon);
     connect(
-        &links, &LinkListModel::rowsAboutToBeRemoved, this,
+        &links, &Model::rowsAboutToBeRemoved, this,
         [this](const QModelIndex &, int first, int last) { rowsAboutToBeRemoved(first, last); });
-    // Again when the change is over, because only then more rows can be read in their place.
-    connect(&links, &LinkListModel::rowsRemoved, this, &LinkListView::layoutRows);
-    connect(&links, &LinkListModel::rowsRemoved, this, &LinkListView::layoutRows,
-            Qt::QueuedConnection);
-    connect(&links, &LinkListModel::dataChanged, this, &LinkListView::refreshRows);
+    connect(&links, &Model::rowsRemoved, this, &LinkListView::rowsRemoved);
+    connect(&links, &Model::dataChanged, this,
+            [this](const QModelIndex &first, const QModelIndex &last) {
+                refreshRows(first.row(), last.row());
+            });
 }
+
+LinkListView::~LinkListView() = default;
 
 void LinkListView::startAnew()
 {
     m_expanded.clear();
-    m_current = LinkId();
-    verticalScrollBar()->setValue(0);
+    m_current = QModelIndex();
+    m_top = QModelIndex();
     layoutRows();
 }
+
+std::vector<LinkRowView *> LinkListView::rowsInView() const
+{
+    std::vector<LinkRowView *> rows;
+    std::copy_if(m_rows.begin(), m_rows.end(), std::back_inserter(rows),
+                 [](const LinkRowView *row) { return !row->isHidden(); });
+    return rows;
+}
+
+// Where rows are, in pixels from the top of the list
 
 int LinkListView::rowHeight() const
 {
     return LinkRowView::collapsedHeight(*this);
 }
 
+int LinkListView::extraHeight(int row) const
+{
+    const auto found = std::find_if(m_expanded.begin(), m_expanded.end(),
+                                    [row](const ExpandedRow &it) { return it.index.row() == row; });
+    return found == m_expanded.end() ? 0 : found->height->currentValue().toInt();
+}
+
 int LinkListView::rowTop(int row) const
 {
     int top = row * rowHeight();
-    for (auto it = m_expanded.begin(); it != m_expanded.end(); ++it) {
-        const int expanded = m_model.links().rowOf(it.key());
-        top += expanded >= 0 && expanded < row ? it.value() : 0;
-    }
+    for (const ExpandedRow &expanded : m_expanded)
+        top += expanded.index.row() < row ? expanded.height->currentValue().toInt() : 0;
     return top;
 }
 
-/// The row that covers `y`, counted from the top of the list; the last one below all.
+/// The row that covers `y`; the last one below all.
 int LinkListView::rowAt(int y) const
 {
     int low = 0, high = m_model.links().rowCount();
@@ -74,9 +93,9 @@ int LinkListView::rowAt(int y) const
     return low;
 }
 
-int LinkListView::currentRow() const
+int LinkListView::offset() const
 {
-    return m_current.isNull() ? -1 : m_model.links().rowOf(m_current);
+    return m_top.isValid() ? rowTop(m_top.row()) + m_topHidden : 0;
 }
 
 int LinkListView::rowsAPage() const
@@ -84,11 +103,24 @@ int LinkListView::rowsAPage() const
     return std::max(1, viewport()->height() / rowHeight() - 1);
 }
 
+int LinkListView::summaryHeight(int row) const
+{
+    const auto summary = m_model.row(row).summary;
+    return summary ? LinkRowView::summaryHeight(*this, *summary, viewport()->width()) : 0;
+}
+
+// Widgets
+
 LinkRowView *LinkListView::makeRow()
 {
     auto *const row = new LinkRowView(m_model, viewport());
     connect(row, &LinkRowView::toggled, this, &LinkListView::toggle);
-    connect(row, &LinkRowView::focused, this, [this](const LinkId &id) { m_current = id; });
+    connect(row, &LinkRowView::focused, this, [this](const LinkId &id) {
+        if (m_isLayingOut)
+            return; // it only was next when another went
+        m_current = m_model.links().index(m_model.links().rowOf(id));
+        updateTabStops();
+    });
     return row;
 }
 
@@ -100,22 +132,22 @@ LinkRowView *LinkListView::viewOf(const LinkId &id) const
     return found == m_rows.end() ? nullptr : *found;
 }
 
-/// A widget for each of the rows. Those that show one of them already keep it, and with it the
-/// pointer and the focus.
-std::vector<LinkRowView *> LinkListView::takeRows(int first, int last)
+/// Null while the current row is out of view or there is none.
+LinkRowView *LinkListView::currentView() const
 {
-    QHash<LinkId, LinkRowView *> shown;
-    std::vector<LinkRowView *> spare, taken;
-    for (LinkRowView *const row : m_rows) {
-        if (row->isHidden() || shown.contains(row->id()))
-            spare.push_back(row);
-        else
-            shown.insert(row->id(), row);
-    }
-    for (int at = first; at < last; ++at)
-        taken.push_back(shown.take(m_model.links().linkAt(at).id));
-    spare.insert(spare.end(), shown.begin(), shown.end()); // what has left the view
+    return m_current.isValid() ? viewOf(m_model.links().linkAt(m_current.row()).id) : nullptr;
+}
 
+/// Sees to it that the first widgets show these rows. One that shows one of them already keeps it,
+/// and with it the focus.
+void LinkListView::takeRows(int first, int last)
+{
+    std::vector<LinkRowView *> spare = m_rows, taken;
+    for (int at = first; at < last; ++at) {
+        LinkRowView *const row = viewOf(m_model.links().linkAt(at).id);
+        taken.push_back(row);
+        std::erase(spare, row);
+    }
     for (int at = first; at < last; ++at) {
         LinkRowView *&row = taken[size_t(at - first)];
         if (row)
@@ -130,104 +162,178 @@ std::vector<LinkRowView *> LinkListView::takeRows(int first, int last)
         row->hide();
     m_rows = taken;
     m_rows.insert(m_rows.end(), spare.begin(), spare.end());
-    return taken;
+}
+
+// Layout
+
+void LinkListView::fetchNearby()
+{
+    LinkListModel &links = m_model.links();
+    if (links.canFetchMore({})
+        && rowAt(offset() + viewport()->height()) + rowsReadAhead >= links.rowCount())
+        links.fetchMore({});
+}
+
+/// Once for all changes of a loop turn, however many there are.
+void LinkListView::layoutSoon()
+{
+    if (m_isLayoutPending || m_isLayingOut)
+        return;
+    m_isLayoutPending = true;
+    QMetaObject::invokeMethod(this, &LinkListView::layoutRows, Qt::QueuedConnection);
 }
 
 void LinkListView::layoutRows()
 {
-    LinkListModel &links = m_model.links();
-    const int height = viewport()->height(), width = viewport()->width();
-    if (links.canFetchMore({})
-        && rowAt(verticalScrollBar()->value() + height) + rowsReadAhead >= links.rowCount()) {
-        links.fetchMore({}); // comes back here through the rows it inserts
-    }
-    const int count = links.rowCount();
+    const QScopedValueRollback layingOut(m_isLayingOut, true);
+    m_isLayoutPending = false;
+    const QWidget *const focus = window()->focusWidget();
+    fetchNearby();
+    updateScrollBar();
+    placeRows();
+    updateHovering();
+    updateTabStops();
+    if (focus == this || isAncestorOf(focus))
+        keepFocus(focus);
+}
+
+void LinkListView::updateScrollBar()
+{
+    const int height = viewport()->height();
+    const int wanted = offset();
     verticalScrollBar()->setPageStep(height);
-    verticalScrollBar()->setRange(0, std::max(0, rowTop(count) - height));
+    verticalScrollBar()->setRange(0, std::max(0, rowTop(m_model.links().rowCount()) - height));
+    verticalScrollBar()->setValue(wanted);
+    rememberTop();
+}
 
-    const bool hadFocus = isAncestorOf(QApplication::focusWidget()) || hasFocus();
-    const int offset = verticalScrollBar()->value();
-    const int first = rowAt(offset);
-    const int last = count == 0 ? 0 : rowAt(offset + height) + 1;
-    int y = rowTop(first) - offset;
-    for (LinkRowView *const row : takeRows(first, std::max(first, last))) {
-        const int rowSize = rowHeight() + m_expanded.value(row->id());
-        row->setGeometry(0, y, width, rowSize);
-        y += rowSize;
+void LinkListView::rememberTop()
+{
+    const int value = verticalScrollBar()->value();
+    const int row = rowAt(value);
+    m_top = value == 0 ? QModelIndex() : m_model.links().index(row);
+    m_topHidden = value - rowTop(row);
+}
+
+void LinkListView::placeRows()
+{
+    const int first = rowAt(offset());
+    const bool isEmpty = m_model.links().rowCount() == 0;
+    const int last = isEmpty ? first : rowAt(offset() + viewport()->height()) + 1;
+    takeRows(first, last);
+    int y = rowTop(first) - offset();
+    for (int at = first; at < last; ++at) {
+        const int height = rowHeight() + extraHeight(at);
+        m_rows[size_t(at - first)]->setGeometry(0, y, viewport()->width(), height);
+        y += height;
     }
-    if (hadFocus)
-        focusCurrent();
 }
 
-void LinkListView::focusCurrent()
+/// Nothing tells a row that moved away from under the pointer.
+void LinkListView::updateHovering()
 {
-    LinkRowView *const row = viewOf(m_current);
-    QWidget *const wanted = row ? static_cast<QWidget *>(row) : this;
-    if (!wanted->isAncestorOf(QApplication::focusWidget()))
-        wanted->setFocus();
+    const bool isPointedAt = viewport()->underMouse();
+    const QPoint pointer = viewport()->mapFromGlobal(QCursor::pos());
+    for (LinkRowView *const row : m_rows)
+        row->setHovering(isPointedAt && row->geometry().contains(pointer));
 }
 
-void LinkListView::refreshRows()
+void LinkListView::refreshRows(int first, int last)
 {
-    for (LinkRowView *const row : m_rows) {
-        const int at = row->isHidden() ? -1 : m_model.links().rowOf(row->id());
-        if (at < 0)
-            continue;
-        row->display(m_model.row(at));
-        if (m_expanded.contains(row->id()))
-            m_expanded[row->id()] = row->summaryHeight(viewport()->width());
+    for (int at = first; at <= last; ++at) {
+        if (LinkRowView *const row = viewOf(m_model.links().linkAt(at).id))
+            row->display(m_model.row(at));
     }
-    layoutRows();
-}
-
-/// What is in view stays in view when rows come in above it; at the top, the newest is shown.
-void LinkListView::rowsInserted(int first, int last)
-{
-    const int offset = verticalScrollBar()->value();
-    const bool isAbove = offset > 0 && rowTop(first) < offset;
-    layoutRows();
-    if (isAbove)
-        verticalScrollBar()->setValue(offset + (last - first + 1) * rowHeight());
+    for (const ExpandedRow &expanded : m_expanded) {
+        if (const int row = expanded.index.row(); row >= first && row <= last)
+            expanded.height->setEndValue(summaryHeight(row));
+    }
+    layoutSoon();
 }
 
 void LinkListView::rowsAboutToBeRemoved(int first, int last)
 {
     const LinkListModel &links = m_model.links();
-    const int current = currentRow();
-    if (current >= first && current <= last) { // the keyboard goes on to the neighbour
-        const int neighbour = last + 1 < links.rowCount() ? last + 1 : first - 1;
-        m_current = neighbour >= 0 ? links.linkAt(neighbour).id : LinkId();
+    const bool isLast = last + 1 == links.rowCount();
+    const QModelIndex neighbour = links.index(isLast ? first - 1 : last + 1);
+    const auto isGoing = [&](const QModelIndex &index) {
+        return index.row() >= first && index.row() <= last;
+    };
+    if (isGoing(m_current))
+        m_current = neighbour;
+    if (isGoing(m_top)) {
+        m_top = neighbour;
+        m_topHidden = 0;
     }
-    const int offset = verticalScrollBar()->value();
-    if (const int gone = rowTop(last + 1) - rowTop(first); rowTop(last + 1) <= offset)
-        verticalScrollBar()->setValue(offset - gone);
-    for (int row = first; row <= last; ++row)
-        m_expanded.remove(links.linkAt(row).id);
 }
+
+void LinkListView::rowsRemoved()
+{
+    std::erase_if(m_expanded, [](const ExpandedRow &row) { return !row.index.isValid(); });
+    layoutSoon();
+}
+
+// Expanding
 
 void LinkListView::toggle(const LinkId &id)
 {
-    LinkRowView *const row = viewOf(id);
-    const int full = row ? row->summaryHeight(viewport()->width()) : 0;
-    if (full == 0)
+    const int row = m_model.links().rowOf(id);
+    if (row < 0)
         return;
-    const bool isOpening = !m_expanded.contains(id);
-    auto *const animation = new QVariantAnimation(this);
-    animation->setDuration(expandMilliseconds);
-    animation->setEasingCurve(QEasingCurve::InOutQuad);
-    animation->setStartValue(isOpening ? 0 : m_expanded.value(id));
-    animation->setEndValue(isOpening ? full : 0);
-    m_expanded.insert(id, animation->startValue().toInt());
-    connect(animation, &QVariantAnimation::valueChanged, this, [this, id](const QVariant &height) {
-        if (m_expanded.contains(id)) // not deleted meanwhile
-            m_expanded[id] = height.toInt();
-        layoutRows();
+    const auto found = std::find_if(m_expanded.begin(), m_expanded.end(),
+                                    [row](const ExpandedRow &it) { return it.index.row() == row; });
+    if (found != m_expanded.end()) {
+        QVariantAnimation &height = *found->height;
+        height.setDirection(height.direction() == QVariantAnimation::Forward
+                                ? QVariantAnimation::Backward
+                                : QVariantAnimation::Forward);
+        height.start();
+        return;
+    }
+    auto height = std::make_unique<QVariantAnimation>();
+    height->setDuration(expandMilliseconds);
+    height->setEasingCurve(QEasingCurve::InOutQuad);
+    height->setStartValue(0);
+    height->setEndValue(summaryHeight(row));
+    connect(height.get(), &QVariantAnimation::valueChanged, this, &LinkListView::layoutSoon);
+    connect(height.get(), &QVariantAnimation::finished, this, &LinkListView::forgetCollapsed,
+            Qt::QueuedConnection);
+    height->start();
+    m_expanded.push_back({m_model.links().index(row), std::move(height)});
+}
+
+void LinkListView::forgetCollapsed()
+{
+    std::erase_if(m_expanded, [](const ExpandedRow &row) {
+        return row.height->state() == QVariantAnimation::Stopped
+            && row.height->direction() == QVariantAnimation::Backward;
     });
-    connect(animation, &QVariantAnimation::finished, this, [this, id, isOpening] {
-        if (!isOpening)
-            m_expanded.remove(id);
-    });
-    animation->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+// Keyboard
+
+void LinkListView::focusCurrent()
+{
+    LinkRowView *const row = currentView();
+    row ? row->setFocus() : setFocus();
+}
+
+/// The focus may stay on a button of the current row. Where a row has gone with it, Qt has moved it
+/// to whatever was next.
+void LinkListView::keepFocus(const QWidget *before)
+{
+    const LinkRowView *const row = currentView();
+    if (!row || !row->isAncestorOf(before) || window()->focusWidget() != before)
+        focusCurrent();
+}
+
+/// The tabulator goes to the current row, not to each: the arrows do that.
+void LinkListView::updateTabStops()
+{
+    const LinkRowView *const current = currentView();
+    for (LinkRowView *const row : m_rows)
+        row->setFocusPolicy(row == current ? Qt::StrongFocus : Qt::ClickFocus);
+    setFocusPolicy(current ? Qt::ClickFocus : Qt::StrongFocus);
 }
 
 void LinkListView::setCurrent(int row)
@@ -236,29 +342,29 @@ void LinkListView::setCurrent(int row)
     if (count == 0)
         return;
     row = std::clamp(row, 0, count - 1);
-    m_current = m_model.links().linkAt(row).id;
+    m_current = m_model.links().index(row);
     scrollTo(row);
     focusCurrent();
 }
 
 void LinkListView::scrollTo(int row)
 {
-    const int offset = verticalScrollBar()->value();
-    const int lowest = rowTop(row), highest = rowTop(row + 1) - viewport()->height();
-    verticalScrollBar()->setValue(std::min(lowest, std::max(highest, offset)));
     layoutRows();
+    const int lowest = rowTop(row), highest = rowTop(row + 1) - viewport()->height();
+    verticalScrollBar()->setValue(std::min(lowest, std::max(highest, offset())));
 }
 
 void LinkListView::actOnCurrent(void (MenuBarViewModel::*action)(const LinkId &))
 {
-    const LinkId id = m_current;
-    if (currentRow() >= 0)
+    if (m_current.isValid()) {
+        const LinkId id = m_model.links().linkAt(m_current.row()).id; // the record may go
         (m_model.*action)(id);
+    }
 }
 
 void LinkListView::keyPressEvent(QKeyEvent *event)
 {
-    const int row = currentRow();
+    const int row = m_current.row();
     if (event->matches(QKeySequence::Copy))
         return actOnCurrent(&MenuBarViewModel::copyUrl);
     switch (event->key()) {
@@ -278,7 +384,7 @@ void LinkListView::keyPressEvent(QKeyEvent *event)
     case Qt::Key_Enter:
         return actOnCurrent(&MenuBarViewModel::open);
     case Qt::Key_Space:
-        return toggle(m_current);
+        return m_current.isValid() ? toggle(m_model.links().linkAt(row).id) : void();
     case Qt::Key_Delete:
         return actOnCurrent(&MenuBarViewModel::remove);
     default:
@@ -286,20 +392,29 @@ void LinkListView::keyPressEvent(QKeyEvent *event)
     }
 }
 
-void LinkListView::focusInEvent(QFocusEvent *)
+void LinkListView::focusInEvent(QFocusEvent *event)
 {
-    if (currentRow() >= 0)
-        focusCurrent();
+    if (m_isLayingOut)
+        return;
+    const bool byKeyboard =
+        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    if (byKeyboard)
+        setCurrent(m_current.isValid() ? m_current.row() : rowAt(offset()));
     else
-        setCurrent(rowAt(verticalScrollBar()->value()));
+        focusCurrent();
 }
 
 void LinkListView::resizeEvent(QResizeEvent *)
 {
-    refreshRows();
+    for (const ExpandedRow &expanded : m_expanded)
+        expanded.height->setEndValue(summaryHeight(expanded.index.row()));
+    layoutRows();
 }
 
 void LinkListView::scrollContentsBy(int, int)
 {
+    if (m_isLayingOut)
+        return;
+    rememberTop();
     layoutRows();
 }

@@ -3,10 +3,10 @@
 #include "ElidedLabel.h"
 #include "IconButton.h"
 #include "IconLabel.h"
+#include "TintedIcon.h"
 
 #include <QContextMenuEvent>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QMenu>
 #include <QPainter>
 
@@ -16,6 +16,9 @@ namespace
 {
 
 constexpr int sideMargin = 12;
+constexpr int summaryRise = 6; // into the room below the title
+constexpr int summaryBottomMargin = 4;
+constexpr int summaryFlags = Qt::AlignTop | Qt::AlignLeft | Qt::TextWordWrap;
 constexpr int iconSize = 16;
 
 } // namespace
@@ -27,13 +30,9 @@ LinkRowView::LinkRowView(MenuBarViewModel &model, QWidget *parent)
     , m_title(new ElidedLabel(ElidedLabel::Rank::primary))
     , m_time(new ElidedLabel(ElidedLabel::Rank::secondary))
     , m_marker(new IconLabel(u"sparkles"_s, iconSize))
-    , m_summary(new QLabel(this))
 {
     setFocusPolicy(Qt::StrongFocus);
     m_marker->setToolTip(tr("Has a summary"));
-    m_summary->setTextFormat(Qt::PlainText);
-    m_summary->setWordWrap(true);
-    m_summary->setAlignment(Qt::AlignTop | Qt::AlignLeft);
 
     auto *const line = new QHBoxLayout(m_line);
     line->setContentsMargins(sideMargin, 0, sideMargin, 0);
@@ -56,6 +55,13 @@ int LinkRowView::collapsedHeight(const QWidget &list)
     return std::max(40, list.fontMetrics().height() + 20);
 }
 
+int LinkRowView::summaryHeight(const QWidget &list, const QString &summary, int width)
+{
+    const QRect space(0, 0, width - 2 * sideMargin, QWIDGETSIZE_MAX);
+    const int text = list.fontMetrics().boundingRect(space, summaryFlags, summary).height();
+    return text + summaryBottomMargin;
+}
+
 IconButton *LinkRowView::addButton(const QString &icon, const QString &toolTip,
                                    void (MenuBarViewModel::*action)(const LinkId &))
 {
@@ -74,33 +80,29 @@ void LinkRowView::display(const LinkRow &row)
     m_title->setText(row.title);
     m_time->setText(row.time);
     m_marker->setVisible(row.summary.has_value());
-    m_summary->setText(row.summary.value_or(QString()));
+    update();
     setAccessibleName(row.title + u", " + row.time);
     setAccessibleDescription(row.summary.value_or(QString()));
     show();
 }
 
-int LinkRowView::summaryHeight(int width) const
+bool LinkRowView::isExpanded() const
 {
-    if (!m_row.summary)
-        return 0;
-    return m_summary->heightForWidth(width - 2 * sideMargin) + 12;
+    return height() > collapsedHeight(*this);
 }
 
 void LinkRowView::resizeEvent(QResizeEvent *)
 {
-    const int height = collapsedHeight(*this);
-    m_line->setGeometry(0, 0, width(), height);
-    m_summary->setGeometry(sideMargin, height - 4, width() - 2 * sideMargin,
-                           std::max(0, summaryHeight(width())));
-    m_summary->setVisible(this->height() > height);
+    m_line->setGeometry(0, 0, width(), collapsedHeight(*this));
 }
 
 void LinkRowView::refreshButtons()
 {
-    const bool areShown = m_isHovering || hasFocusWithin();
-    for (IconButton *const button : std::as_const(m_buttons))
-        button->setVisible(areShown);
+    const bool hasFocus = hasFocusWithin();
+    for (IconButton *const button : std::as_const(m_buttons)) {
+        button->setVisible(m_isHovering || hasFocus);
+        button->setFocusPolicy(hasFocus ? Qt::TabFocus : Qt::NoFocus);
+    }
     update();
 }
 
@@ -129,16 +131,20 @@ void LinkRowView::focusOutEvent(QFocusEvent *)
     QMetaObject::invokeMethod(this, &LinkRowView::refreshButtons, Qt::QueuedConnection);
 }
 
+void LinkRowView::setHovering(bool isHovering)
+{
+    if (std::exchange(m_isHovering, isHovering) != isHovering)
+        refreshButtons();
+}
+
 void LinkRowView::enterEvent(QEnterEvent *)
 {
-    m_isHovering = true;
-    refreshButtons();
+    setHovering(true);
 }
 
 void LinkRowView::leaveEvent(QEvent *)
 {
-    m_isHovering = false;
-    refreshButtons();
+    setHovering(false);
 }
 
 void LinkRowView::mousePressEvent(QMouseEvent *event)
@@ -154,16 +160,17 @@ void LinkRowView::mouseReleaseEvent(QMouseEvent *event)
 
 void LinkRowView::contextMenuEvent(QContextMenuEvent *event)
 {
-    QMenu menu(this);
+    auto *const menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
     const LinkId id = m_row.id; // the row may show another link before the user has chosen
     MenuBarViewModel &model = m_model;
-    menu.addAction(tr("Copy URL"), &model, [&model, id] { model.copyUrl(id); });
-    menu.addAction(tr("Open in Browser"), &model, [&model, id] { model.open(id); });
+    menu->addAction(tr("Copy URL"), &model, [&model, id] { model.copyUrl(id); });
+    menu->addAction(tr("Open in Browser"), &model, [&model, id] { model.open(id); });
     if (m_row.summary)
-        menu.addAction(tr("Copy Summary"), &model, [&model, id] { model.copySummary(id); });
-    menu.addSeparator();
-    menu.addAction(tr("Delete"), &model, [&model, id] { model.remove(id); });
-    menu.exec(event->globalPos());
+        menu->addAction(tr("Copy Summary"), &model, [&model, id] { model.copySummary(id); });
+    menu->addSeparator();
+    menu->addAction(tr("Delete"), &model, [&model, id] { model.remove(id); });
+    menu->popup(event->globalPos());
 }
 
 void LinkRowView::paintEvent(QPaintEvent *)
@@ -177,5 +184,11 @@ void LinkRowView::paintEvent(QPaintEvent *)
         painter.setBrush(wash);
         painter.setPen(Qt::NoPen);
         painter.drawRoundedRect(rect().adjusted(4, 1, -4, -1), 6, 6);
+    }
+    if (m_row.summary && isExpanded()) { // laid out as it will be: while the row grows, uncovered
+        const QRect space(sideMargin, collapsedHeight(*this) - summaryRise,
+                          width() - 2 * sideMargin, QWIDGETSIZE_MAX);
+        painter.setPen(secondaryTextColor(palette()));
+        painter.drawText(space, summaryFlags, *m_row.summary);
     }
 }

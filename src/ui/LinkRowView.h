@@ -7,7 +7,6 @@
 class ElidedLabel;
 class IconButton;
 class IconLabel;
-class QLabel;
 
 /// One row of the list that is in view: a link's title and time, its buttons while it is pointed at
 /// or has the focus, and below them its summary while it is expanded. Rows are used again for other
@@ -20,11 +19,14 @@ public:
 
     /// The height of a collapsed row.
     static int collapsedHeight(const QWidget &list);
+    /// What `summary` adds to it in a row of `width`.
+    static int summaryHeight(const QWidget &list, const QString &summary, int width);
 
     void display(const LinkRow &row);
     LinkId id() const { return m_row.id; }
-    /// What expanding adds at `width`; 0 without a summary.
-    int summaryHeight(int width) const;
+    void setHovering(bool isHovering);
+    bool hasSummary() const { return m_row.summary.has_value(); }
+    bool isExpanded() const;
 
 Q_SIGNALS:
     void toggled(const LinkId &id);
@@ -54,7 +56,6 @@ private:
     ElidedLabel *m_title;
     ElidedLabel *m_time;
     IconLabel *m_marker;
-    QLabel *m_summary;
     QList<IconButton *> m_buttons;
     bool m_isHovering = false;
 };

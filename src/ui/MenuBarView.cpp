@@ -200,6 +200,7 @@ void MenuBarView::showAsWindow()
 
 void MenuBarView::present()
 {
+    m_model.recountToday();
     m_list->startAnew();
     show();
     raise();

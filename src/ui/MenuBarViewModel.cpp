@@ -9,18 +9,6 @@
 
 #include <QScopeGuard>
 
-namespace
-{
-
-constexpr qsizetype shownCharacters = 500; // a view never has to lay out a title of megabytes
-
-QString shown(const QString &text)
-{
-    return text.left(shownCharacters);
-}
-
-} // namespace
-
 MenuBarViewModel::MenuBarViewModel(const Parts &parts, QObject *parent)
     : QObject(parent)
     , m_parts(parts)
@@ -40,11 +28,9 @@ MenuBarViewModel::~MenuBarViewModel() = default;
 LinkRow MenuBarViewModel::row(int index) const
 {
     const CapturedLink &link = m_links.linkAt(index);
-    LinkRow row{
-        link.id, shown(link.title.value_or(link.url)), m_dates.shortTime(link.copiedAt), {}};
-    if (link.summary)
-        row.summary = shown(*link.summary);
-    return row;
+    const QString title = shownText(link.title ? *link.title : link.url);
+    const auto summary = link.summary ? std::optional(shownText(*link.summary)) : std::nullopt;
+    return {link.id, title, m_dates.shortTime(link.copiedAt), summary};
 }
 
 bool MenuBarViewModel::isEmpty() const
@@ -125,7 +111,6 @@ void MenuBarViewModel::remove(const LinkId &id)
         debugLog(u"Failed to delete: " + description(removed.error()));
 }
 
-/// Today ends at midnight, and is then counted anew.
 void MenuBarViewModel::recountToday()
 {
     const Instant now = m_parts.clock.now();

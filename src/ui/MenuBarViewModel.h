@@ -46,6 +46,9 @@ public:
     LinkRow row(int index) const;
 
     bool isEmpty() const;
+    /// Counts anew which links are of today, as happens with every change and at midnight. Also
+    /// needed when the panel is shown: midnight may have passed while the machine slept.
+    void recountToday();
     QString todayText() const; ///< how many listed links were copied today
     QString countText() const; ///< how many links are listed
     /// What the user must know about captures that do not work as they should; empty when all do.
@@ -71,7 +74,6 @@ Q_SIGNALS:
     void changed();
 
 private:
-    void recountToday();
     Task<> summarizeListed();
 
     Parts m_parts;

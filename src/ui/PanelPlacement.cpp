@@ -5,6 +5,7 @@
 QRect panelPlacement(QSize size, const std::optional<QRect> &trayIcon, QPoint cursor,
                      const QRect &screen)
 {
+    size = size.boundedTo(screen.size());
     const QRect anchor = trayIcon.value_or(QRect(cursor, QSize(1, 1)));
     const bool isAtTop = anchor.center().y() < screen.center().y();
     const int left = anchor.center().x() - size.width() / 2;

@@ -5,6 +5,7 @@
 #include <optional>
 
 /// Where a panel of `size` opens: centred below the tray icon, or above it where the icon is in the
-/// lower half of the screen; at the cursor where the tray does not tell. Always inside `screen`.
+/// lower half of the screen; at the cursor where the tray does not tell. Always inside `screen`,
+/// and smaller where that is.
 QRect panelPlacement(QSize size, const std::optional<QRect> &trayIcon, QPoint cursor,
                      const QRect &screen);
