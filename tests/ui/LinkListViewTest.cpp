@@ -1,0 +1,312 @@
+#include "ListAccessibility.h"
+#include "TestPanel.h"
+
+#include <QAccessible>
+#include <QElapsedTimer>
+#include <QMenu>
+#include <QScrollBar>
+#include <QTest>
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// A list on screen, high enough for ten rows and a half.
+struct ShownList : TestPanel {
+    LinkListView list{model};
+
+    void show()
+    {
+        list.resize(380, 10 * LinkRowView::collapsedHeight(list) + 20);
+        list.show();
+        QVERIFY(QTest::qWaitForWindowActive(&list));
+        settle();
+    }
+    LinkRowView *row(int place) const { return list.rowsInView().at(size_t(place)); }
+    int firstNumber() const { return numberOf(*row(0)); }
+    /// That of the row which has the focus; -1 when none has.
+    int currentNumber() const
+    {
+        const auto *const current = qobject_cast<LinkRowView *>(QApplication::focusWidget());
+        return current ? numberOf(*current) : -1;
+    }
+    int numberOf(const LinkRowView &view) const
+    {
+        return store.context().link(view.id())->url.section(u'/', -1).toInt();
+    }
+    int scrolled() const { return list.verticalScrollBar()->value(); }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+        settle();
+    }
+};
+
+void pointAt(const QWidget *widget)
+{
+    QCursor::setPos(widget->mapToGlobal(widget->rect().center()));
+    QCoreApplication::processEvents();
+}
+
+QMenu *openContextMenu(LinkRowView *row)
+{
+    QContextMenuEvent event(QContextMenuEvent::Mouse, row->rect().center(),
+                            row->mapToGlobal(row->rect().center()));
+    QApplication::sendEvent(row, &event);
+    return qobject_cast<QMenu *>(QApplication::activePopupWidget());
+}
+
+QStringList actionsOf(const QMenu &menu)
+{
+    QStringList texts;
+    for (const QAction *const action : menu.actions()) {
+        if (!action->isSeparator())
+            texts.append(action->text());
+    }
+    return texts;
+}
+
+} // namespace
+
+class LinkListViewTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { installListAccessibility(); }
+
+    void hasWidgetsForTheRowsInViewOnly()
+    {
+        ShownList shown;
+        shown.addLinks(450);
+        shown.show();
+        QCOMPARE(shown.list.rowsInView().size(), 11);
+        QScrollBar &bar = *shown.list.verticalScrollBar();
+        for (int value = 0; value < bar.maximum(); value += 170)
+            bar.setValue(value);
+        bar.setValue(bar.maximum());
+        QCOMPARE(shown.numberOf(*shown.list.rowsInView().back()), 0);
+        QCOMPARE(shown.row(10)->geometry().bottom() + 1, shown.list.viewport()->height());
+        QVERIFY(shown.list.findChildren<LinkRowView *>().size() <= 12);
+    }
+
+    void followsKeys()
+    {
+        ShownList shown;
+        shown.addLinks(450);
+        shown.show();
+        shown.list.setFocus();
+        QCOMPARE(shown.currentNumber(), -1);
+        shown.press(Qt::Key_Down);
+        QCOMPARE(shown.currentNumber(), 449);
+        shown.press(Qt::Key_Up);
+        QCOMPARE(shown.currentNumber(), 449);
+        shown.press(Qt::Key_PageDown);
+        QCOMPARE(shown.currentNumber(), 440);
+        QCOMPARE(shown.scrolled(), 0);
+        shown.press(Qt::Key_Down);
+        QCOMPARE(shown.currentNumber(), 439);
+        QVERIFY(shown.scrolled() > 0);
+        for (int page = 0; page < 3; ++page)
+            shown.press(Qt::Key_End);
+        QCOMPARE(shown.currentNumber(), 0);
+        shown.press(Qt::Key_PageUp);
+        QCOMPARE(shown.currentNumber(), 9);
+        shown.press(Qt::Key_Home);
+        QCOMPARE(shown.currentNumber(), 449);
+        QCOMPARE(shown.scrolled(), 0);
+        shown.press(Qt::Key_Return);
+        QCOMPARE(shown.browser.opened, {u"https://a.example/449"_s});
+        shown.press(Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(shown.clipboard.text(), u"https://a.example/449"_s);
+    }
+
+    void movesTheFocusToTheNeighbourOfADeletedRow()
+    {
+        ShownList shown;
+        shown.addLinks(3);
+        shown.show();
+        shown.list.setCurrent(1);
+        QCOMPARE(shown.currentNumber(), 1);
+        shown.press(Qt::Key_Delete);
+        QCOMPARE(shown.currentNumber(), 0);
+        shown.press(Qt::Key_Delete);
+        QCOMPARE(shown.currentNumber(), 2);
+        shown.press(Qt::Key_Delete);
+        QVERIFY(shown.model.isEmpty());
+        QCOMPARE(QApplication::focusWidget(), &shown.list);
+        shown.press(Qt::Key_Delete); // nothing is left to delete
+    }
+
+    void keepsTheCurrentRowWhileItIsScrolledOut()
+    {
+        ShownList shown;
+        shown.addLinks(100);
+        shown.show();
+        shown.list.setCurrent(3);
+        shown.list.verticalScrollBar()->setValue(2000);
+        QCOMPARE(shown.currentNumber(), -1);
+        QCOMPARE(QApplication::focusWidget(), &shown.list);
+        shown.press(Qt::Key_Down);
+        QCOMPARE(shown.currentNumber(), 95);
+    }
+
+    void tabGoesFromTheCurrentRowToItsButtons()
+    {
+        ShownList shown;
+        shown.addLinks(5);
+        shown.show();
+        shown.list.setCurrent(1);
+        QStringList names;
+        for (int i = 0; i < 4; ++i) {
+            names.append(QApplication::focusWidget()->accessibleName().section(u',', 0, 0));
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        const QStringList wanted{u"https://a.example/3"_s, u"Open in Browser"_s, u"Copy URL"_s,
+                                 u"Delete"_s};
+        QCOMPARE(names, wanted);
+        QCOMPARE(shown.currentNumber(), 3);
+    }
+
+    void staysInPlaceWhenRowsComeAndGoAbove()
+    {
+        ShownList shown;
+        shown.addLinks(100);
+        shown.show();
+        shown.list.verticalScrollBar()->setValue(1010);
+        const int first = shown.firstNumber(), y = shown.row(0)->y();
+        for (int i = 0; i < 5; ++i)
+            shown.store.add(u"https://a.example/%1"_s.arg(100 + i), 100 + i);
+        shown.settle();
+        QCOMPARE(shown.firstNumber(), first);
+        QCOMPARE(shown.row(0)->y(), y);
+        QVERIFY(shown.store.context().remove({shown.model.links().linkAt(0).id}));
+        shown.settle();
+        QCOMPARE(shown.firstNumber(), first);
+        QCOMPARE(shown.row(0)->y(), y);
+        QVERIFY(shown.store.context().remove({shown.row(0)->id()}));
+        shown.settle();
+        QCOMPARE(shown.firstNumber(), first - 1);
+
+        shown.list.verticalScrollBar()->setValue(0);
+        shown.store.add(u"https://a.example/200"_s, 200);
+        shown.settle();
+        QCOMPARE(shown.firstNumber(), 200); // at the top the newest is shown
+    }
+
+    void expandsAndCollapsesByClick()
+    {
+        ShownList shown;
+        shown.addLinks(3);
+        const CapturedLink link =
+            shown.addSummarized(u"https://a.example/9"_s, 9, u"A page about tea."_s);
+        shown.show();
+        const int collapsed = shown.row(0)->height();
+        QTest::mouseClick(shown.row(0), Qt::RightButton);
+        QTest::mouseClick(shown.row(0), Qt::LeftButton);
+        QTRY_VERIFY(shown.row(0)->height() >= collapsed + shown.list.fontMetrics().height());
+        shown.store.add(u"https://a.example/10"_s, 10); // by link, not by place
+        shown.settle();
+        QCOMPARE(shown.row(0)->height(), collapsed);
+        QCOMPARE(shown.row(1)->id(), link.id);
+        QTRY_COMPARE(shown.row(2)->y(), shown.row(1)->geometry().bottom() + 1);
+        QVERIFY(shown.row(1)->isExpanded());
+
+        QTest::mouseClick(shown.row(1), Qt::LeftButton);
+        QTest::mouseClick(shown.row(1), Qt::LeftButton); // back before it was collapsed
+        QTest::mouseClick(shown.row(1), Qt::LeftButton);
+        QTRY_COMPARE(shown.row(1)->height(), collapsed);
+        QTest::mouseClick(shown.row(1), Qt::LeftButton);
+        QTRY_VERIFY(shown.row(1)->isExpanded());
+    }
+
+    void aSummaryOpensInARowThatIsExpandedAlready()
+    {
+        ShownList shown;
+        shown.addLinks(2);
+        shown.show();
+        shown.list.setCurrent(0);
+        shown.press(Qt::Key_Space);
+        QVERIFY(!shown.row(0)->isExpanded());
+        shown.store.context().setSummary(shown.row(0)->id(), u"A page about tea."_s);
+        QTRY_VERIFY(shown.row(0)->isExpanded());
+        shown.press(Qt::Key_Space);
+        QTRY_VERIFY(!shown.row(0)->isExpanded());
+    }
+
+    void contextMenuOffersTheSummaryWhereThereIsOne()
+    {
+        ShownList shown;
+        shown.addLinks(1);
+        shown.addSummarized(u"https://a.example/9"_s, 9, u"A page about tea."_s);
+        shown.show();
+        QMenu *menu = openContextMenu(shown.row(1));
+        const QStringList without{u"Copy URL"_s, u"Open in Browser"_s, u"Delete"_s};
+        QCOMPARE(actionsOf(*menu), without);
+        menu->close();
+        menu = openContextMenu(shown.row(0));
+        const QStringList with{u"Copy URL"_s, u"Open in Browser"_s, u"Copy Summary"_s, u"Delete"_s};
+        QCOMPARE(actionsOf(*menu), with);
+        menu->actions().at(2)->trigger();
+        QCOMPARE(shown.clipboard.text(), u"A page about tea."_s);
+        menu->close();
+    }
+
+    void buttonsAppearOverTheRowPointedAt()
+    {
+        ShownList shown;
+        shown.addLinks(2);
+        shown.show();
+        const auto buttons = shown.row(0)->findChildren<QToolButton *>();
+        QCOMPARE(buttons.size(), 3);
+        pointAt(shown.row(0));
+        QVERIFY(buttons.at(2)->isVisible());
+        pointAt(shown.row(1));
+        QVERIFY(!buttons.at(2)->isVisible());
+        pointAt(shown.row(0));
+        QTest::mouseClick(buttons.at(2), Qt::LeftButton);
+        shown.settle();
+        QCOMPARE(shown.firstNumber(), 0);
+        QCOMPARE(shown.list.rowsInView().size(), 1);
+    }
+
+    void answersWhateverAPageSends()
+    {
+        ShownList shown;
+        shown.addLinks(20);
+        shown.show();
+        for (int row = 0; row < 12; ++row) {
+            const LinkId id = shown.model.links().linkAt(row).id;
+            shown.store.context().setTitle(id, QString(4 << 20, row % 2 ? u'W' : u'\u0301'));
+        }
+        QElapsedTimer timer;
+        timer.start();
+        shown.settle();
+        shown.list.grab();
+        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(shown.row(1)->accessibleName().section(u',', 0, 0).size(), 500);
+    }
+
+    void screenReadersSeeAListOfItems()
+    {
+        ShownList shown;
+        shown.addLinks(30);
+        shown.addSummarized(u"https://a.example/99"_s, 99, u"A page about tea."_s);
+        shown.show();
+        QAccessibleInterface *const list = QAccessible::queryAccessibleInterface(&shown.list);
+        QCOMPARE(list->role(), QAccessible::List);
+        QCOMPARE(list->childCount(), 11);
+        QAccessibleInterface *const item = list->child(0);
+        QCOMPARE(item->role(), QAccessible::ListItem);
+        QCOMPARE(item->parent(), list);
+        QCOMPARE(list->indexOfChild(item), 0);
+        QVERIFY(item->text(QAccessible::Name).startsWith(u"https://a.example/99, "));
+        QCOMPARE(item->text(QAccessible::Description), u"A page about tea."_s);
+        QVERIFY(item->state().collapsed);
+        QVERIFY(!list->child(1)->state().expandable);
+    }
+};
+
+QTEST_MAIN(LinkListViewTest)
+#include "LinkListViewTest.moc"

@@ -1,0 +1,154 @@
+#include "Calendar.h"
+#include "TestPanel.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+class MenuBarViewModelTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void initTestCase() { qputenv("TZ", "Europe/Berlin"); }
+
+    void countsTheListedLinksAndThoseOfToday()
+    {
+        TestPanel panel;
+        QVERIFY(panel.model.isEmpty());
+        QCOMPARE(panel.model.countText(), u"0 links"_s);
+        QCOMPARE(panel.model.todayText(), u"0 today"_s);
+
+        const auto sinceMidnight = std::chrono::duration_cast<std::chrono::seconds>(
+            panel.store.clock.now() - startOfDay(panel.store.clock.now()));
+        panel.store.add(u"https://a.example/last-of-yesterday"_s, -int(sinceMidnight.count()) - 1);
+        panel.store.add(u"https://a.example/first-of-today"_s, -int(sinceMidnight.count()));
+        const CapturedLink hidden = panel.store.add(u"https://a.example/hidden"_s);
+        QVERIFY(panel.store.context().hide({hidden.id}));
+        QSignalSpy changes(&panel.model, &MenuBarViewModel::changed);
+        panel.settle();
+        QCOMPARE(changes.count(), 1);
+        QVERIFY(!panel.model.isEmpty());
+        QCOMPARE(panel.model.countText(), u"2 links"_s);
+        QCOMPARE(panel.model.todayText(), u"1 today"_s);
+    }
+
+    void startsANewDayAtMidnight()
+    {
+        TestPanel panel;
+        panel.addLinks(2);
+        QCOMPARE(panel.model.todayText(), u"2 today"_s);
+        const Instant midnight = *addDays(startOfDay(panel.store.clock.now()), 1);
+        const auto rest =
+            std::chrono::floor<std::chrono::milliseconds>(midnight - panel.store.clock.now());
+        panel.store.clock.advance(rest - 1ms);
+        QCOMPARE(panel.model.todayText(), u"2 today"_s);
+        panel.store.clock.advance(1ms);
+        QCOMPARE(panel.model.todayText(), u"0 today"_s);
+        QCOMPARE(panel.model.countText(), u"2 links"_s);
+    }
+
+    void countsAnewAfterANightAsleep()
+    {
+        TestPanel panel;
+        panel.addLinks(1);
+        panel.store.clock.setWallClock(panel.store.clock.now() + 24h);
+        panel.model.recountToday();
+        QCOMPARE(panel.model.todayText(), u"0 today"_s);
+    }
+
+    void rowsShowTheTitleOrElseTheAddress_data()
+    {
+        QTest::addColumn<std::optional<QString>>("title");
+        QTest::addColumn<QString>("shown");
+        using Title = std::optional<QString>;
+        QTest::newRow("no title") << Title() << u"https://a.example/x"_s;
+        QTest::newRow("a title") << Title(u"News"_s) << u"News"_s;
+        QTest::newRow("an empty title") << Title(u""_s) << u""_s;
+        QTest::newRow("a huge title") << Title(QString(4'000'000, u'w')) << QString(500, u'w');
+    }
+
+    void rowsShowTheTitleOrElseTheAddress()
+    {
+        QFETCH(std::optional<QString>, title);
+        QFETCH(QString, shown);
+        TestPanel panel;
+        const CapturedLink link = panel.store.add(u"https://a.example/x"_s);
+        if (title)
+            panel.store.context().setTitle(link.id, *title);
+        panel.model.links().fetchMore({});
+        const LinkRow row = panel.model.row(0);
+        QCOMPARE(row.id, link.id);
+        QCOMPARE(row.title, shown);
+        QCOMPARE(row.time, u"11:13\u202fPM"_s); // 22:13 UTC, an hour later in Berlin
+        QVERIFY(!row.summary);
+    }
+
+    void actsOnTheWholeRecord()
+    {
+        TestPanel panel;
+        const QString url = u"https://a.example/"_s + QString(1000, u'x');
+        const QString summary(1000, u's');
+        const CapturedLink link = panel.addSummarized(url, 0, summary);
+        panel.model.open(link.id);
+        QCOMPARE(panel.browser.opened, {url});
+        panel.model.copyUrl(link.id);
+        QCOMPARE(panel.clipboard.text(), url);
+        panel.model.copySummary(link.id);
+        QCOMPARE(panel.clipboard.text(), summary);
+        panel.model.remove(link.id);
+        QVERIFY(!panel.store.context().link(link.id));
+
+        const qint64 copies = panel.clipboard.changeCount();
+        panel.model.open(link.id); // a row may be clicked before its removal is announced
+        panel.model.copyUrl(link.id);
+        panel.model.copySummary(link.id);
+        panel.model.remove(link.id);
+        QCOMPARE(panel.browser.opened.size(), 1);
+        QCOMPARE(panel.clipboard.changeCount(), copies);
+    }
+
+    void writesTheMissingSummaries()
+    {
+        TestPanel panel;
+        panel.web.answerWith([](const HttpRequest &) -> HttpReply {
+            return HttpResponse{200, "<title>Tea</title>", false};
+        });
+        panel.addSummarized(u"https://a.example/has-one"_s, 0, u"A page about tea."_s);
+        panel.addLinks(2);
+        QCOMPARE(panel.model.summarizeToolTip(), u"Generate AI summaries for 2 links"_s);
+        panel.model.summarize();
+        panel.model.summarize(); // does nothing while it runs
+        QVERIFY(panel.model.isSummarizing());
+        QTRY_VERIFY((panel.store.clock.advance(100ms), !panel.model.isSummarizing()));
+        QCOMPARE(panel.web.requests().size(), 2);
+        QCOMPARE(panel.model.summarizeToolTip(), u"All links have summaries"_s);
+
+        panel.model.summarize();
+        QTRY_VERIFY(!panel.model.isSummarizing());
+        QCOMPARE(panel.web.requests().size(), 2);
+    }
+
+    void tellsWhatDoesNotWork()
+    {
+        TestPanel panel;
+        QSignalSpy changes(&panel.model, &MenuBarViewModel::changed);
+        QCOMPARE(panel.model.notice(), QString());
+        panel.clipboard.setLimitation(u"Copies cannot be seen here."_s);
+        QCOMPARE(panel.model.notice(), u"Copies cannot be seen here."_s);
+        QCOMPARE(changes.count(), 1);
+        {
+            const FullDisk disk;
+            panel.store.add(u"https://a.example/kept"_s);
+            QVERIFY(panel.model.notice().contains(u"cannot be saved"));
+        }
+        changes.clear();
+        panel.store.clock.advance(1min);
+        QCOMPARE(panel.model.notice(), u"Copies cannot be seen here."_s);
+        QVERIFY(changes.count() >= 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(MenuBarViewModelTest)
+#include "MenuBarViewModelTest.moc"

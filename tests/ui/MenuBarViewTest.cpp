@@ -1,0 +1,218 @@
+#include "MenuBarView.h"
+
+#include "IconButton.h"
+#include "PanelPlacement.h"
+#include "Spinner.h"
+#include "TestPanel.h"
+#include "TintedIcon.h"
+
+#include <QDialog>
+#include <QLabel>
+#include <QProgressBar>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+bool showsLabel(const MenuBarView &panel, const QString &text)
+{
+    const auto labels = panel.findChildren<QLabel *>();
+    return std::any_of(labels.begin(), labels.end(), [&text](const QLabel *label) {
+        return label->isVisible() && label->text() == text;
+    });
+}
+
+IconButton *buttonOf(const MenuBarView &panel, QStringView name)
+{
+    const auto buttons = panel.findChildren<IconButton *>();
+    const auto found = std::find_if(buttons.begin(), buttons.end(), [name](const auto *button) {
+        return button->accessibleName() == name;
+    });
+    return found == buttons.end() ? nullptr : *found;
+}
+
+QColor inkOf(const QIcon &icon)
+{
+    const QImage image = icon.pixmap(16, 16).toImage();
+    QColor ink(Qt::transparent);
+    for (int at = 0; at < 256; ++at) {
+        const QColor color = image.pixelColor(at % 16, at / 16);
+        ink = color.alpha() > ink.alpha() ? color : ink;
+    }
+    return ink;
+}
+
+} // namespace
+
+class MenuBarViewTest : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void opensWhereTheTrayIs_data()
+    {
+        using Tray = std::optional<QRect>;
+        QTest::addColumn<QRect>("screen");
+        QTest::addColumn<Tray>("tray");
+        QTest::addColumn<QPoint>("cursor");
+        QTest::addColumn<QRect>("place");
+        const QRect screen(0, 24, 1000, 676);
+        QTest::newRow("below a tray above")
+            << screen << Tray(QRect(500, 0, 24, 24)) << QPoint() << QRect(411, 24, 200, 300);
+        QTest::newRow("above a tray below")
+            << screen << Tray(QRect(500, 676, 24, 24)) << QPoint() << QRect(411, 376, 200, 300);
+        QTest::newRow("in the right corner")
+            << screen << Tray(QRect(980, 0, 20, 24)) << QPoint() << QRect(800, 24, 200, 300);
+        QTest::newRow("at the cursor")
+            << screen << Tray() << QPoint(300, 100) << QRect(200, 101, 200, 300);
+        QTest::newRow("cursor in a corner")
+            << screen << Tray() << QPoint(2, 698) << QRect(0, 398, 200, 300);
+        QTest::newRow("on another screen")
+            << QRect(-1000, 0, 1000, 700) << Tray(QRect(-1000, 0, 20, 20)) << QPoint(5, 5)
+            << QRect(-1000, 20, 200, 300);
+        QTest::newRow("screen too small")
+            << QRect(0, 0, 160, 120) << Tray() << QPoint(80, 10) << QRect(0, 0, 160, 120);
+    }
+
+    void opensWhereTheTrayIs()
+    {
+        QFETCH(QRect, screen);
+        QFETCH(std::optional<QRect>, tray);
+        QFETCH(QPoint, cursor);
+        QTEST(panelPlacement(QSize(200, 300), tray, cursor, screen), "place");
+    }
+
+    void invitesToCopyWhileThereAreNoLinks()
+    {
+        TestPanel panel;
+        MenuBarView view(panel.model);
+        view.showAsPanel({});
+        QVERIFY(showsLabel(view, u"No Links Yet"_s));
+        QVERIFY(!view.findChild<LinkListView *>()->isVisible());
+        panel.addLinks(1);
+        QVERIFY(!showsLabel(view, u"No Links Yet"_s));
+        QTRY_COMPARE(view.findChild<LinkListView *>()->rowsInView().size(), 1);
+        panel.model.remove(panel.model.links().linkAt(0).id);
+        panel.settle();
+        QVERIFY(showsLabel(view, u"No Links Yet"_s));
+    }
+
+    void showsTheNoticeOnlyWhileThereIsOne()
+    {
+        TestPanel panel;
+        MenuBarView view(panel.model);
+        view.showAsWindow();
+        panel.clipboard.setLimitation(u"Copies cannot be seen here."_s);
+        QVERIFY(showsLabel(view, u"Copies cannot be seen here."_s));
+        panel.clipboard.setLimitation({});
+        QVERIFY(!showsLabel(view, QString()));
+    }
+
+    void aSpinnerStandsForTheIconWhileSummariesAreWritten()
+    {
+        TestPanel panel;
+        panel.addLinks(1);
+        MenuBarView view(panel.model);
+        view.showAsPanel({});
+        auto &spinner = *view.findChild<Spinner *>();
+        auto &button = *buttonOf(view, u"Generate AI summaries for 1 links");
+        QVERIFY(!spinner.isVisible());
+        button.click();
+        QVERIFY(spinner.isVisible());
+        QVERIFY(button.icon().isNull());
+        QVERIFY(button.isEnabled());
+        QTRY_VERIFY((panel.store.clock.advance(100ms), panel.web.waiting() == 1));
+        panel.web.answerNext(HttpResponse{200, "<title>Tea</title>", false});
+        QTRY_VERIFY((panel.store.clock.advance(100ms), !spinner.isVisible()));
+        QVERIFY(!button.icon().isNull());
+        QCOMPARE(button.accessibleName(), u"All links have summaries"_s);
+    }
+
+    void showsHowFarTheModelIsLoaded()
+    {
+        TestPanel panel;
+        MenuBarView view(panel.model);
+        view.showAsPanel({});
+        auto &bar = *view.findChild<QProgressBar *>();
+        QVERIFY(!bar.isVisible());
+        panel.model.setModelLoad(0.25);
+        QVERIFY(bar.isVisible());
+        QCOMPARE(4 * (bar.value() - bar.minimum()), bar.maximum() - bar.minimum());
+        panel.model.setModelLoad({});
+        QVERIFY(!bar.isVisible());
+    }
+
+    void goesWhenTheUserTurnsElsewhere()
+    {
+        TestPanel panel;
+        MenuBarView view(panel.model);
+        QWidget other;
+        view.showAsPanel({});
+        QVERIFY(QTest::qWaitForWindowActive(&view));
+        other.show();
+        other.activateWindow();
+        QTRY_VERIFY(!view.isVisible());
+
+        view.showAsPanel({});
+        QVERIFY(QTest::qWaitForWindowActive(&view));
+        QDialog dialog(&view);
+        dialog.open();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        QVERIFY(view.isVisible());
+        dialog.reject();
+
+        view.showAsWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&view));
+        other.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+        QVERIFY(view.isVisible());
+    }
+
+    void escapeClosesAndQuitQuits()
+    {
+        TestPanel panel;
+        panel.addLinks(1);
+        MenuBarView view(panel.model);
+        view.showAsPanel({});
+        QVERIFY(QTest::qWaitForWindowActive(&view));
+        QSignalSpy quits(&view, &MenuBarView::quitRequested);
+        buttonOf(view, u"Quit Strandloom")->click();
+        QCOMPARE(quits.count(), 1);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        QVERIFY(!view.isVisible());
+    }
+
+    void opensAnewEachTime()
+    {
+        TestPanel panel;
+        panel.addLinks(100);
+        MenuBarView view(panel.model);
+        view.showAsPanel({});
+        auto &list = *view.findChild<LinkListView *>();
+        list.setCurrent(50);
+        view.hide();
+        panel.store.clock.setWallClock(panel.store.clock.now() + 24h);
+        view.showAsPanel({});
+        QCOMPARE(list.rowsInView().front()->id(), panel.model.links().linkAt(0).id);
+        QCOMPARE(panel.model.todayText(), u"0 today"_s);
+    }
+
+    void iconsAreDrawnInTheColourOfTheText()
+    {
+        const QPalette before = QApplication::palette();
+        const QIcon icon = tintedIcon(u"trash"_s);
+        for (const QColor &color : {QColor(Qt::red), QColor(Qt::green)}) {
+            QPalette palette = before;
+            palette.setColor(QPalette::WindowText, color);
+            QApplication::setPalette(palette);
+            QCOMPARE(inkOf(icon), color);
+        }
+        QApplication::setPalette(before);
+    }
+};
+
+QTEST_MAIN(MenuBarViewTest)
+#include "MenuBarViewTest.moc"
