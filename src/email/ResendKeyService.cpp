@@ -117,7 +117,8 @@ Task<> ResendKeyService::readAgain()
 Task<std::optional<SecretStore::Secrets>> ResendKeyService::read(UnlockPrompt prompt)
 {
     const int changes = m_changes;
-    const auto secrets = co_await m_secrets.read(prompt);
+    const QStringList accounts = {apiKeyAccount, emailAccount};
+    const auto secrets = co_await m_secrets.read(accounts, prompt);
     if (!secrets) {
         debugLog(u"Failed to read the email configuration: " + description(secrets.error()));
         co_return std::nullopt;

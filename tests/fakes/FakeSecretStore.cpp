@@ -2,7 +2,7 @@
 
 using namespace std::chrono_literals;
 
-Task<SecretStore::ReadResult> FakeSecretStore::read(UnlockPrompt prompt)
+Task<SecretStore::ReadResult> FakeSecretStore::read(QStringList accounts, UnlockPrompt prompt)
 {
     Sleep turn(m_clock, 0ms);
     co_await turn;
@@ -11,8 +11,10 @@ Task<SecretStore::ReadResult> FakeSecretStore::read(UnlockPrompt prompt)
     if (prompt == UnlockPrompt::allowed)
         (void)unlock();
     Secrets secrets;
-    for (auto entry = contents.cbegin(); entry != contents.cend(); ++entry)
-        secrets.insert(entry.key(), isLocked ? std::nullopt : std::optional(entry.value()));
+    for (const QString &account : accounts) {
+        if (contents.contains(account))
+            secrets.insert(account, isLocked ? std::nullopt : std::optional(contents[account]));
+    }
     co_return secrets;
 }
 

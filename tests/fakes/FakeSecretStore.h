@@ -13,7 +13,7 @@ public:
     bool userUnlocks = true; ///< when asked
     int prompts = 0;
 
-    Task<ReadResult> read(UnlockPrompt prompt) override;
+    Task<ReadResult> read(QStringList accounts, UnlockPrompt prompt) override;
     Task<Result> write(QList<Secret> secrets) override;
     Task<Result> removeAll() override;
 

@@ -2,6 +2,8 @@
 
 #include "async/OnPool.h"
 
+#include <QStringList>
+
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -17,6 +19,7 @@ namespace
 
 constexpr auto answerLimit = 5s;
 constexpr auto accountAttribute = "account";
+const QString anyAccount; ///< in a search
 
 /// Other programs may have filed the items under another schema name, so names do not count.
 const SecretSchema schema = {"app.strandloom.Credential",
@@ -41,7 +44,19 @@ struct Release {
 };
 template <typename T>
 using Owned = std::unique_ptr<T, Release>;
-using Items = std::vector<Owned<SecretItem>>;
+
+struct PopContext {
+    void operator()(GMainContext *context) const
+    {
+        g_main_context_pop_thread_default(context);
+        g_main_context_unref(context);
+    }
+};
+struct Item {
+    QString account; ///< that was searched: a locked item tells only hashes of its attributes
+    Owned<SecretItem> object;
+};
+using Items = std::vector<Item>;
 using Result = SecretStore::Result;
 
 /// Cancels what waits for the service when that takes too long.
@@ -85,25 +100,18 @@ Owned<GList> listOf(const Items &items)
 {
     GList *list = nullptr;
     for (const auto &item : items)
-        list = g_list_prepend(list, item.get());
+        list = g_list_prepend(list, item.object.get());
     return Owned<GList>(list);
 }
 
-/// Takes over the references that the list holds.
-Items itemsOf(GList *list)
+Owned<GHashTable> attributesOf(const QByteArray &serviceName, const QString &account)
 {
-    const Owned<GList> owner(list);
-    Items items;
-    for (const GList *entry = list; entry; entry = entry->next)
-        items.emplace_back(SECRET_ITEM(entry->data));
-    return items;
-}
-
-QString accountOf(SecretItem *item)
-{
-    const Owned<GHashTable> attributes(secret_item_get_attributes(item));
-    return QString::fromUtf8(
-        static_cast<const char *>(g_hash_table_lookup(attributes.get(), accountAttribute)));
+    Owned<GHashTable> attributes(
+        secret_attributes_build(&schema, "service", serviceName.constData(), nullptr));
+    if (account != anyAccount)
+        g_hash_table_insert(attributes.get(), g_strdup(accountAttribute),
+                            g_strdup(account.toUtf8().constData()));
+    return attributes;
 }
 
 std::optional<QByteArray> valueOf(SecretItem *item)
@@ -121,8 +129,9 @@ std::optional<QByteArray> valueOf(SecretItem *item)
 class Conversation
 {
 public:
-    /// Opens the service and searches our items, without unlocking any.
-    static Expected<Conversation, SecretFault> begin(const QByteArray &serviceName);
+    /// Opens the service and searches the items of `accounts`, without unlocking any.
+    static Expected<Conversation, SecretFault> begin(const QByteArray &serviceName,
+                                                     const QStringList &accounts);
 
     /// Asks the user for what is locked, if anything is, for as long as that takes.
     Result unlock();
@@ -131,60 +140,77 @@ public:
     Result remove() const;
 
 private:
-    explicit Conversation(QByteArray serviceName)
-        : m_serviceName(std::move(serviceName))
-    {
-    }
+    explicit Conversation(QByteArray serviceName);
+
+    Result connect(const Deadline &deadline);
     Result open(const Deadline &deadline);
-    Result search(const Deadline &deadline);
+    Result search(const QString &account, const Deadline &deadline);
 
     QByteArray m_serviceName;
-    Owned<GDBusConnection> m_bus;
+    std::unique_ptr<GMainContext, PopContext> m_context; ///< else signals go to the main thread
+    Owned<GDBusConnection> m_bus; ///< the one that the process shares
     Owned<SecretService> m_service;
-    Items m_open; ///< oldest first
+    Items m_open;
     Items m_locked;
 };
 
-Expected<Conversation, SecretFault> Conversation::begin(const QByteArray &serviceName)
+Conversation::Conversation(QByteArray serviceName)
+    : m_serviceName(std::move(serviceName))
+    , m_context(g_main_context_new())
+{
+    g_main_context_push_thread_default(m_context.get());
+}
+
+Expected<Conversation, SecretFault> Conversation::begin(const QByteArray &serviceName,
+                                                        const QStringList &accounts)
 {
     const Deadline deadline;
     Conversation conversation(serviceName);
+    if (const auto connected = conversation.connect(deadline); !connected)
+        return Unexpected{connected.error()};
     if (const auto opened = conversation.open(deadline); !opened)
         return Unexpected{opened.error()};
-    if (const auto searched = conversation.search(deadline); !searched)
-        return Unexpected{searched.error()};
+    for (const QString &account : accounts) {
+        if (const auto searched = conversation.search(account, deadline); !searched)
+            return Unexpected{searched.error()};
+    }
     return conversation;
 }
 
-Result Conversation::open(const Deadline &deadline)
+Result Conversation::connect(const Deadline &deadline)
 {
     GError *error = nullptr;
     m_bus.reset(g_bus_get_sync(G_BUS_TYPE_SESSION, deadline.cancellable(), &error));
     if (!m_bus)
         return failure(error, &deadline);
     g_dbus_connection_set_exit_on_close(m_bus.get(), FALSE); // else the end of the bus is ours too
-    m_service.reset(secret_service_open_sync(
-        SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, deadline.cancellable(), &error));
-    if (!m_service)
-        return failure(error, &deadline);
+    if (g_dbus_connection_is_closed(m_bus.get()))
+        return Unexpected{SecretFault::unavailable};
     return {};
 }
 
-Result Conversation::search(const Deadline &deadline)
+Result Conversation::open(const Deadline &deadline)
 {
-    const Owned<GHashTable> attributes(
-        secret_attributes_build(&schema, "service", m_serviceName.constData(), nullptr));
     GError *error = nullptr;
-    GList *const found =
-        secret_service_search_sync(m_service.get(), &schema, attributes.get(), SECRET_SEARCH_ALL,
-                                   deadline.cancellable(), &error);
+    m_service.reset(secret_service_open_sync(
+        SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, deadline.cancellable(), &error));
+    return m_service ? Result() : failure(error, &deadline);
+}
+
+Result Conversation::search(const QString &account, const Deadline &deadline)
+{
+    const auto attributes = attributesOf(m_serviceName, account);
+    GError *error = nullptr;
+    const Owned<GList> found(secret_service_search_sync(m_service.get(), &schema, attributes.get(),
+                                                        SECRET_SEARCH_ALL, deadline.cancellable(),
+                                                        &error));
     if (error)
         return failure(error, &deadline);
-    for (auto &item : itemsOf(found))
-        (secret_item_get_locked(item.get()) ? m_locked : m_open).push_back(std::move(item));
-    std::stable_sort(m_open.begin(), m_open.end(), [](const auto &one, const auto &other) {
-        return secret_item_get_modified(one.get()) < secret_item_get_modified(other.get());
-    });
+    for (const GList *entry = found.get(); entry; entry = entry->next) {
+        Item item{account, Owned<SecretItem>(SECRET_ITEM(entry->data))};
+        const bool isLocked = secret_item_get_locked(item.object.get());
+        (isLocked ? m_locked : m_open).push_back(std::move(item));
+    }
     return {};
 }
 
@@ -196,10 +222,11 @@ Result Conversation::unlock()
     GList *unlocked = nullptr;
     GError *error = nullptr;
     secret_service_unlock_sync(m_service.get(), locked.get(), nullptr, &unlocked, &error);
-    const Items opened = itemsOf(unlocked);
+    const guint count = g_list_length(unlocked);
+    g_list_free_full(unlocked, g_object_unref);
     if (error)
         return failure(error);
-    if (opened.size() < m_locked.size())
+    if (count < m_locked.size())
         return Unexpected{SecretFault::locked};
     std::move(m_locked.begin(), m_locked.end(), std::back_inserter(m_open));
     m_locked.clear();
@@ -208,29 +235,32 @@ Result Conversation::unlock()
 
 Expected<SecretStore::Secrets, SecretFault> Conversation::load() const
 {
-    SecretStore::Secrets secrets;
-    for (const auto &item : m_locked)
-        secrets.insert(accountOf(item.get()), std::nullopt);
-
     const Deadline deadline;
-    const auto open = listOf(m_open);
+    const auto list = listOf(m_open);
     GError *error = nullptr;
-    if (open && !secret_item_load_secrets_sync(open.get(), deadline.cancellable(), &error))
+    if (list && !secret_item_load_secrets_sync(list.get(), deadline.cancellable(), &error))
         return failure(error, &deadline);
-    for (const auto &item : m_open)
-        secrets.insert(accountOf(item.get()), valueOf(item.get())); // of two, the newer stays
+
+    SecretStore::Secrets secrets;
+    for (const Item &item : m_locked)
+        secrets.insert(item.account, std::nullopt);
+    QHash<QString, guint64> modified;
+    for (const Item &item :
+         m_open) { // several when they are in several keyrings: the newest counts
+        const guint64 time = secret_item_get_modified(item.object.get());
+        if (time >= modified.value(item.account))
+            secrets.insert(item.account, valueOf(item.object.get()));
+        modified[item.account] = std::max(time, modified.value(item.account));
+    }
     return secrets;
 }
 
 Result Conversation::keep(const Secret &secret) const
 {
-    const QByteArray account = secret.account.toUtf8();
-    const Owned<GHashTable> attributes(
-        secret_attributes_build(&schema, "service", m_serviceName.constData(), accountAttribute,
-                                account.constData(), nullptr));
+    const auto attributes = attributesOf(m_serviceName, secret.account);
     const Owned<SecretValue> value(
         secret_value_new(secret.value.constData(), secret.value.size(), "text/plain"));
-    const QByteArray label = "Strandloom: " + account;
+    const QByteArray label = "Strandloom: " + secret.account.toUtf8();
     GError *error = nullptr;
     if (!secret_service_store_sync(m_service.get(), &schema, attributes.get(),
                                    SECRET_COLLECTION_DEFAULT, label.constData(), value.get(),
@@ -241,17 +271,18 @@ Result Conversation::keep(const Secret &secret) const
 
 Result Conversation::remove() const
 {
-    for (const auto &item : m_open) {
+    for (const Item &item : m_open) {
         GError *error = nullptr;
-        if (!secret_item_delete_sync(item.get(), nullptr, &error))
+        if (!secret_item_delete_sync(item.object.get(), nullptr, &error))
             return failure(error);
     }
     return {};
 }
 
-SecretStore::ReadResult readSecrets(const QByteArray &serviceName, UnlockPrompt prompt)
+SecretStore::ReadResult readSecrets(const QByteArray &serviceName, const QStringList &accounts,
+                                    UnlockPrompt prompt)
 {
-    auto conversation = Conversation::begin(serviceName);
+    auto conversation = Conversation::begin(serviceName, accounts);
     if (!conversation)
         return Unexpected{conversation.error()};
     if (prompt == UnlockPrompt::allowed)
@@ -261,7 +292,7 @@ SecretStore::ReadResult readSecrets(const QByteArray &serviceName, UnlockPrompt 
 
 Result writeSecrets(const QByteArray &serviceName, const QList<Secret> &secrets)
 {
-    const auto conversation = Conversation::begin(serviceName);
+    const auto conversation = Conversation::begin(serviceName, {});
     if (!conversation)
         return Unexpected{conversation.error()};
     for (const Secret &secret : secrets) {
@@ -273,7 +304,7 @@ Result writeSecrets(const QByteArray &serviceName, const QList<Secret> &secrets)
 
 Result removeSecrets(const QByteArray &serviceName)
 {
-    auto conversation = Conversation::begin(serviceName);
+    auto conversation = Conversation::begin(serviceName, {anyAccount});
     if (!conversation)
         return Unexpected{conversation.error()};
     if (auto unlocked = conversation->unlock(); !unlocked)
@@ -297,10 +328,11 @@ LibsecretStore::~LibsecretStore()
         (void)m_thread.release(); // a prompt may be up for hours: it ends with the process
 }
 
-Task<SecretStore::ReadResult> LibsecretStore::read(UnlockPrompt prompt)
+Task<SecretStore::ReadResult> LibsecretStore::read(QStringList accounts, UnlockPrompt prompt)
 {
-    OnPool<ReadResult> job(*m_thread,
-                           [name = m_serviceName, prompt] { return readSecrets(name, prompt); });
+    OnPool<ReadResult> job(*m_thread, [name = m_serviceName, accounts, prompt] {
+        return readSecrets(name, accounts, prompt);
+    });
     ReadResult secrets = co_await job;
     co_return secrets;
 }

@@ -16,7 +16,7 @@ public:
     explicit LibsecretStore(const QString &serviceName);
     ~LibsecretStore() override;
 
-    Task<ReadResult> read(UnlockPrompt prompt) override;
+    Task<ReadResult> read(QStringList accounts, UnlockPrompt prompt) override;
     Task<Result> write(QList<Secret> secrets) override;
     Task<Result> removeAll() override;
 

@@ -6,7 +6,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QList>
-#include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -40,7 +40,7 @@ public:
     using Result = Expected<void, SecretFault>;
 
     virtual ~SecretStore() = default;
-    virtual Task<ReadResult> read(UnlockPrompt prompt) = 0;
+    virtual Task<ReadResult> read(QStringList accounts, UnlockPrompt prompt) = 0;
     /// Replaces what the accounts have; may ask the user to unlock. What fails half-way may have
     /// kept the first of them.
     virtual Task<Result> write(QList<Secret> secrets) = 0;

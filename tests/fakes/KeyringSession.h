@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QProcess>
+#include <QTemporaryDir>
+
+/// A D-Bus session of the test's own, in which a real keyring daemon can be started. The session
+/// is this process's while it lives.
+class KeyringSession
+{
+public:
+    KeyringSession();
+    ~KeyringSession();
+
+    /// Without a secret service. Whether the bus answers.
+    bool startBus();
+    void stopBus();
+    /// Waits until the daemon answers. Once unlocked, the keyring exists and can be locked.
+    bool startUnlocked() { return startDaemon({"--unlock"}, "password"); }
+    bool startLocked() { return startDaemon({}, {}); }
+    void killDaemon();
+    /// Lets the daemon hang, as a stopped process does, and go on.
+    void freezeDaemon();
+    void thawDaemon();
+
+    QString address() const { return m_address; }
+    /// Everything the daemon and its bus write.
+    QString folder() const { return m_folder.path(); }
+
+private:
+    bool startDaemon(const QList<QByteArray> &options, const QByteArray &password);
+    bool isDaemonThere() const;
+
+    QTemporaryDir m_folder;
+    QString m_address;
+    QProcess m_bus;
+    QProcess m_daemon;
+};
