@@ -11,19 +11,14 @@ namespace
 
 constexpr auto isoDateSize = QLatin1StringView("2026-11-21").size();
 
-Instant startOf(const QDate &day)
+/// All of the day `days` after that of `instant`.
+DateSpan wholeDay(Instant instant, int days = 0)
 {
-    return instantOf(day.startOfDay(Qt::LocalTime));
-}
-
-DateSpan wholeDay(const QDate &day)
-{
-    return {startOf(day), startOf(day.addDays(1)) - Instant::duration(1)};
-}
-
-QDate dayOf(Instant instant)
-{
-    return dateTimeOf(instant).date();
+    const auto first = atHour(instant, 0, days);
+    const auto behind = atHour(instant, 0, days + 1);
+    if (!first || !behind)
+        qFatal("The calendar has no day %d days later", days);
+    return {*first, *behind - Instant::duration(1)};
 }
 
 DateSpan since(int days, Instant now)
@@ -34,12 +29,12 @@ DateSpan since(int days, Instant now)
     return {*first};
 }
 
-/// The whole day, the whole second or the very moment that `text` names.
+/// The whole day or the very moment that `text` names.
 std::optional<DateSpan> parseMoment(const QString &text)
 {
     if (text.size() == isoDateSize) { // QDate would overlook a time behind the date
-        const QDate day = QDate::fromString(text, Qt::ISODate);
-        return day.isValid() ? std::optional(wholeDay(day)) : std::nullopt;
+        const QDateTime noon(QDate::fromString(text, Qt::ISODate), QTime(12, 0));
+        return noon.isValid() ? std::optional(wholeDay(instantOf(noon))) : std::nullopt;
     }
     const QDateTime moment = QDateTime::fromString(text, Qt::ISODateWithMs);
     if (!moment.isValid())
@@ -53,9 +48,9 @@ DateSpan spanOf(DateRangeOption range, Instant now, const DateSpan &custom)
 {
     switch (range) {
     case DateRangeOption::today:
-        return wholeDay(dayOf(now));
+        return wholeDay(now);
     case DateRangeOption::yesterday:
-        return wholeDay(dayOf(now).addDays(-1));
+        return wholeDay(now, -1);
     case DateRangeOption::last7Days:
         return since(7, now);
     case DateRangeOption::last30Days:

@@ -52,7 +52,7 @@ std::optional<Instant> atHour(Instant instant, int hour, int days)
 
 Instant startOfDay(Instant instant)
 {
-    return instantOf(dateTimeOf(instant).date().startOfDay(Qt::LocalTime));
+    return atHour(instant, 0).value_or(instant);
 }
 
 bool isSameDay(Instant one, Instant other)

@@ -4,6 +4,7 @@
 #include "ExportSamples.h"
 
 #include <QDateTime>
+#include <QScopeGuard>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -26,9 +27,10 @@ class LinkSelectionTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
+    static void initTestCase();
     void coversTheDaysOfTheCalendar_data();
     void coversTheDaysOfTheCalendar();
+    void beginsTheDayAtTheFirstOfTwoMidnights();
     void includesBothCustomBounds();
     void readsRangesOfTheCommandLine_data();
     void readsRangesOfTheCommandLine();
@@ -85,6 +87,17 @@ void LinkSelectionTest::coversTheDaysOfTheCalendar()
         QVERIFY(span.contains(at(behind) - moment));
         QVERIFY(!span.contains(at(behind)));
     }
+}
+
+void LinkSelectionTest::beginsTheDayAtTheFirstOfTwoMidnights()
+{
+    const auto berlin = qScopeGuard([] { initTestCase(); });
+    qputenv("TZ", "America/Havana"); // from 1:00 back to 0:00 on 2025-11-02
+    tzset();
+    const Instant firstMidnight = at(u"2025-11-02T04:00Z"_s);
+    const Instant noon = at(u"2025-11-02T12:00"_s);
+    QCOMPARE(spanOf(DateRangeOption::today, noon, {}).first, firstMidnight);
+    QCOMPARE(spanOf(DateRangeOption::yesterday, noon, {}).last, firstMidnight - moment);
 }
 
 void LinkSelectionTest::includesBothCustomBounds()
