@@ -2,8 +2,6 @@
 
 #include "ModelContext.h"
 
-enum class LinkOrder { store, newestFirst };
-
 /// Reads all visible links in one order, a page that holds the main thread for a few milliseconds
 /// at a time. What is copied or removed between two pages may be read or not.
 class LinkCursor

@@ -21,6 +21,9 @@ struct CapturedLink {
     bool isVisible = true; ///< false: kept, but in no list and no export
 };
 
+/// As they were inserted, or as lists show them.
+enum class LinkOrder { store, newestFirst };
+
 /// A place in the order of lists, which is newest first: by `copiedAt`, then by the bytes of `id`,
 /// both descending.
 struct ListPosition {

@@ -10,8 +10,9 @@ namespace
 
 using Links = QList<CapturedLink>;
 
-constexpr auto visibleLinks =
+constexpr auto newestFirst =
     "SELECT " LINK_COLUMNS " FROM links WHERE isVisible ORDER BY copiedAt DESC, id DESC";
+constexpr auto storeOrder = "SELECT " LINK_COLUMNS " FROM links WHERE isVisible ORDER BY seq";
 
 Expected<Links, StoreError> readOnce(const QString &folder, const LinkFilter &filter)
 {
@@ -20,7 +21,7 @@ Expected<Links, StoreError> readOnce(const QString &folder, const LinkFilter &fi
         return Unexpected{store.error()};
     return (*store)->attempt([&] {
         Links links;
-        Query query = (*store)->query(visibleLinks);
+        Query query = (*store)->query(filter.order == LinkOrder::store ? storeOrder : newestFirst);
         while ((!filter.limit || links.size() < *filter.limit) && query->executeStep()) {
             const CapturedLink link = linkFrom(*query);
             if (!filter.accepts || filter.accepts(link))

@@ -9,10 +9,11 @@
 #include <functional>
 #include <optional>
 
-/// What to read of the visible links, newest first.
+/// What to read of the visible links.
 struct LinkFilter {
     std::function<bool(const CapturedLink &)> accepts; ///< empty: all are
     std::optional<qint64> limit;
+    LinkOrder order = LinkOrder::newestFirst;
 };
 
 /// The visible links of the store in `folder`, whether the program runs or not; absent when there

@@ -272,6 +272,7 @@ void OpeningTest::readsWhatIsAskedFor()
     const auto isEven = [](const CapturedLink &link) { return link.url.toInt() % 2 == 0; };
     QCOMPARE(read({{}, 2}), (QStringList{u"8"_s, u"7"_s}));
     QCOMPARE(read({isEven, 3}), (QStringList{u"8"_s, u"6"_s, u"4"_s}));
+    QCOMPARE(read({isEven, 3, LinkOrder::store}), (QStringList{u"0"_s, u"2"_s, u"4"_s}));
     QCOMPARE(read({{}, 0}), QStringList());
     QCOMPARE(read({}).size(), 9);
 }
