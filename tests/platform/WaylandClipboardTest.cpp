@@ -281,8 +281,8 @@ private Q_SLOTS:
         QVERIFY(clipboard);
         compositor.signal(SIGSTOP);
         const Heartbeat heartbeat;
-        for (int i = 0; i < 10'000; ++i)
-            clipboard->setText(u"too much for the socket"_s);
+        for (int i = 0; i < 2'000; ++i) // more than the socket takes
+            clipboard->setText(u"too much"_s);
         auto late = makeClipboard(m_small);
         QTRY_COMPARE(late->limitation(), unseen);
         QVERIFY(heartbeat.longestHold() < 50ms);
@@ -292,7 +292,7 @@ private Q_SLOTS:
         QVERIFY(elapsed.elapsed() < 900);
 
         compositor.signal(SIGCONT);
-        QTRY_COMPARE_WITH_TIMEOUT(clipboard->changeCount(), 10'001, 20'000);
+        QTRY_COMPARE(clipboard->changeCount(), 2'001);
     }
 
     void choosesWhatTheDesktopOffers_data()

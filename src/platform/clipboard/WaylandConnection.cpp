@@ -90,10 +90,7 @@ void WaylandConnection::flush()
     if (m_isLost)
         return;
     const bool isFull = wl_display_flush(m_display.get()) < 0 && errno == EAGAIN;
-    const bool wasFull = m_writable.isEnabled();
     m_writable.setEnabled(isFull);
-    if (wasFull && !isFull)
-        Q_EMIT writable();
 }
 
 void WaylandConnection::lose()

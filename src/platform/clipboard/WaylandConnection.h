@@ -24,18 +24,12 @@ public:
     wl_seat *seat() const { return m_seat.get(); }
     /// Its `done` comes after all events that the compositor sent before it was asked.
     WaylandPointer<wl_callback> synchronize() const;
-    /// Sends what was asked for; otherwise that happens when the thread has nothing else to do.
-    void flush();
-    /// As `flush` has found out: the compositor takes no more requests until `writable`, and if too
-    /// many wait the connection breaks.
-    bool isCongested() const { return m_writable.isEnabled(); }
 
 Q_SIGNALS:
     void globalsKnown();
     void seatFound();
     /// All events that had arrived are handled.
     void eventsHandled();
-    void writable();
     /// The compositor ended, sent nonsense or took our seat away. Sent once.
     void lost();
 
@@ -45,6 +39,7 @@ private:
     explicit WaylandConnection(WaylandPointer<wl_display> display);
     void processEvents();
     bool handleArrivedEvents();
+    void flush();
     void lose();
 
     void globalAnnounced(quint32 name, const QByteArray &interface);

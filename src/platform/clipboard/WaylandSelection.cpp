@@ -32,6 +32,9 @@ struct WaylandSelectionEvents {
             to(data).m_isReading = true;
         },
     };
+    static constexpr wl_callback_listener textTaken = {
+        [](void *data, wl_callback *, uint32_t) { to(data).textTaken(); },
+    };
 };
 
 WaylandSelection::WaylandSelection(WaylandConnection &connection, CopyLedger &ledger,
@@ -43,7 +46,6 @@ WaylandSelection::WaylandSelection(WaylandConnection &connection, CopyLedger &le
 {
     connect(&connection, &WaylandConnection::seatFound, this, &WaylandSelection::watchSeat);
     connect(&connection, &WaylandConnection::eventsHandled, this, &WaylandSelection::follow);
-    connect(&connection, &WaylandConnection::writable, this, &WaylandSelection::textSettable);
     connect(&m_reader, &OfferReader::finished, this, &WaylandSelection::settle);
     if (connection.seat())
         watchSeat();
@@ -67,11 +69,6 @@ void WaylandSelection::startReading()
     wl_callback_add_listener(m_unreadTold.get(), &WaylandSelectionEvents::unreadTold, this);
 }
 
-bool WaylandSelection::canSetText() const
-{
-    return m_device && !m_connection.isCongested();
-}
-
 void WaylandSelection::setText(const QString &text)
 {
     const auto isCancelled = [](const auto &source) { return source->isCancelled(); };
@@ -80,7 +77,14 @@ void WaylandSelection::setText(const QString &text)
     m_sources.push_back(
         std::make_unique<DataSource>(m_connection.dataControl(), text, m_limits, this));
     ext_data_control_device_v1_set_selection(m_device.get(), m_sources.back()->source());
-    m_connection.flush();
+    m_textTaken = m_connection.synchronize();
+    wl_callback_add_listener(m_textTaken.get(), &WaylandSelectionEvents::textTaken, this);
+}
+
+void WaylandSelection::textTaken()
+{
+    m_textTaken.reset();
+    Q_EMIT textSettable();
 }
 
 /// Its types follow, and then what it is for.

@@ -22,8 +22,9 @@ public:
 
     /// What was copied before this call is counted, but never read.
     void startReading();
-    /// False while there is no seat yet, or the compositor does not take requests.
-    bool canSetText() const;
+    /// False while there is no seat yet, or the compositor has not yet taken the last text: too
+    /// many requests at once would break the connection.
+    bool canSetText() const { return m_device && !m_textTaken; }
     void setText(const QString &text);
 
 Q_SIGNALS:
@@ -36,6 +37,7 @@ private:
     friend struct WaylandSelectionEvents;
 
     void watchSeat();
+    void textTaken();
     void offerIntroduced(ext_data_control_offer_v1 *offer);
     void offerSelected(const ext_data_control_offer_v1 *offer);
     void follow();
@@ -48,6 +50,7 @@ private:
     WaylandPointer<ext_data_control_device_v1> m_device;
     WaylandPointer<wl_callback> m_oldTold; // copies that were there before the device
     WaylandPointer<wl_callback> m_unreadTold; // copies that were there before we were to read
+    WaylandPointer<wl_callback> m_textTaken;
     OfferReader m_reader;
     std::vector<std::unique_ptr<DataSource>> m_sources;
     std::unique_ptr<DataOffer> m_introduced; // not yet selected
