@@ -11,6 +11,8 @@ struct ClipboardLimits {
     /// For one answer of the owner, and for all answers that make up one text.
     std::chrono::milliseconds step{2000};
     std::chrono::milliseconds total{5000};
+    /// For the rest of a text after something newer was copied.
+    std::chrono::milliseconds overtaken{500};
     /// For a compositor to tell what it offers.
     std::chrono::milliseconds greeting{3000};
     /// How long after the loss of its owner the same text is taken for a restored one.

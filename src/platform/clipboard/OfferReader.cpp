@@ -11,7 +11,7 @@
 namespace
 {
 
-constexpr qsizetype maxPipes = 17; // one that is read, the others only read on
+constexpr qsizetype maxPipes = 32; // beyond, those that are only read on are closed
 constexpr QByteArrayView passwordHint = "x-kde-passwordManagerHint";
 constexpr QByteArrayView latin1Type = "STRING";
 constexpr std::array<QByteArrayView, 6> textTypes = {"text/plain;charset=utf-8",
@@ -34,20 +34,24 @@ QString textOf(const QByteArray &data, const QByteArray &type)
     return selectionText(data, type == latin1Type ? TextCoding::latin1 : TextCoding::utf8);
 }
 
-} // namespace
-
-OfferReader::OfferReader(const ClipboardLimits &limits)
-    : m_limits(limits)
+void dropOldPipe(const QObject &pipes)
 {
+    const auto all = pipes.findChildren<PipeReader *>(Qt::FindDirectChildrenOnly);
+    const auto oldest = std::find_if(all.cbegin(), all.cend(),
+                                     [](const auto *pipe) { return pipe->isDiscarding(); });
+    if (all.size() >= maxPipes && oldest != all.cend())
+        delete *oldest;
 }
 
-OfferReader::~OfferReader() = default;
+} // namespace
 
-void OfferReader::read(std::unique_ptr<DataOffer> offer)
+OfferReader::OfferReader(std::unique_ptr<DataOffer> offer, const ClipboardLimits &limits,
+                         QObject *pipes)
+    : m_offer(std::move(offer))
+    , m_limits(limits)
+    , m_pipes(pipes)
+    , m_deadline(limits.total)
 {
-    abandon();
-    m_offer = std::move(offer);
-    m_deadline.setRemainingTime(m_limits.total);
     const QByteArray type = bestTextType(*m_offer);
     if (type.isEmpty())
         finish({});
@@ -55,16 +59,17 @@ void OfferReader::read(std::unique_ptr<DataOffer> offer)
         ask(m_offer->types().contains(passwordHint) ? passwordHint.toByteArray() : type);
 }
 
-void OfferReader::readArrived()
+OfferReader::~OfferReader()
 {
-    while (m_pipe && m_pipe->readArrived()) {}
+    if (m_pipe)
+        m_pipe->discard();
 }
 
-void OfferReader::abandon()
+void OfferReader::hurry()
 {
-    m_offer.reset();
+    m_isHurried = true;
     if (m_pipe)
-        std::exchange(m_pipe, nullptr)->discard();
+        m_pipe->hurry(m_limits.overtaken);
 }
 
 void OfferReader::ask(const QByteArray &type)
@@ -73,16 +78,17 @@ void OfferReader::ask(const QByteArray &type)
     const auto pipe = m_offer->receive(type);
     if (!pipe)
         return finish({});
-    if (children().size() == maxPipes)
-        delete children().constFirst();
-    m_pipe = new PipeReader(*pipe, m_deadline, m_limits, this);
+    dropOldPipe(*m_pipes);
+    m_pipe = new PipeReader(*pipe, m_deadline, m_limits, m_pipes);
     connect(m_pipe, &PipeReader::ended, this, &OfferReader::accept);
+    if (m_isHurried)
+        m_pipe->hurry(m_limits.overtaken);
 }
 
 /// A program that ends before it has written anything leaves an empty pipe.
 void OfferReader::accept(const std::optional<QByteArray> &data)
 {
-    m_pipe = nullptr;
+    m_pipe.clear();
     if (!data)
         finish({});
     else if (m_asked != passwordHint)
@@ -95,6 +101,6 @@ void OfferReader::accept(const std::optional<QByteArray> &data)
 
 void OfferReader::finish(const ClipboardContents &contents)
 {
-    m_offer.reset();
-    Q_EMIT finished(contents);
+    m_contents = contents;
+    Q_EMIT finished();
 }

@@ -4,39 +4,43 @@
 #include "CopyLedger.h"
 
 #include <QDeadlineTimer>
+#include <QPointer>
 
 #include <memory>
 
 class DataOffer;
 class PipeReader;
 
-/// Asks the owner of the Wayland clipboard for its text: the password hint, if there is one, then
-/// the best text type.
+/// Asks a program for the text that it has put into the Wayland clipboard: the password hint, if
+/// there is one, then the best text type.
 class OfferReader : public QObject
 {
     Q_OBJECT
 public:
-    explicit OfferReader(const ClipboardLimits &limits);
+    /// Starts to read. `pipes` owns what is still read on when the reader has gone.
+    OfferReader(std::unique_ptr<DataOffer> offer, const ClipboardLimits &limits, QObject *pipes);
     ~OfferReader() override;
 
-    /// Starts to read `offer`; gives up what was being read before.
-    void read(std::unique_ptr<DataOffer> offer);
-    /// Finishes now if the whole text is already there.
-    void readArrived();
-    void abandon();
+    /// Absent until all is read, or it turned out that there is no text in time and in the limits.
+    const std::optional<ClipboardContents> &contents() const { return m_contents; }
+    /// Something newer was copied.
+    void hurry();
 
 Q_SIGNALS:
-    /// Sent once for each `read` that is not given up, in time and within the limits.
-    void finished(const ClipboardContents &contents);
+    /// Sent once; maybe by the constructor already.
+    void finished();
 
 private:
     void ask(const QByteArray &type);
     void accept(const std::optional<QByteArray> &data);
     void finish(const ClipboardContents &contents);
 
+    std::unique_ptr<DataOffer> m_offer;
     ClipboardLimits m_limits;
-    std::unique_ptr<DataOffer> m_offer; // while it is read
+    QObject *m_pipes;
+    QPointer<PipeReader> m_pipe;
     QByteArray m_asked;
     QDeadlineTimer m_deadline;
-    PipeReader *m_pipe = nullptr; // others of our children are only read on
+    bool m_isHurried = false;
+    std::optional<ClipboardContents> m_contents;
 };

@@ -1,5 +1,6 @@
 #include "PipeReader.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <unistd.h>
@@ -27,7 +28,7 @@ PipeReader::~PipeReader()
 }
 
 /// One piece at a time: a program that writes without end must not keep all others waiting.
-bool PipeReader::readArrived()
+void PipeReader::readArrived()
 {
     std::array<char, 64 * 1024> piece;
     const ssize_t size = ::read(m_pipe, piece.data(), piece.size());
@@ -37,7 +38,6 @@ bool PipeReader::readArrived()
         Q_EMIT ended(m_data);
     if (size == 0 || (size < 0 && errno != EAGAIN && errno != EINTR))
         close();
-    return size > 0;
 }
 
 void PipeReader::append(const char *data, qsizetype size)
@@ -47,7 +47,14 @@ void PipeReader::append(const char *data, qsizetype size)
     if (m_data.size() + size > m_limits.textBytes)
         return giveUp();
     m_data.append(data, size);
-    m_step.start(m_limits.step);
+    if (!m_isHurried)
+        m_step.start(m_limits.step);
+}
+
+void PipeReader::hurry(std::chrono::milliseconds limit)
+{
+    if (!m_isDiscarding && !std::exchange(m_isHurried, true))
+        m_step.start(std::min(limit, m_step.remainingTimeAsDuration()));
 }
 
 void PipeReader::discard()

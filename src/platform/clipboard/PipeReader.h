@@ -21,16 +21,18 @@ public:
     PipeReader(int pipe, QDeadlineTimer deadline, const ClipboardLimits &limits, QObject *parent);
     ~PipeReader() override;
 
-    /// Reads some of what has arrived; false when there was nothing.
-    bool readArrived();
+    /// Gives the writer no more time than `limit` for the rest.
+    void hurry(std::chrono::milliseconds limit);
     /// From here on all is thrown away, and `ended` is not sent any more.
     void discard();
+    bool isDiscarding() const { return m_isDiscarding; }
 
 Q_SIGNALS:
     /// Sent once: with everything up to the end, or without when it was too much or too late.
     void ended(const std::optional<QByteArray> &data);
 
 private:
+    void readArrived();
     void append(const char *data, qsizetype size);
     void giveUp();
     void close();
@@ -40,6 +42,7 @@ private:
     QSocketNotifier m_readable;
     QTimer m_step;
     QTimer m_total;
+    bool m_isHurried = false;
     QByteArray m_data;
     bool m_isDiscarding = false;
 };

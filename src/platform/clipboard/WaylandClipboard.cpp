@@ -74,10 +74,10 @@ void WaylandClipboard::loseConnection(const QString &reason)
         return;
     debugLog(reason);
     m_silence.stop();
+    if (m_selection)
+        m_selection->abandonReading();
     m_selection.reset();
     m_connection.reset();
-    if (const auto snapshot = m_ledger.settle({}))
-        Q_EMIT copied(*snapshot);
     tryAgainLater();
 }
 

@@ -70,8 +70,7 @@ WaylandPointer<wl_callback> WaylandConnection::synchronize() const
 void WaylandConnection::processEvents()
 {
     if (!handleArrivedEvents())
-        return lose();
-    Q_EMIT eventsHandled();
+        lose();
 }
 
 bool WaylandConnection::handleArrivedEvents()

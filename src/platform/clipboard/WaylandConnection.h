@@ -28,8 +28,6 @@ public:
 Q_SIGNALS:
     void globalsKnown();
     void seatFound();
-    /// All events that had arrived are handled.
-    void eventsHandled();
     /// The compositor ended, sent nonsense or took our seat away. Sent once.
     void lost();
 

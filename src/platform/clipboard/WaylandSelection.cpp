@@ -7,6 +7,13 @@
 #include <data-control-client-header.h>
 #include <utility>
 
+namespace
+{
+
+constexpr qsizetype maxReaders = 16;
+
+} // namespace
+
 struct WaylandSelectionEvents {
     static WaylandSelection &to(void *data) { return *static_cast<WaylandSelection *>(data); }
 
@@ -27,10 +34,7 @@ struct WaylandSelectionEvents {
         [](void *data, wl_callback *, uint32_t) { to(data).m_isCounting = true; },
     };
     static constexpr wl_callback_listener unreadTold = {
-        [](void *data, wl_callback *, uint32_t) {
-            to(data).follow();
-            to(data).m_isReading = true;
-        },
+        [](void *data, wl_callback *, uint32_t) { to(data).m_isReading = true; },
     };
     static constexpr wl_callback_listener textTaken = {
         [](void *data, wl_callback *, uint32_t) { to(data).textTaken(); },
@@ -42,11 +46,8 @@ WaylandSelection::WaylandSelection(WaylandConnection &connection, CopyLedger &le
     : m_connection(connection)
     , m_ledger(ledger)
     , m_limits(limits)
-    , m_reader(limits)
 {
     connect(&connection, &WaylandConnection::seatFound, this, &WaylandSelection::watchSeat);
-    connect(&connection, &WaylandConnection::eventsHandled, this, &WaylandSelection::follow);
-    connect(&m_reader, &OfferReader::finished, this, &WaylandSelection::settle);
     if (connection.seat())
         watchSeat();
 }
@@ -93,39 +94,70 @@ void WaylandSelection::offerIntroduced(ext_data_control_offer_v1 *offer)
     m_introduced = std::make_unique<DataOffer>(offer);
 }
 
-/// Only notes the change: of a burst the last alone is worth reading. When the owner has gone, what
-/// it wrote may still be on its way to us.
 void WaylandSelection::offerSelected(const ext_data_control_offer_v1 *offer)
 {
     auto selected = std::exchange(m_introduced, nullptr);
     if (!m_isCounting)
         return;
-    if (!selected || selected->offer() != offer)
-        return m_ledger.ownerLost();
-    if (!m_unfollowed)
-        m_reader.readArrived(); // before it is given up for the new one
-    m_ledger.ownerChanged(sourceOf(*selected) ? Announcer::us : Announcer::program);
-    m_unfollowed = std::move(selected);
-}
-
-void WaylandSelection::follow()
-{
-    auto offer = std::exchange(m_unfollowed, nullptr);
-    if (!offer)
-        return;
-    m_reader.abandon();
-    if (!m_isReading)
-        settle({{}, true});
-    else if (const DataSource *ours = sourceOf(*offer))
-        settle({ours->text()});
+    if (selected && selected->offer() == offer)
+        append(std::move(selected));
     else
-        m_reader.read(std::move(offer));
+        m_changes.push_back({}); // what the owner wrote may still be on its way to us
+    settleKnown();
 }
 
-void WaylandSelection::settle(const ClipboardContents &contents)
+/// What is overtaken is read on for a while: a program still gives what it was asked for before its
+/// copy was replaced.
+void WaylandSelection::append(std::unique_ptr<DataOffer> offer)
 {
-    if (const auto snapshot = m_ledger.settle(contents))
-        Q_EMIT copied(*snapshot);
+    for (const Change &change : m_changes) {
+        if (change.reader)
+            change.reader->hurry();
+    }
+    dropOldReader();
+    const DataSource *const ours = sourceOf(*offer);
+    Change change = {ours ? Announcer::us : Announcer::program};
+    if (!m_isReading) {
+        change.contents = {{}, true};
+    } else if (ours) {
+        change.contents = {ours->text()};
+    } else {
+        change.reader = std::make_unique<OfferReader>(std::move(offer), m_limits, &m_pipes);
+        connect(change.reader.get(), &OfferReader::finished, this, &WaylandSelection::settleKnown,
+                Qt::QueuedConnection);
+    }
+    m_changes.push_back(std::move(change));
+}
+
+void WaylandSelection::dropOldReader()
+{
+    const auto isRead = [](const Change &change) { return change.reader != nullptr; };
+    if (std::count_if(m_changes.cbegin(), m_changes.cend(), isRead) == maxReaders)
+        std::find_if(m_changes.begin(), m_changes.end(), isRead)->reader.reset();
+}
+
+void WaylandSelection::settleKnown()
+{
+    while (!m_changes.empty() && m_changes.front().isKnown()) {
+        const Change change = std::move(m_changes.front());
+        m_changes.pop_front();
+        if (!change.announcer) {
+            m_ledger.ownerLost();
+            continue;
+        }
+        m_ledger.ownerChanged(*change.announcer);
+        const auto snapshot =
+            m_ledger.settle(change.reader ? *change.reader->contents() : change.contents);
+        if (snapshot)
+            Q_EMIT copied(*snapshot);
+    }
+}
+
+void WaylandSelection::abandonReading()
+{
+    for (Change &change : m_changes)
+        change.reader.reset();
+    settleKnown();
 }
 
 const DataSource *WaylandSelection::sourceOf(const DataOffer &offer) const

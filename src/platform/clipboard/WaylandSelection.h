@@ -4,6 +4,7 @@
 #include "DataOffer.h"
 #include "OfferReader.h"
 
+#include <deque>
 #include <memory>
 #include <vector>
 
@@ -26,6 +27,8 @@ public:
     /// many requests at once would break the connection.
     bool canSetText() const { return m_device && !m_textTaken; }
     void setText(const QString &text);
+    /// Counts the copies whose texts have not arrived yet.
+    void abandonReading();
 
 Q_SIGNALS:
     void copied(const ClipboardSnapshot &snapshot);
@@ -36,12 +39,22 @@ Q_SIGNALS:
 private:
     friend struct WaylandSelectionEvents;
 
+    /// Of the clipboard's owner.
+    struct Change {
+        std::optional<Announcer> announcer = {}; // absent when the owner has gone
+        ClipboardContents contents = {};
+        std::unique_ptr<OfferReader> reader = {}; // tells the contents, if there is one
+
+        bool isKnown() const { return !reader || reader->contents(); }
+    };
+
     void watchSeat();
     void textTaken();
     void offerIntroduced(ext_data_control_offer_v1 *offer);
     void offerSelected(const ext_data_control_offer_v1 *offer);
-    void follow();
-    void settle(const ClipboardContents &contents);
+    void append(std::unique_ptr<DataOffer> offer);
+    void dropOldReader();
+    void settleKnown();
     const DataSource *sourceOf(const DataOffer &offer) const;
 
     WaylandConnection &m_connection;
@@ -51,10 +64,10 @@ private:
     WaylandPointer<wl_callback> m_oldTold; // copies that were there before the device
     WaylandPointer<wl_callback> m_unreadTold; // copies that were there before we were to read
     WaylandPointer<wl_callback> m_textTaken;
-    OfferReader m_reader;
+    QObject m_pipes; // owns those that outlive their readers
+    std::deque<Change> m_changes; // not yet settled, oldest first
     std::vector<std::unique_ptr<DataSource>> m_sources;
     std::unique_ptr<DataOffer> m_introduced; // not yet selected
-    std::unique_ptr<DataOffer> m_unfollowed;
     bool m_isCounting = false;
     bool m_isReading = false;
 };
