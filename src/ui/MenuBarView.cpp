@@ -11,7 +11,6 @@
 
 #include <QApplication>
 #include <QBoxLayout>
-#include <QFrame>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
@@ -37,11 +36,12 @@ QFont scaledFont(const QFont &font, qreal factor, QFont::Weight weight)
     return scaled;
 }
 
-QFrame *divider()
+/// Filled, because a line drawn one pixel wide is lost at some scale factors.
+QWidget *divider()
 {
-    auto *const line = new QFrame;
-    line->setFrameStyle(QFrame::HLine | QFrame::Plain);
-    line->setForegroundRole(QPalette::Mid);
+    auto *const line = new QWidget;
+    line->setBackgroundRole(QPalette::Mid);
+    line->setAutoFillBackground(true);
     line->setFixedHeight(1);
     return line;
 }
