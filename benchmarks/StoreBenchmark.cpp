@@ -1,6 +1,7 @@
 // The store with 0 and 100,000 links, on the disk of the current directory. `bare` runs do the same
 // transaction through SQLite's C interface.
 
+#include "FilledStore.h"
 #include "LinkListModel.h"
 #include "ModelContainer.h"
 #include "ModelContext.h"
@@ -28,61 +29,6 @@ namespace
 {
 
 constexpr int many = 100'000;
-const Instant firstCopy{std::chrono::seconds(1'700'000'000)};
-
-std::unique_ptr<ModelContainer> opened(const QString &folder)
-{
-    static SystemClock clock;
-    auto container = ModelContainer::open(folder, clock);
-    if (!container)
-        qFatal("%s", qPrintable(description(container.error())));
-    return std::move(*container);
-}
-
-void execute(const QString &folder, const std::string &sql)
-{
-    sqlite3 *database = nullptr;
-    sqlite3_open(qPrintable(StoreDatabase::pathIn(folder)), &database);
-    if (sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
-        qFatal("%s", sqlite3_errmsg(database));
-    sqlite3_close(database);
-}
-
-/// A folder with a store of `rows` links, one copied each second, that goes with the benchmark.
-class Folder
-{
-public:
-    explicit Folder(int rows)
-    {
-        const QString store = StoreDatabase::pathIn(m_directory.path());
-        QFile::copy(StoreDatabase::pathIn(seed(rows)), store);
-    }
-    QString path() const { return m_directory.path(); }
-
-private:
-    static QString seed(int rows)
-    {
-        static std::map<int, QTemporaryDir> seeds;
-        const auto [found, isNew] = seeds.try_emplace(rows, QDir::current().filePath(u"seed-"_s));
-        const QString folder = found->second.path();
-        if (isNew) {
-            opened(folder).reset();
-            const std::string last = std::to_string(rows);
-            const std::string first = std::to_string(firstCopy.time_since_epoch().count());
-            execute(folder,
-                    "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n) "
-                    "INSERT INTO links(id, url, title, summary, copiedAt, isExported, isVisible) "
-                    "SELECT randomblob(16), 'https://www.example.com/articles/' || i || '/read', "
-                    "'The title of the article with the number ' || i, "
-                    "iif(i % 2, 'A sentence that sums up what article ' || i || ' is about, in "
-                    "about as many words as most of them have.', NULL), "
-                        + first + " + i * 1000000, 0, 1 FROM n LIMIT " + last);
-        }
-        return folder;
-    }
-
-    QTemporaryDir m_directory{QDir::current().filePath(u"store-"_s)};
-};
 
 CapturedLink newLink(qint64 number)
 {
@@ -96,7 +42,7 @@ CapturedLink newLink(qint64 number)
 /// One copied address, from the question whether it is stored to the answer of the disk.
 void captureOne(benchmark::State &state)
 {
-    const Folder folder(int(state.range(0)));
+    const FilledStore folder(int(state.range(0)));
     const auto container = opened(folder.path());
     ModelContext &context = container->mainContext();
     qint64 number = 0;
@@ -110,7 +56,7 @@ void captureOne(benchmark::State &state)
 
 void bareCaptureOne(benchmark::State &state)
 {
-    const Folder folder(int(state.range(0)));
+    const FilledStore folder(int(state.range(0)));
     opened(folder.path()).reset();
     sqlite3 *database = nullptr;
     sqlite3_open(qPrintable(StoreDatabase::pathIn(folder.path())), &database);
@@ -152,7 +98,7 @@ void bareCaptureOne(benchmark::State &state)
 
 void setOneTitle(benchmark::State &state)
 {
-    const Folder folder(int(state.range(0)));
+    const FilledStore folder(int(state.range(0)));
     const auto container = opened(folder.path());
     ModelContext &context = container->mainContext();
     const LinkId id = context.visibleNewestFirst({}, 1)->first().id;
@@ -162,7 +108,7 @@ void setOneTitle(benchmark::State &state)
 
 void countByUrl(benchmark::State &state)
 {
-    const Folder folder(int(state.range(0)));
+    const FilledStore folder(int(state.range(0)));
     const auto container = opened(folder.path());
     qint64 number = 0;
     for (auto _ : state) {
@@ -175,7 +121,7 @@ void countByUrl(benchmark::State &state)
 
 void firstPage(benchmark::State &state)
 {
-    const Folder folder(int(state.range(0)));
+    const FilledStore folder(int(state.range(0)));
     const auto container = opened(folder.path());
     for (auto _ : state) {
         LinkListModel model(container->mainContext());
@@ -186,7 +132,7 @@ void firstPage(benchmark::State &state)
 
 void openWithFirstPage(benchmark::State &state)
 {
-    const Folder folder(int(state.range(0)));
+    const FilledStore folder(int(state.range(0)));
     for (auto _ : state) {
         const auto container = opened(folder.path());
         LinkListModel model(container->mainContext());
@@ -197,7 +143,7 @@ void openWithFirstPage(benchmark::State &state)
 
 void quickCheck(benchmark::State &state)
 {
-    const Folder folder(int(state.range(0)));
+    const FilledStore folder(int(state.range(0)));
     for (auto _ : state) {
         if (!checkIntegrity(folder.path()))
             state.SkipWithError("damaged");
@@ -210,13 +156,13 @@ void changeAll(benchmark::State &state, Change change)
 {
     for (auto _ : state) {
         state.PauseTiming();
-        const Folder folder(many);
+        const FilledStore folder(many);
         auto container = opened(folder.path());
         ModelContext &context = container->mainContext();
         LinkListModel model(context);
         model.fetchMore({});
         QList<LinkId> ids;
-        const auto links = context.visibleInStoreOrder();
+        const auto links = context.visibleNewestFirst({}, many);
         for (const CapturedLink &link : *links)
             ids.append(link.id);
         state.ResumeTiming();
@@ -272,7 +218,7 @@ int showFirstPage(const QString &folder)
 /// What a process of its own holds with the first page of a store of `rows` links.
 double memoryWith(int rows)
 {
-    const Folder folder(rows);
+    const FilledStore folder(rows);
     QProcess process;
     process.start(QCoreApplication::applicationFilePath(), {u"--first-page"_s, folder.path()});
     process.waitForFinished();
