@@ -32,16 +32,17 @@ function(strandloom_library name)
     target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE strandloom_options)
 endfunction()
 
-# strandloom_test(NAME [GUI] SOURCES ... LINKS ...): a Qt Test program that ctest runs. Widgets are
-# drawn off screen; a test that needs a real display server starts its own.
+# strandloom_test(NAME [ALONE] SOURCES ... LINKS ...): a Qt Test program that ctest runs, with no other
+# beside it where it watches how long the main thread is held. Widgets are drawn off screen; a test
+# that needs a real display server starts its own.
 function(strandloom_test name)
-    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "ALONE" "TIMEOUT" "SOURCES;LINKS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LINKS} fakes Qt6::Test strandloom_options)
     add_test(NAME ${name} COMMAND ${name})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()
-    set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT}
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} RUN_SERIAL ${ARG_ALONE}
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;LANGUAGE=")
 endfunction()
