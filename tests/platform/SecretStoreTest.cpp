@@ -9,9 +9,9 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
-#include <QDBusPendingCall>
 #include <QDirIterator>
 #include <QTest>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -71,7 +71,7 @@ private:
             QDBusMessage::createMethodCall(message().service(), callback.path(),
                                            u"org.gnome.keyring.internal.Prompter.Callback"_s, what);
         call.setArguments(arguments);
-        m_bus.asyncCall(call);
+        QTimer::singleShot(0, this, [this, call] { m_bus.send(call); }); // after our own reply
     }
 
     QDBusConnection m_bus;
