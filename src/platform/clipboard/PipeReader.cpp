@@ -30,7 +30,7 @@ PipeReader::~PipeReader()
 /// One piece at a time: a program that writes without end must not keep all others waiting.
 void PipeReader::readArrived()
 {
-    std::array<char, 64 * 1024> piece;
+    std::array<char, 65'536> piece;
     const ssize_t size = ::read(m_pipe, piece.data(), piece.size());
     if (size > 0)
         append(piece.data(), size);
