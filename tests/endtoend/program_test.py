@@ -116,6 +116,7 @@ class Capturing(unittest.TestCase):
 
     def test_the_panel_copies_and_deletes_by_keyboard(self):
         self.desktop.copy("https://keyboard.example/older")
+        self.program.wait_for_line("Captured link: https://keyboard.example/older")
         self.desktop.copy("https://keyboard.example/newest")
         self.program.wait_for_line("Captured link: https://keyboard.example/newest")
         self.program.open_panel()
