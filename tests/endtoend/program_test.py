@@ -1,15 +1,17 @@
 #!/usr/bin/python3
 """Drives the real program on a virtual desktop as a user does."""
 
+import json
 import os
 import pathlib
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 import unittest
 
-from desktop import Desktop, Program, wait_until
+from desktop import Desktop, Program, Site, wait_until
 
 BINARY = str(pathlib.Path(sys.argv.pop(1)).resolve())
 FATAL = "Could not create ModelContainer: "
@@ -50,7 +52,8 @@ class Starting(unittest.TestCase):
             desktop.window("Strandloom")
 
     def test_wrong_usage(self):
-        for arguments in (["--nonsense"], ["nonsense"], ["list", "--limit", "x"], ["list", "more"]):
+        for arguments in (["--nonsense"], ["nonsense"], ["list", "--limit", "x"], ["list", "more"],
+                          ["inspect"], ["digest", "more"]):
             done = subprocess.run([BINARY, *arguments], capture_output=True, text=True)
             self.assertEqual(done.returncode, 2, arguments)
             self.assertIn("strandloom: ", done.stderr)
@@ -91,6 +94,47 @@ class Store(unittest.TestCase):
             done = subprocess.run([BINARY, "list"], env=desktop.environment, capture_output=True)
             self.assertEqual(done.returncode, 1)
             self.assertFalse((desktop.home / "data").exists())
+
+
+class Commands(unittest.TestCase):
+    def test_inspect_prints_what_can_be_read_and_names_what_cannot(self):
+        page = b"<title>A &amp; B</title><meta name='description' content='What it is about'>"
+        site = Site({"/page": (200, {}, page)})
+        self.addCleanup(site.close)
+        with tempfile.TemporaryDirectory() as folder:
+            file = pathlib.Path(folder) / "page.html"
+            file.write_bytes(page)
+            targets = [site.url("/page"), str(file), site.url("/gone"), folder + "/none"]
+            done = subprocess.run([BINARY, "inspect", "--url", "https://file.example/x", *targets],
+                                  capture_output=True, text=True, timeout=60)
+        self.assertEqual(done.returncode, 1)
+        pages = [json.loads(line) for line in done.stdout.splitlines()]
+        self.assertEqual([page["target"] for page in pages], targets[:2])
+        self.assertEqual([page["packet"]["domain"] for page in pages],
+                         ["127.0.0.1", "file.example"])
+        for page in pages:
+            self.assertEqual((page["linkTitle"], page["summary"]), ("A & B", "What it is about."))
+        self.assertIn(targets[2] + ": Failed to fetch page", done.stderr)
+        self.assertIn(targets[3], done.stderr)
+
+    def test_list_and_digest_read_beside_the_running_program(self):
+        with Desktop(tray=False) as desktop:
+            program = Program(desktop, BINARY, "--background")
+            program.wait_for_line("Started")
+            self.assertEqual(program.list(), (1, []))
+            program.open_panel()
+            for name in ("One", "two"):
+                desktop.copy(f"https://{name}.example/\u00e9")
+                program.wait_for_line(f"Captured link: https://{name}.example/\u00e9")
+            self.assertEqual([link["url"] for link in program.list("--search", "ONE")[1]],
+                             ["https://One.example/\u00e9"])
+            self.assertEqual(len(program.list("--limit", "1")[1]), 1)
+            digest = desktop.run(BINARY, "digest")
+            self.assertEqual(digest.count('<div class="link-card">'), 2)
+            refused = subprocess.run([BINARY, "digest", "--output", "/nowhere/digest.html"],
+                                     env=desktop.environment, capture_output=True, text=True)
+            self.assertEqual(refused.returncode, 2)
+            self.assertIn("/nowhere/digest.html", refused.stderr)
 
 
 class Capturing(unittest.TestCase):
