@@ -17,9 +17,8 @@ fail 'Not formatted (clang-format -i):' \
 fail 'A wait stands alone on its line, with named arguments:' \
     "$(git grep -nP 'co_await(?!\s+(?:std::move\()?[\w.:>()*-]+(?:\([\w.,:>()*\s&-]*\))?\)?\s*;)' -- 'src/*.cpp' 'src/*.h' | grep -vP '^[^:]*:\d+:\s*//')"
 
-# The generated moc files, and headers they include, must exist before they can be checked.
-cmake --build --preset debug --target autogen >/dev/null 2>&1 ||
-    cmake --build --preset debug >/dev/null || exit 1
+# What the build generates must be there before it can be checked.
+cmake --build --preset debug >/dev/null || exit 1
 compile_commands=$(mktemp -d)
 trap 'rm -rf "$compile_commands"' EXIT
 # clang-tidy 14 knows neither the flag nor the macro by which g++ announces coroutines.
