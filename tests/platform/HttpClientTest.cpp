@@ -101,6 +101,16 @@ Task<> keepReply(HttpClient &client, HttpRequest request, std::optional<HttpRepl
     *reply = co_await client.send(request);
 }
 
+/// The first answer ends everybody else, and then the client itself.
+Task<> endAll(std::unique_ptr<CurlHttpClient> *client, std::unique_ptr<Scope> *others,
+              HttpRequest request, bool *isOver)
+{
+    const HttpReply reply = co_await (*client)->send(request);
+    *isOver = bool(reply);
+    others->reset();
+    client->reset();
+}
+
 /// In these tests the second loopback address plays the public internet.
 bool isPublicHere(const sockaddr &address)
 {
@@ -122,14 +132,18 @@ private Q_SLOTS:
     void followsTwentyRedirects();
     void staysWithinTheUsersNetworkOnlyFromThere_data();
     void staysWithinTheUsersNetworkOnlyFromThere();
+    void remembersThatItWasOutside();
     void trustsOnlyKnownCertificates();
+    void waitsForAHandshakeWithinItsLimits();
     void neverGoesFromSecureToPlain();
     void postsOnce_data();
     void postsOnce();
     void sendsWhatItIsToldTo();
     void refusesHeadersThatBeginOthers();
     void runsFourGetsAtOnce();
+    void countsNoTimeInTheQueue();
     void endsWithItsScopeAtEachStage();
+    void endsFromWithinAnAnswer();
     void neverAnswersWithinTheCall();
 };
 
@@ -184,9 +198,17 @@ void HttpClientTest::getsWithinItsLimits_data()
              LoopbackServer::reply(200, qCompress(QByteArray(9999, 'a')).mid(4),
                                    "Content-Encoding: deflate\r\n"),
              200, 9999);
+    answered("compressed by gzip",
+             LoopbackServer::reply(200,
+                                   QByteArray::fromHex("1f8b08000000000002ffcb48cdc9c907008"
+                                                       "6a6103605000000"),
+                                   "Content-Encoding: gzip\r\n"),
+             200, 5);
     answered("up to the limit", LoopbackServer::reply(200, QByteArray(mebibyte, 'x')), 200,
              mebibyte);
     answered("endless", endless(ok + "\r\n"), 200, mebibyte, true);
+    answered("a gigabyte announced", endless(ok + "Content-Length: 1073741824\r\n\r\n"), 200,
+             mebibyte, true);
     answered("compressed bomb", LoopbackServer::reply(200, bomb, "Content-Encoding: deflate\r\n"),
              200, mebibyte, true);
     fails(
@@ -196,12 +218,18 @@ void HttpClientTest::getsWithinItsLimits_data()
           endless(
               "HTTP/1.1 302 Found\r\nLocation: /elsewhere\r\nContent-Length: 99999999999\r\n\r\n"),
           Kind::broken);
+    fails("long redirects",
+          LoopbackServer::reply(302, QByteArray(mebibyte, 'x'), "Location: /page\r\n"),
+          Kind::broken);
     fails("redirect to itself", redirect("/page"), Kind::tooManyRedirects);
     fails("redirect to a file", redirect("file:///etc/passwd"), Kind::refused);
     fails("broken chunks", raw(ok + "Transfer-Encoding: chunked\r\n\r\nZZZ\r\nx\r\n"),
           Kind::broken);
     fails("oversized head", raw(ok + "X: " + QByteArray(2 * mebibyte, 'x') + "\r\n\r\n"),
           Kind::broken);
+    fails("other protocol", raw("220 mail.example ESMTP\r\n"), Kind::broken);
+    fails("broken compression",
+          LoopbackServer::reply(200, "not compressed", "Content-Encoding: gzip\r\n"), Kind::broken);
     fails("half a body", raw(ok + "Content-Length: 100\r\n\r\nhalf"), Kind::broken);
     fails("reset", reset, Kind::broken);
 }
@@ -278,6 +306,17 @@ void HttpClientTest::staysWithinTheUsersNetworkOnlyFromThere()
     QCOMPARE(second.requests().size(), failure ? 1 : 2);
 }
 
+void HttpClientTest::remembersThatItWasOutside()
+{
+    LoopbackServer inside;
+    LoopbackServer outside(LoopbackServer::Scheme::http, QHostAddress(u"127.0.0.2"_s));
+    inside.on("/start", redirect(outside.url("/")));
+    outside.on("/", redirect(inside.url("/end")));
+    CurlHttpClient client(HttpNetwork{isPublicHere, {}});
+    QCOMPARE(failureOf(exchange(client, get(inside.url("/start")))), Failure(Kind::refused));
+    QCOMPARE(inside.requests().size(), 1);
+}
+
 void HttpClientTest::trustsOnlyKnownCertificates()
 {
     LoopbackServer server(LoopbackServer::Scheme::https);
@@ -286,6 +325,15 @@ void HttpClientTest::trustsOnlyKnownCertificates()
     QCOMPARE(failureOf(exchange(stranger, get(server.url("/")))), Failure(Kind::tls));
     CurlHttpClient friendly(HttpNetwork{isPublicAddress, server.caFile()});
     QCOMPARE(failureOf(exchange(friendly, get(server.url("/")))), Failure());
+}
+
+void HttpClientTest::waitsForAHandshakeWithinItsLimits()
+{
+    QTcpServer server; // takes connections and says nothing
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    CurlHttpClient client;
+    const QByteArray url = "https://127.0.0.1:" + QByteArray::number(server.serverPort());
+    QCOMPARE(failureOf(exchange(client, get(url))), Failure(Kind::timedOut));
 }
 
 void HttpClientTest::neverGoesFromSecureToPlain()
@@ -375,6 +423,21 @@ void HttpClientTest::runsFourGetsAtOnce()
     QCOMPARE(server.mostAtOnce(), 4);
 }
 
+void HttpClientTest::countsNoTimeInTheQueue()
+{
+    LoopbackServer server;
+    server.on("/silent", [](QTcpSocket &, const QByteArray &) {});
+    server.on("/", LoopbackServer::reply(200, "at once"));
+    CurlHttpClient client;
+    std::array<std::optional<HttpReply>, 4> silent;
+    Scope scope;
+    for (auto &reply : silent)
+        scope.start(keepReply(client, get(server.url("/silent")), &reply));
+    HttpRequest last = get(server.url("/"));
+    last.inactivityLimit = last.totalLimit = 300ms; // less than the others keep it waiting
+    QCOMPARE(failureOf(exchange(client, last)), Failure());
+}
+
 void HttpClientTest::endsWithItsScopeAtEachStage()
 {
     LoopbackServer server;
@@ -393,6 +456,22 @@ void HttpClientTest::endsWithItsScopeAtEachStage()
         }
     }
     QVERIFY(exchange(client, get(server.url("/"))));
+}
+
+void HttpClientTest::endsFromWithinAnAnswer()
+{
+    LoopbackServer server;
+    server.on("/", LoopbackServer::reply(200, "x"));
+    auto client = std::make_unique<CurlHttpClient>();
+    auto others = std::make_unique<Scope>();
+    std::array<std::optional<HttpReply>, 3> replies;
+    bool isOver = false;
+    Scope scope;
+    scope.start(endAll(&client, &others, get(server.url("/")), &isOver));
+    for (auto &reply : replies)
+        others->start(keepReply(*client, get(server.url("/")), &reply));
+    QTRY_VERIFY(isOver);
+    QVERIFY(scope.isEmpty());
 }
 
 void HttpClientTest::neverAnswersWithinTheCall()

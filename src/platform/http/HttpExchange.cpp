@@ -249,13 +249,13 @@ int HttpExchange::aboutToRequest(void *self, char *address, char *, int, int)
     const auto storage = addressOf(address);
     const auto *const where = storage ? reinterpret_cast<const sockaddr *>(&*storage) : nullptr;
     if (!where || !exchange.mayContact(*where)
-        || (exchange.m_wasSecure && !exchange.isSecureNow())) {
+        || (exchange.m_wasSecure && !exchange.isAt("https:"))) {
         exchange.m_isRefused = true;
         return CURL_PREREQFUNC_ABORT;
     }
     exchange.m_isRefused = false; // another address of the same host may have been refused before
     exchange.m_wasPublic |= exchange.m_network.isPublic(*where);
-    exchange.m_wasSecure |= exchange.isSecureNow();
+    exchange.m_wasSecure |= exchange.isAt("https:");
     return CURL_PREREQFUNC_OK;
 }
 
@@ -265,11 +265,11 @@ bool HttpExchange::mayContact(const sockaddr &address) const
     return !m_wasPublic || m_network.isPublic(address) || isBehindProxy();
 }
 
-bool HttpExchange::isSecureNow() const
+bool HttpExchange::isAt(const char *scheme) const
 {
     const char *url = nullptr;
     curl_easy_getinfo(m_transfer.get(), CURLINFO_EFFECTIVE_URL, &url);
-    return url && QByteArray(url).toLower().startsWith("https:");
+    return url && QByteArray(url).toLower().startsWith(scheme);
 }
 
 void HttpExchange::finish(CURLcode code)
@@ -286,6 +286,9 @@ HttpReply HttpExchange::replyFor(CURLcode code)
         return error(Kind::refused, "The address may not be asked for from here.");
     if (m_isFlooded)
         return error(Kind::broken, "The answer is too large.");
+    // What is not HTTP at all has the code of a scheme that is not allowed.
+    if (code == CURLE_UNSUPPORTED_PROTOCOL && (isAt("http:") || isAt("https:")))
+        code = CURLE_WEIRD_SERVER_REPLY;
     if (code != CURLE_OK && !m_response.isTruncated) {
         const bool hasText = m_errorText[0] != '\0';
         return error(kindOf(code), hasText ? m_errorText : curl_easy_strerror(code));

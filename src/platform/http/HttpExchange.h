@@ -42,7 +42,7 @@ private:
     void configureTrust();
     void addHeaders();
     bool mayContact(const sockaddr &address) const;
-    bool isSecureNow() const;
+    bool isAt(const char *scheme) const;
     void finish(CURLcode code);
     HttpReply replyFor(CURLcode code);
 
