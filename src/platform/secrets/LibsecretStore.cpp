@@ -48,6 +48,9 @@ using Owned = std::unique_ptr<T, Release>;
 struct PopContext {
     void operator()(GMainContext *context) const
     {
+        while (g_main_context_iteration(context, FALSE)) {
+            // what the service's objects left behind is freed from here
+        }
         g_main_context_pop_thread_default(context);
         g_main_context_unref(context);
     }
