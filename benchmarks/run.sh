@@ -15,6 +15,8 @@ done
 if [ "$filter" = . ]; then
     echo "== against lxml"
     /usr/bin/python3 benchmarks/peers/pages_lxml.py "$build/benchmarks/PageBenchmark"
+    echo "== against wkhtmltopdf and WeasyPrint"
+    /usr/bin/python3 benchmarks/peers/pdf.py "$build/benchmarks/ExportBenchmark"
     echo "== start and idle"
     /usr/bin/python3 benchmarks/start_and_idle.py "$build/src/app/strandloom"
 fi
