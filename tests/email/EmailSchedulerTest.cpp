@@ -435,7 +435,6 @@ private Q_SLOTS:
     }
 };
 
-Q_DECLARE_METATYPE(std::function<void(Machine &)>)
 
 QTEST_GUILESS_MAIN(EmailSchedulerTest)
 #include "EmailSchedulerTest.moc"
