@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FilledStore.h"
 
 #include "StoreDatabase.h"

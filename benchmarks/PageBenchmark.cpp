@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What reading a page costs. With `--write-pages=FOLDER` it writes the pages instead, for peers.
 
 #include "PageEvidence.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The panel with 100 and 100,000 links, drawn off screen.
 
 #include "AppInfo.h"

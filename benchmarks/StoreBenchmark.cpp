@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The store with 0 and 100,000 links, on the disk of the current directory. `bare` runs do the same
 // transaction through SQLite's C interface.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Every benchmark, and the peers in the same run: `run.sh BUILD_FOLDER [FILTER]`. Figures are of this
 # machine at this moment; the ratios are what counts.
 set -euo pipefail

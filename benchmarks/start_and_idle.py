@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """How long a start takes, and what the program costs while nobody copies: `start_and_idle.py BINARY
 [SECONDS]`. Drives the release build on a virtual desktop."""
 

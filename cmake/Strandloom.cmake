@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What every target of the project shares.
 
 add_library(strandloom_options INTERFACE)

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Formatting, static checks and the rules of the house. Needs a configured debug build.
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -12,6 +13,10 @@ fail() { # TITLE ROWS
 mapfile -t sources < <(git ls-files 'src/*.cpp' 'src/*.h' 'tests/*.cpp' 'tests/*.h' 'benchmarks/*.cpp' 'benchmarks/*.h')
 fail 'Not formatted (clang-format -i):' \
     "$(clang-format --dry-run "${sources[@]}" 2>&1 | grep -o '^[^:]*: warning' | cut -d: -f1 | sort -u)"
+
+mapfile -t licensed < <(git ls-files '*.cpp' '*.h' '*.py' '*.sh' '*.cmake' '*CMakeLists.txt' dev .ci/run)
+fail 'Without a licence line (SPDX-License-Identifier: MIT):' \
+    "$(grep -L 'SPDX-License-Identifier: MIT' "${licensed[@]}")"
 
 # g++ 12.2 miscompiles a wait inside a richer expression: the operand is a name or a call of names.
 fail 'A wait stands alone on its line, with named arguments:' \

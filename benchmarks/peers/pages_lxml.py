@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """What lxml needs to take the same facts from the same pages.
 
 Usage: pages_lxml.py PROGRAM

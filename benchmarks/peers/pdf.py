@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Compares the PDF export with other ways from links to PDF, in one run.
 
 Usage: pdf.py EXPORT_BENCHMARK [LINKS]

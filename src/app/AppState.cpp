@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "AppState.h"
 
 #include "AutoPrune.h"

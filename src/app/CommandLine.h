@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// What the process ends with. The numbers are part of the command line's promise.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DigestCommand.h"
 
 #include "AppInfo.h"

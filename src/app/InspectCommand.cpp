@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "InspectCommand.h"
 
 #include "CommandLine.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StrandloomApp.h"
 
 #include "AppState.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ClipboardMonitor.h"
 
 #include "AutoPrune.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PageTitle.h"
 
 #include "text/Entities.h"

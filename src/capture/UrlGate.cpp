@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "UrlGate.h"
 
 #include "text/WebAddress.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Digest.h"
 
 #include "text/DateText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EmailScheduler.h"
 
 #include "Calendar.h"

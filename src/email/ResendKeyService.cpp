@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ResendKeyService.h"
 
 #include "DebugLog.h"

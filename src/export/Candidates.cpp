@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Candidates.h"
 
 #include "DebugLog.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DateSpan.h"
 
 #include "Calendar.h"

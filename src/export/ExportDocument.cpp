@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ExportDocument.h"
 
 #include "text/WebAddress.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ExportError.h"
 
 using namespace Qt::StringLiterals;

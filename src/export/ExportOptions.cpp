@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ExportOptions.h"
 
 using namespace Qt::StringLiterals;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ExportScreenModel.h"
 
 #include "Clock.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ExportService.h"
 
 #include "async/LoopTurn.h"

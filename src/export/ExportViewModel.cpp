@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ExportViewModel.h"
 
 #include "Calendar.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "InlineExportViewModel.h"
 
 using namespace Qt::StringLiterals;

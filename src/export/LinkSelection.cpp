@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LinkSelection.h"
 
 Candidate candidateOf(const CapturedLink &link, const LocalizedSearch &search)

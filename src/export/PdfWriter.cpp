@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PdfWriter.h"
 
 #include "PdfCanvas.h"

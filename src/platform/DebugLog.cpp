@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DebugLog.h"
 
 #include <QLoggingCategory>

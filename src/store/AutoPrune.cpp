@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "AutoPrune.h"
 
 #include "Calendar.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CapturedLink.h"
 
 ListPosition positionOf(const CapturedLink &link)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ChangeLog.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ModelContext.h"
 
 #include "Clock.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StoreError.h"
 
 #include <SQLiteCpp/Exception.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StoreLock.h"
 
 #include <QFile>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StoreReader.h"
 
 #include "LinkRows.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "UnsavedLinks.h"
 
 const UnsavedLinks::Unsaved *UnsavedLinks::find(const LinkId &id) const

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EvidencePacket.h"
 
 #include "text/WebAddress.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "HtmlEntities.h"
 
 #include "text/Entities.h"

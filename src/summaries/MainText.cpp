@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MainText.h"
 
 #include "HtmlEntities.h"

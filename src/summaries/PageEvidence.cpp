@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PageEvidence.h"
 
 #include "HtmlEntities.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "WebContentExtractor.h"
 
 #include "PageEvidence.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "IconButton.h"
 
 #include "TintedIcon.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "IconLabel.h"
 
 #include "TintedIcon.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LinkListView.h"
 
 #include "LinkRowView.h"

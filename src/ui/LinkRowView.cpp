@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LinkRowView.h"
 
 #include "ElidedLabel.h"

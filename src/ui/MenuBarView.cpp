@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MenuBarView.h"
 
 #include "ElidedLabel.h"

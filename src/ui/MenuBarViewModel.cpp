@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MenuBarViewModel.h"
 
 #include "Calendar.h"

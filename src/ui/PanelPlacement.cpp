@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PanelPlacement.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ReferenceTitle.h"
 
 #include "IcuPattern.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "EmailService.h"
 
 #include "DiagnosticLines.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MailDesk.h"
 
 #include "async/Scope.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """A scripted user: starts Strandloom on a virtual desktop, opens the panel from the tray, copies this
 and that, and looks at what became of it. Fails when an expectation does not hold."""
 

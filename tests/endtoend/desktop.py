@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A virtual desktop for tests and the demonstration: X server, session bus, window manager, tray,
 and the program started on it as a user would have it."""
 

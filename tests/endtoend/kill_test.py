@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Kills the program in the middle of copies, again and again: a link whose capture was reported is
 never lost, and the store is sound each time."""
 

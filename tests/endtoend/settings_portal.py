@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """A settings portal that says "dark" or "light": the part of a desktop that tells programs which
 colour scheme the user chose. `settings_portal.py dark|light`"""
 

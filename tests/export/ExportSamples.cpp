@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ExportSamples.h"
 
 using namespace Qt::StringLiterals;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LinkSelection.h"
 
 #include "Calendar.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ExportFile.h"
 #include "ExportSamples.h"
 

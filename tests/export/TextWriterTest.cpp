@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "TextWriter.h"
 
 #include "ExportFile.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FakeClipboard.h"
 
 void FakeClipboard::copy(std::optional<QString> text)

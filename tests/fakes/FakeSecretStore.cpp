@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FakeSecretStore.h"
 
 using namespace std::chrono_literals;

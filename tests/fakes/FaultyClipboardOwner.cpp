@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An owner of the X11 clipboard with the faults that its arguments name. It says on standard output
 // what it is asked, and ends with status 3 when a window it answers to is gone, as programs do that
 // take such an error for fatal.

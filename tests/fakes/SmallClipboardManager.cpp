@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A clipboard manager for the X11 clipboard: keeps each text, and announces it again when its owner
 // has gone, or asks for it before it goes. As arguments: `deaf`, it never answers the latter;
 // `grabs`, it announces each text at once; `unnamed`, it does not tell that it is a manager.

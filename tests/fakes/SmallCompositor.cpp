@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A Wayland compositor that shows nothing and has a clipboard. Its arguments name the interfaces it
 // offers. Commands on standard input make it copy, as other programs would with the faults that the
 // words of the command name; on standard output it says what it is asked.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Demand.h"
 #include "text/PageText.h"
 

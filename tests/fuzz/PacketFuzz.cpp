@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Demand.h"
 #include "MainText.h"
 #include "PageEvidence.h"

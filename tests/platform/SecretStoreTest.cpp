@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "FakeSecretStore.h"
 #include "Heartbeat.h"
 #include "KeyringSession.h"

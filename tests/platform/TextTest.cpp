@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "text/Characters.h"
 #include "text/PageText.h"
 #include "text/WebAddress.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "clipboard/WaylandClipboard.h"
 
 #include "Heartbeat.h"

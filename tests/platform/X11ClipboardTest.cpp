@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "clipboard/X11Clipboard.h"
 
 #include "Heartbeat.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "LinkListModel.h"
 #include "TestStore.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "StoreChange.h"
 #include "TestStore.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "AppInfo.h"
 #include "FakeClock.h"
 #include "FakeHttpClient.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ReferencePacket.h"
 
 #include "IcuPattern.h"

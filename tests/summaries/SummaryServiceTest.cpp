@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SummaryService.h"
 
 #include "AppInfo.h"

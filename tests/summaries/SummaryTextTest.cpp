@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SummaryText.h"
 
 #include "EvidencePacket.h"

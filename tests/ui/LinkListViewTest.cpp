@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ListAccessibility.h"
 #include "TestPanel.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "async/Scope.h"
 
 #include "DebugLog.h"

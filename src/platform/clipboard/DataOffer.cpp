@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DataOffer.h"
 
 #include "DebugLog.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DesktopClipboard.h"
 
 #include "WaylandClipboard.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "MakeClipboardSource.h"
 
 #include "DesktopClipboard.h"

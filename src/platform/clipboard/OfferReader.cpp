@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "OfferReader.h"
 
 #include "DataOffer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SelectionOwner.h"
 
 #include "X11Connection.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SelectionReader.h"
 
 #include "SelectionText.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ThreadedClipboard.h"
 
 #include "DebugLog.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "WaylandClipboard.h"
 
 #include "DebugLog.h"

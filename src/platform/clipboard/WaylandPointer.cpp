@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "WaylandPointer.h"
 
 #include <data-control-client-header.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/ApplicationAdaptor.h"
 
 void ApplicationAdaptor::Activate(const QVariantMap &platformData)

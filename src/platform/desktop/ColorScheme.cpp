@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/ColorScheme.h"
 
 #include "DebugLog.h"

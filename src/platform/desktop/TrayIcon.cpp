@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/TrayIcon.h"
 
 #include "DebugLog.h"

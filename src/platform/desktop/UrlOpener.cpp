@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "desktop/UrlOpener.h"
 
 #include "DebugLog.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "http/AddressRules.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "http/CurlHttpClient.h"
 
 #include "http/HttpExchange.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "secrets/LibsecretStore.h"
 
 #include "async/OnPool.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "secrets/SecretStore.h"
 
 using namespace Qt::StringLiterals;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "text/Entities.h"
 
 std::string decodeEntities(std::string text, std::span<const Entity> table)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "text/WhiteSpace.h"
 
 #include <array>
