@@ -436,6 +436,5 @@ private Q_SLOTS:
     }
 };
 
-
 QTEST_GUILESS_MAIN(EmailSchedulerTest)
 #include "EmailSchedulerTest.moc"
