@@ -7,8 +7,9 @@
 #include <QDateTime>
 #include <QStandardPaths>
 
-Preferences::Preferences(const QString &path)
-    : m_settings(path, QSettings::IniFormat)
+Preferences::Preferences(const QString &path, QObject *parent)
+    : QObject(parent)
+    , m_settings(path, QSettings::IniFormat)
 {
 }
 
@@ -75,4 +76,5 @@ void Preferences::write(QLatin1StringView key, const QVariant &value)
     m_settings.sync();
     if (m_settings.status() != QSettings::NoError)
         debugLog(u"Failed to write preferences: " + m_settings.fileName());
+    Q_EMIT changed(key);
 }

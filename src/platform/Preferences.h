@@ -3,6 +3,7 @@
 
 #include "Clock.h"
 
+#include <QObject>
 #include <QSettings>
 #include <QString>
 
@@ -25,11 +26,12 @@ inline constexpr QLatin1StringView lastEmailSentDate("lastEmailSentDate");
 
 /// The user's preferences, in one INI file. A key that was never set, or whose value is not of the
 /// kind asked for, is absent: which default that means is for the reader to say. Main thread only.
-class Preferences
+class Preferences : public QObject
 {
+    Q_OBJECT
 public:
     /// `path` need not exist yet.
-    explicit Preferences(const QString &path);
+    explicit Preferences(const QString &path, QObject *parent = nullptr);
     /// `$XDG_CONFIG_HOME/strandloom/settings.ini`
     static QString defaultPath();
 
@@ -43,6 +45,9 @@ public:
     void set(QLatin1StringView key, const QString &value);
     /// Kept as an ISO 8601 date and time in UTC.
     void set(QLatin1StringView key, Instant value);
+
+Q_SIGNALS:
+    void changed(QLatin1StringView key);
 
 private:
     void write(QLatin1StringView key, const QVariant &value);
