@@ -26,6 +26,8 @@ void AppState::initialize()
                                         m_services.http,         m_services.pages,
                                         m_services.preferences,  m_services.clock};
     m_clipboardMonitor = std::make_unique<ClipboardMonitor>(parts);
+    connect(&m_services.modelContext, &ModelContext::excludedDomainsChanged,
+            m_clipboardMonitor.get(), &ClipboardMonitor::loadExcludedDomains);
     m_clipboardMonitor->startMonitoring();
     startScheduler();
     performAutoPrune();

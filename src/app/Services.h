@@ -4,15 +4,19 @@
 #include "AppInfo.h"
 #include "EmailScheduler.h"
 #include "EmailService.h"
+#include "ExportService.h"
 #include "LocalMLService.h"
 #include "Preferences.h"
 #include "ResendKeyService.h"
 #include "SummaryService.h"
 #include "WebContentExtractor.h"
 #include "clipboard/ClipboardSource.h"
+#include "desktop/FileSaveDialog.h"
 #include "desktop/UrlOpener.h"
 #include "http/CurlHttpClient.h"
 #include "secrets/LibsecretStore.h"
+#include "text/DateText.h"
+#include "updates/UpdaterManager.h"
 
 #include <QThreadPool>
 
@@ -39,4 +43,10 @@ struct Services {
     ResendKeyService keys{secrets};
     EmailService email{{http, keys, summaries, modelContext, clock, pages, info}};
     EmailScheduler scheduler{{email, keys, preferences, clock}};
+    FileSaveDialog saveDialog;
+    ExportService exports{
+        {modelContext, saveDialog,
+         [this](QList<LinkId> ids) { return summaries.summarizeAll(std::move(ids)); }, clock,
+         systemLocale()}};
+    UpdaterManager updates{preferences};
 };

@@ -4,6 +4,8 @@
 #include "AppState.h"
 #include "CommandLine.h"
 #include "DebugLog.h"
+#include "ExportView.h"
+#include "ExportViewModel.h"
 #include "MenuBarView.h"
 #include "MenuBarViewModel.h"
 #include "ModelContainer.h"
@@ -13,6 +15,8 @@
 #include "desktop/SingleInstance.h"
 #include "desktop/TrayIcon.h"
 #include "desktop/UnixSignal.h"
+#include "settings/InlineSettingsView.h"
+#include "settings/SettingsView.h"
 
 #include <QApplication>
 #include <QMenu>
@@ -35,6 +39,14 @@ constexpr auto trayPatience = 5s;
 QIcon trayIcon()
 {
     return QIcon::fromTheme(u"app.strandloom-symbolic"_s, QIcon(u":/icons/app.strandloom.svg"_s));
+}
+
+/// A window that is already open comes to the front.
+void present(QWidget &window)
+{
+    window.show();
+    window.raise();
+    window.activateWindow();
 }
 
 int dieOfStoreError(const StoreError &error)
@@ -65,12 +77,19 @@ StrandloomApp::StrandloomApp(Services &services, SingleInstance &instance, Start
     debugLog(u"Started"_s);
 }
 
-StrandloomApp::~StrandloomApp() = default;
+StrandloomApp::~StrandloomApp()
+{
+    delete m_export;
+    delete m_settings;
+}
 
 void StrandloomApp::buildTrayMenu()
 {
     // Some trays show nothing but the menu, so it begins with what a click does elsewhere.
     m_trayMenu->addAction(tr("Open Strandloom"), this, &StrandloomApp::openPanel);
+    m_trayMenu->addSeparator();
+    m_trayMenu->addAction(tr("Settings…"), this, &StrandloomApp::openSettings);
+    m_trayMenu->addAction(tr("Export Links…"), this, &StrandloomApp::openExport);
     m_trayMenu->addSeparator();
     m_trayMenu->addAction(tr("Quit Strandloom"), qApp, &QCoreApplication::quit);
 }
@@ -107,10 +126,40 @@ MenuBarView &StrandloomApp::panel()
         m_panelModel = std::make_unique<MenuBarViewModel>(parts);
         connect(m_appState.get(), &AppState::modelLoadChanged, this, &StrandloomApp::showModelLoad);
         showModelLoad();
-        m_panel = std::make_unique<MenuBarView>(*m_panelModel);
+        const auto makeSettings = [this] { return new InlineSettingsView(settingsParts()); };
+        m_panel = std::make_unique<MenuBarView>(*m_panelModel, makeSettings);
         connect(m_panel.get(), &MenuBarView::quitRequested, qApp, &QCoreApplication::quit);
     }
     return *m_panel;
+}
+
+void StrandloomApp::openSettings()
+{
+    if (!m_settings)
+        m_settings = new SettingsView(settingsParts());
+    present(*m_settings);
+}
+
+void StrandloomApp::openExport()
+{
+    if (!m_export)
+        m_export = new ExportView(std::make_shared<ExportViewModel>(m_services.exports));
+    present(*m_export);
+}
+
+SettingsParts StrandloomApp::settingsParts()
+{
+    return {m_services.modelContext,
+            m_services.preferences,
+            m_services.keys,
+            m_services.email,
+            m_services.scheduler,
+            m_services.exports,
+            m_services.updates,
+            m_services.urlOpener,
+            m_services.info,
+            m_services.clock,
+            {}};
 }
 
 void StrandloomApp::showModelLoad()

@@ -4,25 +4,29 @@
 #include "desktop/ColorScheme.h"
 
 #include <QObject>
+#include <QPointer>
 
 #include <memory>
 
 class Alarm;
 class AppState;
+class ExportView;
 class MenuBarView;
 class MenuBarViewModel;
 class QMenu;
+class SettingsView;
 class SingleInstance;
 class TrayIcon;
 struct Services;
+struct SettingsParts;
 
 enum class Start {
     normally,
     inBackground, ///< where there is no tray, no window opens either
 };
 
-/// The application: the tray item with its panel, over one store and one set of services. Main
-/// thread only.
+/// The application: the tray item with its panel and the two windows, over one store and one set of
+/// services. Main thread only.
 class StrandloomApp : public QObject
 {
     Q_OBJECT
@@ -35,12 +39,16 @@ public:
     void openPanel();
     /// What a click on the tray icon does.
     void togglePanel();
+    /// These two start nothing.
+    void openSettings();
+    void openExport();
 
 private:
     void buildTrayMenu();
     void openWithoutTray();
     void showModelLoad();
     MenuBarView &panel();
+    SettingsParts settingsParts();
 
     Services &m_services;
     ColorScheme m_colorScheme;
@@ -50,6 +58,8 @@ private:
     std::unique_ptr<Alarm> m_trayPatience;
     std::unique_ptr<MenuBarViewModel> m_panelModel; ///< made at the first opening, as is the panel
     std::unique_ptr<MenuBarView> m_panel;
+    QPointer<SettingsView> m_settings; ///< null while it is closed
+    QPointer<ExportView> m_export; ///< null while it is closed
 };
 
 /// The program itself; returns the exit code.

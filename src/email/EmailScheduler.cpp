@@ -4,6 +4,7 @@
 #include "Calendar.h"
 #include "DebugLog.h"
 #include "EmailService.h"
+#include "LinkCursor.h"
 #include "ModelContext.h"
 #include "Preferences.h"
 #include "ResendKeyService.h"
@@ -19,7 +20,6 @@ namespace
 
 constexpr int defaultHour = 8;
 constexpr milliseconds longestSleep = 60s; // no alarm counts the time of a suspend
-constexpr int linksPerPage = 5'000; // about ten milliseconds of the main thread
 
 QList<LinkId> idsOf(const QList<CapturedLink> &links)
 {
@@ -138,7 +138,8 @@ Task<> EmailScheduler::sendScheduledEmail()
 Task<> EmailScheduler::deliver(QString recipient)
 {
     const Instant due = lastSendDate();
-    const auto links = co_await visibleLinks();
+    const ModelContext &context = *m_modelContext;
+    const auto links = co_await collectVisibleLinks(context, LinkOrder::newestFirst);
     if (!links) {
         debugLog(u"Scheduled email failed: " + description(links.error()));
         co_return;
@@ -151,23 +152,6 @@ Task<> EmailScheduler::deliver(QString recipient)
         co_return;
     }
     recordSent(*links);
-}
-
-Task<Expected<QList<CapturedLink>, StoreError>> EmailScheduler::visibleLinks()
-{
-    QList<CapturedLink> links;
-    std::optional<ListPosition> last;
-    while (true) {
-        const auto page = m_modelContext->visibleNewestFirst(last, linksPerPage);
-        if (!page)
-            co_return Unexpected{page.error()};
-        links.append(*page);
-        if (page->size() < linksPerPage)
-            co_return links;
-        last = positionOf(links.last());
-        Sleep pause(m_parts.clock, 0ms);
-        co_await pause;
-    }
 }
 
 void EmailScheduler::recordSent(const QList<CapturedLink> &links)

@@ -63,7 +63,6 @@ private:
     void wait();
     void wake();
     Task<> deliver(QString recipient);
-    Task<Expected<QList<CapturedLink>, StoreError>> visibleLinks();
     void recordSent(const QList<CapturedLink> &links);
 
     Parts m_parts;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "LinkCursor.h"
 
+#include "async/LoopTurn.h"
+
 namespace
 {
 constexpr int pageSize = 1000;
@@ -27,4 +29,19 @@ ModelContext::Links LinkCursor::nextNewest()
     if (page && !page->isEmpty())
         m_last = positionOf(page->last());
     return page;
+}
+
+Task<ModelContext::Links> collectVisibleLinks(const ModelContext &context, LinkOrder order)
+{
+    QList<CapturedLink> links;
+    LinkCursor cursor(context, order);
+    while (!cursor.isAtEnd()) {
+        const auto page = cursor.next();
+        if (!page)
+            co_return page;
+        links.append(*page);
+        LoopTurn turn;
+        co_await turn;
+    }
+    co_return links;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ModelContext.h"
+#include "async/Task.h"
 
 /// Reads all visible links in one order, a page that holds the main thread for a few milliseconds
 /// at a time. What is copied or removed between two pages may be read or not.
@@ -24,3 +25,6 @@ private:
     std::optional<ListPosition> m_last;
     bool m_isAtEnd = false;
 };
+
+/// All visible links in `order`. The main loop goes on meanwhile; `context` outlives the wait.
+Task<ModelContext::Links> collectVisibleLinks(const ModelContext &context, LinkOrder order);

@@ -2,6 +2,7 @@
 #include "MenuBarView.h"
 
 #include "ElidedLabel.h"
+#include "FormParts.h"
 #include "IconButton.h"
 #include "IconLabel.h"
 #include "LinkListView.h"
@@ -9,6 +10,8 @@
 #include "MenuBarViewModel.h"
 #include "PanelPlacement.h"
 #include "Spinner.h"
+#include "TintedIcon.h"
+#include "settings/InlineSettingsView.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -29,28 +32,12 @@ constexpr int placeholderIconSize = 32;
 constexpr Qt::WindowFlags panelFlags =
     Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
 
-QFont scaledFont(const QFont &font, qreal factor, QFont::Weight weight)
-{
-    QFont scaled = font;
-    scaled.setPointSizeF(font.pointSizeF() * factor);
-    scaled.setWeight(weight);
-    return scaled;
-}
-
-/// Filled, because a line drawn one pixel wide is lost at some scale factors.
-QWidget *divider()
-{
-    auto *const line = new QWidget;
-    line->setBackgroundRole(QPalette::Mid);
-    line->setAutoFillBackground(true);
-    line->setFixedHeight(1);
-    return line;
-}
-
 } // namespace
 
-MenuBarView::MenuBarView(MenuBarViewModel &model)
+MenuBarView::MenuBarView(MenuBarViewModel &model, MakeSettings makeSettings)
     : m_model(model)
+    , m_makeSettings(std::move(makeSettings))
+    , m_screens(new QStackedWidget)
     , m_list(new LinkListView(model))
 {
     installListAccessibility();
@@ -59,12 +46,25 @@ MenuBarView::MenuBarView(MenuBarViewModel &model)
     setBackgroundRole(QPalette::Base);
     setAutoFillBackground(true);
 
+    m_screens->addWidget(makeLinksScreen());
+    auto *const frame = new QVBoxLayout(this);
+    frame->setContentsMargins(1, 1, 1, 1);
+    frame->addWidget(m_screens);
+    resize(panelSize);
+
+    connect(&m_model, &MenuBarViewModel::changed, this, &MenuBarView::refresh);
+    refresh();
+}
+
+QWidget *MenuBarView::makeLinksScreen()
+{
     m_body = new QStackedWidget;
     m_body->addWidget(makePlaceholder());
     m_body->addWidget(m_list);
 
-    auto *const column = new QVBoxLayout(this);
-    column->setContentsMargins(1, 1, 1, 1);
+    auto *const screen = new QWidget;
+    auto *const column = new QVBoxLayout(screen);
+    column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(makeHeader());
     column->addWidget(makeNotice());
@@ -72,10 +72,37 @@ MenuBarView::MenuBarView(MenuBarViewModel &model)
     column->addWidget(m_body, 1);
     column->addWidget(divider());
     column->addWidget(makeFooter());
-    resize(panelSize);
+    return screen;
+}
 
-    connect(&m_model, &MenuBarViewModel::changed, this, &MenuBarView::refresh);
-    refresh();
+QWidget *MenuBarView::makeSettingsScreen()
+{
+    auto *const back = new QToolButton;
+    back->setAutoRaise(true);
+    back->setFocusPolicy(Qt::TabFocus);
+    back->setIcon(tintedIcon(u"chevron-left"_s));
+    back->setText(tr("Back"));
+    back->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    connect(back, &QToolButton::clicked, this,
+            [this] { m_model.setCurrentScreen(MenuBarScreen::links); });
+    auto *const title = heading(tr("Settings"));
+
+    m_settingsHeader = new QWidget;
+    auto *const line = new QGridLayout(m_settingsHeader);
+    line->setContentsMargins(8, 8, 12, 8);
+    line->addWidget(back, 0, 0, Qt::AlignLeft);
+    line->addWidget(title, 0, 0, Qt::AlignHCenter);
+
+    m_settings = m_makeSettings();
+    connect(m_settings, &InlineSettingsView::contentHeightChanged, this, &MenuBarView::place);
+    auto *const screen = new QWidget;
+    auto *const column = new QVBoxLayout(screen);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(m_settingsHeader);
+    column->addWidget(divider());
+    column->addWidget(m_settings, 1);
+    return screen;
 }
 
 QWidget *MenuBarView::makeHeader()
@@ -148,6 +175,9 @@ QWidget *MenuBarView::makeFooter()
     m_summarize = new IconButton(u"sparkles"_s, QString());
     m_spinner = new Spinner(m_summarize);
     connect(m_summarize, &IconButton::clicked, &m_model, &MenuBarViewModel::summarize);
+    auto *const settings = new IconButton(u"gear"_s, tr("Settings"));
+    connect(settings, &IconButton::clicked, this,
+            [this] { m_model.setCurrentScreen(MenuBarScreen::settings); });
     auto *const quit = new IconButton(u"power"_s, tr("Quit Strandloom"));
     connect(quit, &IconButton::clicked, this, &MenuBarView::quitRequested);
 
@@ -158,6 +188,7 @@ QWidget *MenuBarView::makeFooter()
     line->addWidget(m_count);
     line->addStretch();
     line->addWidget(m_summarize);
+    line->addWidget(settings);
     line->addWidget(quit);
     return footer;
 }
@@ -175,6 +206,22 @@ void MenuBarView::refresh()
     m_summarize->setIconShown(!m_model.isSummarizing());
     m_spinner->setVisible(m_model.isSummarizing());
     m_body->setCurrentIndex(m_model.isEmpty() ? 0 : 1);
+    showScreen();
+}
+
+void MenuBarView::showScreen()
+{
+    const bool isSettings = m_model.currentScreen() == MenuBarScreen::settings;
+    if (isSettings && !m_settings)
+        m_screens->addWidget(makeSettingsScreen());
+    if (m_screens->currentIndex() == int(isSettings))
+        return;
+    m_screens->setCurrentIndex(int(isSettings));
+    place();
+    if (isSettings)
+        m_settings->setFocus();
+    else
+        m_list->setFocus();
 }
 
 void MenuBarView::showAsPanel(const std::optional<QRect> &trayIcon)
@@ -182,13 +229,33 @@ void MenuBarView::showAsPanel(const std::optional<QRect> &trayIcon)
     if (!m_isPanel)
         setWindowFlags(panelFlags);
     m_isPanel = true;
-    const QPoint cursor = QCursor::pos();
-    const QPoint anchor = trayIcon ? trayIcon->center() : cursor;
+    m_trayIcon = trayIcon;
+    m_cursor = QCursor::pos();
+    m_model.setCurrentScreen(MenuBarScreen::links);
+    place();
+    present();
+}
+
+/// As high as the screen it shows wants to be, at the tray icon. A window stays as the user made
+/// it.
+void MenuBarView::place()
+{
+    if (!m_isPanel)
+        return;
+    const QPoint anchor = m_trayIcon ? m_trayIcon->center() : m_cursor;
     const QScreen *screen = QGuiApplication::screenAt(anchor);
     if (!screen)
         screen = QGuiApplication::primaryScreen();
-    setGeometry(panelPlacement(panelSize, trayIcon, cursor, screen->availableGeometry()));
-    present();
+    setGeometry(panelPlacement(wantedSize(), m_trayIcon, m_cursor, screen->availableGeometry()));
+}
+
+QSize MenuBarView::wantedSize() const
+{
+    if (m_model.currentScreen() == MenuBarScreen::links)
+        return panelSize;
+    constexpr int lines = 3; // the frame's and the divider
+    return {panelSize.width(),
+            m_settingsHeader->sizeHint().height() + m_settings->contentHeight() + lines};
 }
 
 void MenuBarView::showAsWindow()
@@ -196,6 +263,7 @@ void MenuBarView::showAsWindow()
     if (m_isPanel)
         setWindowFlags(Qt::Window);
     m_isPanel = false;
+    m_model.setCurrentScreen(MenuBarScreen::links);
     present();
 }
 

@@ -3,10 +3,12 @@
 
 #include <QWidget>
 
+#include <functional>
 #include <optional>
 
 class ElidedLabel;
 class IconButton;
+class InlineSettingsView;
 class LinkListView;
 class MenuBarViewModel;
 class QLabel;
@@ -20,8 +22,10 @@ class MenuBarView : public QWidget
 {
     Q_OBJECT
 public:
-    /// `model` outlives the view.
-    explicit MenuBarView(MenuBarViewModel &model);
+    using MakeSettings = std::function<InlineSettingsView *()>;
+
+    /// `model` outlives the view. The settings are made when they are first shown.
+    MenuBarView(MenuBarViewModel &model, MakeSettings makeSettings);
 
     /// Shows the panel at the tray icon, or at the cursor where the tray does not tell where that
     /// is.
@@ -37,16 +41,25 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    QWidget *makeLinksScreen();
+    QWidget *makeSettingsScreen();
     QWidget *makeHeader();
     QWidget *makeNotice();
     QWidget *makeModelLoad();
     QWidget *makePlaceholder();
     QWidget *makeFooter();
     void present();
+    void place();
+    QSize wantedSize() const;
+    void showScreen();
     void refresh();
 
     MenuBarViewModel &m_model;
+    MakeSettings m_makeSettings;
+    QStackedWidget *m_screens;
     LinkListView *m_list;
+    QWidget *m_settingsHeader = nullptr;
+    InlineSettingsView *m_settings = nullptr; ///< null until it is first shown
     ElidedLabel *m_today = nullptr;
     QWidget *m_noticeLine = nullptr;
     QLabel *m_notice = nullptr;
@@ -57,4 +70,6 @@ private:
     IconButton *m_summarize = nullptr;
     Spinner *m_spinner = nullptr;
     bool m_isPanel = false;
+    std::optional<QRect> m_trayIcon; ///< as it was when the panel was shown, as is the cursor
+    QPoint m_cursor;
 };

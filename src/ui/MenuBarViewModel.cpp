@@ -26,6 +26,12 @@ MenuBarViewModel::MenuBarViewModel(const Parts &parts, QObject *parent)
 
 MenuBarViewModel::~MenuBarViewModel() = default;
 
+void MenuBarViewModel::setCurrentScreen(MenuBarScreen screen)
+{
+    m_currentScreen = screen;
+    Q_EMIT changed();
+}
+
 LinkRow MenuBarViewModel::row(int index) const
 {
     const CapturedLink &link = m_links.linkAt(index);

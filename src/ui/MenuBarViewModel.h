@@ -17,6 +17,9 @@ class ModelContext;
 class SummaryService;
 class UrlOpener;
 
+/// What the panel shows.
+enum class MenuBarScreen { links, settings };
+
 /// What a row of the list shows of a link.
 struct LinkRow {
     LinkId id;
@@ -42,6 +45,9 @@ public:
 
     explicit MenuBarViewModel(const Parts &parts, QObject *parent = nullptr);
     ~MenuBarViewModel() override;
+
+    MenuBarScreen currentScreen() const { return m_currentScreen; }
+    void setCurrentScreen(MenuBarScreen screen);
 
     LinkListModel &links() { return m_links; }
     LinkRow row(int index) const;
@@ -80,6 +86,7 @@ private:
     Parts m_parts;
     LinkListModel m_links;
     DateText m_dates;
+    MenuBarScreen m_currentScreen = MenuBarScreen::links;
     qint64 m_today = 0;
     std::unique_ptr<Alarm> m_midnight;
     std::optional<double> m_modelLoad;

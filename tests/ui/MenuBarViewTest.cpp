@@ -89,7 +89,7 @@ private Q_SLOTS:
     void invitesToCopyWhileThereAreNoLinks()
     {
         TestPanel panel;
-        MenuBarView view(panel.model);
+        MenuBarView view(panel.model, {});
         view.showAsPanel({});
         QVERIFY(showsLabel(view, u"No Links Yet"_s));
         QVERIFY(!view.findChild<LinkListView *>()->isVisible());
@@ -104,7 +104,7 @@ private Q_SLOTS:
     void showsTheNoticeOnlyWhileThereIsOne()
     {
         TestPanel panel;
-        MenuBarView view(panel.model);
+        MenuBarView view(panel.model, {});
         view.showAsWindow();
         panel.clipboard.setLimitation(u"Copies cannot be seen here."_s);
         QVERIFY(showsLabel(view, u"Copies cannot be seen here."_s));
@@ -116,7 +116,7 @@ private Q_SLOTS:
     {
         TestPanel panel;
         panel.addLinks(1);
-        MenuBarView view(panel.model);
+        MenuBarView view(panel.model, {});
         view.showAsPanel({});
         auto &spinner = *view.findChild<Spinner *>();
         auto &button = *buttonOf(view, u"Generate AI summaries for 1 links");
@@ -135,7 +135,7 @@ private Q_SLOTS:
     void showsHowFarTheModelIsLoaded()
     {
         TestPanel panel;
-        MenuBarView view(panel.model);
+        MenuBarView view(panel.model, {});
         view.showAsPanel({});
         auto &bar = *view.findChild<QProgressBar *>();
         QVERIFY(!bar.isVisible());
@@ -149,7 +149,7 @@ private Q_SLOTS:
     void goesWhenTheUserTurnsElsewhere()
     {
         TestPanel panel;
-        MenuBarView view(panel.model);
+        MenuBarView view(panel.model, {});
         QWidget other;
         view.showAsPanel({});
         QVERIFY(QTest::qWaitForWindowActive(&view));
@@ -176,7 +176,7 @@ private Q_SLOTS:
     {
         TestPanel panel;
         panel.addLinks(1);
-        MenuBarView view(panel.model);
+        MenuBarView view(panel.model, {});
         view.showAsPanel({});
         QVERIFY(QTest::qWaitForWindowActive(&view));
         QSignalSpy quits(&view, &MenuBarView::quitRequested);
@@ -190,7 +190,7 @@ private Q_SLOTS:
     {
         TestPanel panel;
         panel.addLinks(100);
-        MenuBarView view(panel.model);
+        MenuBarView view(panel.model, {});
         view.showAsPanel({});
         auto &list = *view.findChild<LinkListView *>();
         list.setCurrent(50);

@@ -41,10 +41,11 @@ uint schemeOf(QVariant value)
 
 QPalette darkPalette()
 {
-    const QColor window(0x25, 0x26, 0x2b), base(0x1c, 0x1d, 0x21), text(0xe8, 0xe9, 0xed);
+    // Fields are lighter than windows: the style draws their outlines darker than both.
+    const QColor window(0x20, 0x21, 0x25), base(0x31, 0x33, 0x3a), text(0xe8, 0xe9, 0xed);
     QPalette palette(window, window);
     palette.setColor(QPalette::WindowText, text);
-    palette.setColor(QPalette::Mid, QColor(0x3c, 0x3d, 0x44));
+    palette.setColor(QPalette::Mid, QColor(0x47, 0x49, 0x52));
     palette.setColor(QPalette::Base, base);
     palette.setColor(QPalette::AlternateBase, window);
     palette.setColor(QPalette::Text, text);
@@ -55,7 +56,7 @@ QPalette darkPalette()
     palette.setColor(QPalette::Link, QColor(0x7d, 0xa9, 0xff));
     palette.setColor(QPalette::Highlight, QColor(0x3b, 0x6f, 0xd9));
     palette.setColor(QPalette::HighlightedText, Qt::white);
-    const QColor faint(0x7c, 0x7e, 0x87);
+    const QColor faint(0x8a, 0x8c, 0x95);
     palette.setColor(QPalette::PlaceholderText, faint);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, faint);

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#include "settings/EmailSettingsTab.h"
+
+#include "EmailScheduler.h"
+#include "FormParts.h"
+#include "Preferences.h"
+#include "settings/PreferenceControls.h"
+
+#include <QCheckBox>
+#include <QFormLayout>
+#include <QLineEdit>
+#include <QTimeEdit>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+constexpr int defaultHour = 8;
+}
+
+EmailSettingsTab::EmailSettingsTab(const SettingsParts &parts, QWidget *parent)
+    : QWidget(parent)
+    , m_parts(parts)
+    , m_sendTime(new QTimeEdit)
+{
+    const auto reschedule = [&scheduler = parts.scheduler](const auto &) {
+        scheduler.scheduleNextEmail();
+    };
+    m_sendTime->setDisplayFormat(u"HH:mm"_s);
+    showSendTime();
+    connect(m_sendTime, &QTimeEdit::editingFinished, this, &EmailSettingsTab::chooseSendTime);
+    connect(&m_parts.preferences, &Preferences::changed, this, &EmailSettingsTab::showSendTime);
+
+    auto *const form = makeForm();
+    addRow(form, tr("Email Address"),
+           preferenceField(parts.preferences, preferenceKeys::emailAddress, tr("you@example.com"),
+                           reschedule));
+    addRow(form, tr("Send Time"), m_sendTime);
+    auto *const column = new QVBoxLayout(this);
+    column->setContentsMargins(16, 16, 16, 16);
+    column->setSpacing(10);
+    column->addWidget(preferenceToggle(parts.preferences, preferenceKeys::emailDigestEnabled, false,
+                                       tr("Enable Daily Email Digest"), reschedule));
+    column->addLayout(form);
+    column->addStretch();
+}
+
+void EmailSettingsTab::showSendTime()
+{
+    const int hour =
+        m_parts.preferences.integer(preferenceKeys::emailSendHour).value_or(defaultHour);
+    if (const QTime time(hour, 0); time.isValid())
+        m_sendTime->setTime(time);
+}
+
+/// The digest goes out on the hour, so the minutes that were chosen go back to none: both screens
+/// then show the time at which it comes.
+void EmailSettingsTab::chooseSendTime()
+{
+    const int hour = m_sendTime->time().hour();
+    const auto stored = m_parts.preferences.integer(preferenceKeys::emailSendHour);
+    if (hour != stored.value_or(defaultHour)) {
+        m_parts.preferences.set(preferenceKeys::emailSendHour, hour);
+        m_parts.scheduler.scheduleNextEmail();
+    }
+    showSendTime();
+}

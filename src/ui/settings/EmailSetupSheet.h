@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "settings/SettingsParts.h"
+
+#include <QDialog>
+
+class EmailSettingsViewModel;
+class QLabel;
+class QLineEdit;
+
+/// Asks for the mail provider's key and the sender address. Stays open until they are saved or the
+/// user cancels.
+class EmailSetupSheet : public QDialog
+{
+    Q_OBJECT
+public:
+    /// `model` outlives the sheet.
+    EmailSetupSheet(const SettingsParts &parts, EmailSettingsViewModel &model, QWidget *parent);
+
+protected:
+    bool event(QEvent *event) override;
+
+private:
+    QLayout *makeButtons();
+    void fit();
+    void save();
+    void refresh();
+
+    EmailSettingsViewModel &m_model;
+    QLineEdit *m_apiKey;
+    QLineEdit *m_fromEmail;
+    QLabel *m_error;
+    bool m_hasTried = false; ///< an error of an earlier sheet is none of this one
+};

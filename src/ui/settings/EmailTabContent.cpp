@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: MIT
+#include "settings/EmailTabContent.h"
+
+#include "Caption.h"
+#include "Confirmation.h"
+#include "EmailScheduler.h"
+#include "FormParts.h"
+#include "IconButton.h"
+#include "IconLabel.h"
+#include "Preferences.h"
+#include "Spinner.h"
+#include "settings/EmailSetupSheet.h"
+#include "settings/PreferenceControls.h"
+#include "settings/ProviderPages.h"
+
+#include <QBoxLayout>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFormLayout>
+#include <QFrame>
+#include <QLineEdit>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int cardIconSize = 28;
+constexpr int defaultHour = 8;
+
+QList<PickerEntry> hours()
+{
+    QList<PickerEntry> entries;
+    for (int hour = 0; hour < 24; ++hour)
+        entries.append({u"%1:00"_s.arg(hour, 2, 10, QChar(u'0')), hour});
+    return entries;
+}
+
+} // namespace
+
+EmailTabContent::EmailTabContent(const SettingsParts &parts, QWidget *parent)
+    : QWidget(parent)
+    , m_parts(parts)
+    , m_model(m_parts)
+    , m_setupCard(makeSetupCard())
+    , m_sender(makeSender())
+{
+    auto *const column = new QVBoxLayout(this);
+    column->setSpacing(10);
+    column->addWidget(m_setupCard);
+    column->addWidget(m_sender);
+    column->addWidget(new Caption(tr("Send your captured links to your inbox with AI summaries.")));
+    addPreferences(column);
+    column->addWidget(divider());
+    column->addLayout(makeSending());
+    column->addWidget(m_outcome);
+    column->addStretch();
+
+    connect(&m_model, &EmailSettingsViewModel::changed, this, &EmailTabContent::refresh);
+    refresh();
+    m_model.refresh();
+}
+
+QWidget *EmailTabContent::makeSetupCard()
+{
+    auto *const card = new QFrame;
+    card->setFrameShape(QFrame::StyledPanel);
+    auto *const title = heading(tr("Email Setup Required"));
+    auto *const text = new Caption(tr("To send emails, you'll need a free Resend API key. This "
+                                      "keeps your data private - emails are sent directly from "
+                                      "your Mac."));
+    text->setAlignment(Qt::AlignHCenter);
+    auto *const setUp = new QPushButton(tr("Set Up Email..."));
+    connect(setUp, &QPushButton::clicked, this, &EmailTabContent::showSetup);
+
+    auto *const column = new QVBoxLayout(card);
+    column->addWidget(new IconLabel(u"envelope-badge"_s, cardIconSize), 0, Qt::AlignHCenter);
+    column->addWidget(title, 0, Qt::AlignHCenter);
+    column->addWidget(text);
+    if (QWidget *const link =
+            providerLink(m_parts, providerPages::apiKeys, tr("Get a free API key at resend.com")))
+        column->addWidget(link, 0, Qt::AlignHCenter);
+    column->addWidget(setUp, 0, Qt::AlignHCenter);
+    return card;
+}
+
+QWidget *EmailTabContent::makeSender()
+{
+    m_senderText = new QLabel;
+    m_senderText->setTextFormat(Qt::PlainText);
+    m_senderText->setWordWrap(true);
+    auto *const change = new QPushButton(tr("Change..."));
+    connect(change, &QPushButton::clicked, this, &EmailTabContent::showSetup);
+    auto *const remove = new IconButton(u"trash"_s, tr("Remove"));
+    connect(remove, &IconButton::clicked, this, &EmailTabContent::confirmRemoval);
+
+    auto *const sender = new QWidget;
+    auto *const line = new QHBoxLayout(sender);
+    line->setContentsMargins(0, 0, 0, 0);
+    line->addWidget(m_senderText, 1);
+    line->addWidget(change);
+    line->addWidget(remove);
+    return sender;
+}
+
+void EmailTabContent::addPreferences(QVBoxLayout *column)
+{
+    Preferences &preferences = m_parts.preferences;
+    const auto reschedule = [&scheduler = m_parts.scheduler](const auto &) {
+        scheduler.scheduleNextEmail();
+    };
+    auto *const form = makeForm();
+    addRow(form, tr("Send To"),
+           preferenceField(preferences, preferenceKeys::emailAddress, tr("you@example.com"),
+                           reschedule));
+    auto *const time = makeForm();
+    addRow(time, tr("Send at"),
+           preferencePicker(preferences, preferenceKeys::emailSendHour, defaultHour, hours(),
+                            reschedule));
+
+    column->addWidget(preferenceToggle(preferences, preferenceKeys::emailDigestEnabled, false,
+                                       tr("Enable Daily Email Digest"), reschedule));
+    column->addLayout(form);
+    column->addWidget(heading(tr("Send Time")));
+    column->addLayout(time);
+    column->addWidget(preferenceToggle(preferences, preferenceKeys::clearAfterEmail, true,
+                                       tr("Clear links after sending"), reschedule));
+}
+
+QLayout *EmailTabContent::makeSending()
+{
+    m_count = new Caption;
+    m_send = new QPushButton(tr("Send Now"));
+    connect(m_send, &QPushButton::clicked, &m_model, &EmailSettingsViewModel::sendNow);
+    auto *const busy = new QWidget;
+    busy->setFixedSize(20, 20);
+    m_spinner = new Spinner(busy);
+    m_outcome = new QLabel;
+    m_outcome->setWordWrap(true);
+    m_outcome->setTextFormat(Qt::PlainText);
+
+    auto *const line = new QHBoxLayout;
+    line->addWidget(m_count, 1);
+    line->addWidget(busy);
+    line->addWidget(m_send);
+    return line;
+}
+
+void EmailTabContent::showSetup()
+{
+    (new EmailSetupSheet(m_parts, m_model, window()))->open();
+}
+
+void EmailTabContent::confirmRemoval()
+{
+    confirm(this,
+            {tr("Remove Email Configuration?"),
+             tr("The API key and the sender address are removed from this computer."),
+             tr("Remove")},
+            [this] { m_model.removeConfiguration(); });
+}
+
+void EmailTabContent::refresh()
+{
+    m_setupCard->setVisible(!m_model.isConfigured());
+    m_sender->setVisible(m_model.isConfigured());
+    m_senderText->setText(m_model.senderText());
+    m_count->setText(m_model.countText());
+    m_send->setEnabled(!m_model.isSending());
+    m_spinner->setVisible(m_model.isSending());
+    m_outcome->setText(m_model.sendSuccess() ? tr("Email sent successfully!")
+                                             : m_model.sendError().value_or(QString()));
+    m_outcome->setVisible(!m_outcome->text().isEmpty());
+}

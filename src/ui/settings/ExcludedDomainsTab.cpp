@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#include "settings/ExcludedDomainsTab.h"
+
+#include "settings/ExcludedDomainsEditor.h"
+
+#include <QVBoxLayout>
+
+ExcludedDomainsTab::ExcludedDomainsTab(const SettingsParts &parts, QWidget *parent)
+    : QScrollArea(parent)
+    , m_model(parts.modelContext, parts.clock)
+{
+    auto *const content = new QWidget;
+    auto *const column = new QVBoxLayout(content);
+    column->setContentsMargins(16, 16, 16, 16);
+    column->addWidget(new ExcludedDomainsEditor(m_model,
+                                                tr("Links from these domains will not be captured"),
+                                                tr("Domain (e.g., example.com)")));
+    column->addStretch();
+    setWidget(content);
+    setWidgetResizable(true);
+    setFrameShape(QFrame::NoFrame);
+}

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#include "settings/GeneralSettingsTab.h"
+
+#include "Preferences.h"
+#include "settings/PreferenceControls.h"
+
+#include <QCheckBox>
+#include <QVBoxLayout>
+
+GeneralSettingsTab::GeneralSettingsTab(const SettingsParts &parts, QWidget *parent)
+    : QWidget(parent)
+{
+    auto *const column = new QVBoxLayout(this);
+    column->setContentsMargins(16, 16, 16, 16);
+    column->setSpacing(10);
+    column->addWidget(
+        preferenceToggle(parts.preferences, preferenceKeys::showInDock, false, tr("Show in Dock")));
+    column->addWidget(preferenceToggle(parts.preferences, preferenceKeys::launchAtLogin, true,
+                                       tr("Launch at Login"), parts.setLaunchAtLogin));
+    column->addWidget(preferenceToggle(parts.preferences, preferenceKeys::checkForUpdates, true,
+                                       tr("Check for Updates Automatically")));
+    column->addStretch();
+}

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#include "settings/GeneralTabContent.h"
+
+#include "Caption.h"
+#include "FormParts.h"
+#include "Preferences.h"
+#include "settings/PreferenceControls.h"
+#include "updates/UpdaterManager.h"
+
+#include <QBoxLayout>
+#include <QCheckBox>
+#include <QPushButton>
+
+GeneralTabContent::GeneralTabContent(const SettingsParts &parts, QWidget *parent)
+    : QWidget(parent)
+{
+    UpdaterManager &updates = parts.updates;
+    auto *const automatic = new QCheckBox(tr("Automatically install updates"));
+    automatic->setChecked(updates.autoInstallUpdates());
+    connect(automatic, &QCheckBox::clicked, &updates, &UpdaterManager::setAutoInstallUpdates);
+    connect(&updates, &UpdaterManager::autoInstallUpdatesChanged, automatic,
+            [automatic, &updates] { automatic->setChecked(updates.autoInstallUpdates()); });
+    auto *const check = new QPushButton(tr("Check for Updates Now"));
+    connect(check, &QPushButton::clicked, &updates, &UpdaterManager::checkForUpdates);
+
+    auto *const column = new QVBoxLayout(this);
+    column->setSpacing(10);
+    column->addWidget(preferenceToggle(parts.preferences, preferenceKeys::launchAtLogin, false,
+                                       tr("Launch at Login"), parts.setLaunchAtLogin));
+    column->addWidget(divider());
+    column->addWidget(heading(tr("Updates")));
+    column->addWidget(automatic);
+    column->addWidget(check, 0, Qt::AlignLeft);
+    column->addWidget(divider());
+    column->addWidget(
+        new Caption(tr("Strandloom runs in your menu bar and captures URLs you copy.")));
+    column->addStretch();
+}
