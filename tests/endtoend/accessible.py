@@ -45,11 +45,15 @@ class Accessibility:
 
     def type(self, name, text):
         """Replaces what is in a field."""
-        self.click(name)
+        def field():
+            return next((node for node in self.all(name) if node["role"].endswith("text")), None)
+
+        x, y, width, height = wait_until(field, f"field '{name}'")["place"]
+        self.desktop.click(x + width // 2, y + height // 2)
         self.desktop.run("xdotool", "key", "--clearmodifiers", "ctrl+a")
         self.desktop.run("xdotool", "type", "--delay", "8", text)
-        wait_until(lambda: self.find(name).get("text") == text or self.find(name)["role"] ==
-                   "password text", f"'{text}' in '{name}'")
+        wait_until(lambda: field()["role"] == "password text" or field()["text"] == text,
+                   f"'{text}' in '{name}'")  # what a password holds is told to nobody
 
     def choose(self, name, entry):
         """An entry of a picker."""

@@ -1,19 +1,19 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""A scripted user: starts Strandloom on a virtual desktop, opens the panel from the tray, copies this
-and that, and looks at what became of it. Fails when an expectation does not hold."""
+"""A scripted user's first week: starts Strandloom on a virtual desktop, opens the panel from the tray, copies
+this and that, sets everything up, mails, exports, and comes back. Fails when an expectation does not
+hold."""
 
 import datetime
-import http.server
-import json
 import pathlib
 import sqlite3
 import subprocess
 import sys
-import threading
-import uuid
 
-from desktop import Desktop, Failure, Program, Site, wait_until
+from accessible import Accessibility
+from desktop import Desktop, Failure, MailApi, Program, Site, wait_until
+
+KEY = "re_demonstration_0123456789"
 
 PAGES = {
     "/plain": (200, {"Content-Type": "text/html"},
@@ -34,14 +34,6 @@ def expect(condition, what):
         raise Failure(what)
 
 
-def exclude(desktop, domain):
-    """Leaves an excluded domain in the store, as if the user had entered it before."""
-    with sqlite3.connect(desktop.home / "data/strandloom/strandloom.sqlite") as store:
-        now = int(datetime.datetime.now().timestamp() * 1_000_000)
-        store.execute("INSERT INTO excludedDomains (id, domain, addedAt) VALUES (?, ?, ?)",
-                      (uuid.uuid4().bytes, domain, now))
-
-
 def dark_desktop(desktop, dark):
     """Sets the desktop's colour scheme, which programs read from the settings portal."""
     portal = pathlib.Path(__file__).parent / "settings_portal.py"
@@ -60,8 +52,6 @@ def copy_things(desktop, program, site):
     program.wait_for_line("Skipping rapid duplicate URL: " + site.url("/slash"))
     desktop.copy(site.url("/plain"))
     program.wait_for_line("Skipping existing URL: " + site.url("/plain"))
-    desktop.copy("https://www.excluded.example/secret")
-    program.wait_for_line("Skipping excluded domain: https://www.excluded.example/secret")
     desktop.copy("ftp://files.example/archive.tar")
     desktop.copy("strandloom")
     desktop.copy(site.url("/latin"))
@@ -83,10 +73,9 @@ def check_list(program, site):
            "five links, newest first, with their titles")
 
 
-def summarize(desktop, program, panel, output, site):
+def summarize(desktop, program, widgets, panel, output, site):
     print("Pressing the summarise button.", flush=True)
-    x, y, width, height = desktop.geometry(panel)
-    desktop.click(x + width - 52, y + height - 18)
+    widgets.click("Generate AI summaries for 5 links")
     program.wait_for_line("Generated summary for")
     desktop.screenshot(output / "panel-summarizing.png", panel)
     program.wait_for_line("Batch summarization complete: 5 links processed")
@@ -101,109 +90,166 @@ def summarize(desktop, program, panel, output, site):
         site.url("/slash"): "A Trailing Slash - a webpage on 127.0.0.1.",
         site.url("/plain"): "Weaving by Hand & by Loom - a webpage on 127.0.0.1.",
     }, "every page that answers has its summary")
+    x, y, _, _ = desktop.geometry(panel)
     desktop.click(x + 100, y + 60)
     desktop.run("sleep", "0.4")  # the row expands in 0.2 s
 
 
-class MailApi:
-    """A double of the mail provider on this machine: keeps what is posted to it."""
-
-    def __init__(self):
-        received = self.received = []
-
-        class Handler(http.server.BaseHTTPRequestHandler):
-            def do_POST(self):
-                body = self.rfile.read(int(self.headers["Content-Length"]))
-                received.append((self.path, dict(self.headers), json.loads(body)))
-                self.send_response(200)
-                self.end_headers()
-                self.wfile.write(b'{"id": "demonstration"}')
-
-            def log_message(self, *_):
-                pass
-
-        self.server = http.server.HTTPServer(("127.0.0.1", 0), Handler)
-        threading.Thread(target=self.server.serve_forever, daemon=True).start()
-
-    def close(self):
-        self.server.shutdown()
-        self.server.server_close()
+def settings_tab(widgets, tab):
+    if not widgets.all("Back"):
+        widgets.click("Settings", "push button")
+    widgets.click(tab, "page tab")
 
 
-def store_in_keyring(desktop, account, secret):
-    desktop.run("secret-tool", "store", "--label=Strandloom", "service", "app.strandloom",
-                "account", account, input=secret.encode())
+def exclude_a_domain(desktop, program, widgets, output, panel):
+    print("Excluding a domain in the settings.", flush=True)
+    settings_tab(widgets, "Excluded")
+    widgets.type("Domain to exclude", " HTTPS://Excluded.Example/path?query ")
+    desktop.key("Return")
+    widgets.find("Remove excluded.example")
+    desktop.copy("https://www.excluded.example/secret")
+    program.wait_for_line("Skipping excluded domain: https://www.excluded.example/secret")
+    desktop.screenshot(output / "settings-excluded.png", panel)
 
 
-def mail_the_digest(desktop, binary, output):
-    """An hour of today that has passed is the digest's: the next opening catches it up."""
-    print("A key is in the keyring, and today's digest is due.", flush=True)
-    api = MailApi()
-    store_in_keyring(desktop, "resend_api_key", "re_demonstration_0123456789")
-    store_in_keyring(desktop, "resend_from_email", "loom@example.org")
-    preferences = desktop.home / "config/strandloom/settings.ini"
-    preferences.parent.mkdir(parents=True, exist_ok=True)
-    preferences.write_text("[General]\nemailDigestEnabled=true\nemailSendHour=1\n"
-                           "emailAddress=reader@example.org\nclearAfterEmail=true\n")
-    information = desktop.home / "strandloom.ini"
-    information.write_text(f"MailAPI=http://127.0.0.1:{api.server.server_port}\n"
-                           "ProductSite=https://strandloom.example\n")
-    desktop.run(binary, "digest", "--output", str(output / "digest.html"))
-
-    # A zone in which it is neither before the hour nor about to be midnight.
-    zone = "UTC-12" if datetime.datetime.now(datetime.timezone.utc).hour < 12 else "UTC"
-    program = Program(desktop, binary, STRANDLOOM_INFO=str(information), TZ=zone)
-    program.wait_for_line("Tray icon shown")
-    desktop.click(*tray_icon(desktop))
-    program.wait_for_line("Email sent successfully. Message ID: demonstration")
+def mail_by_hand(desktop, program, widgets, api, output, panel):
+    print("Setting up e-mail, then sending the digest at once.", flush=True)
+    settings_tab(widgets, "Email")
+    widgets.click("Set Up Email...")
+    widgets.type("API Key", "re_demo")
+    widgets.type("From Email", "loom@example.org")
+    widgets.click("Save")
+    widgets.find("API key is too short")
+    widgets.type("API Key", KEY)
+    desktop.screenshot(output / "setup.png", desktop.window("Resend API Setup.*"))
+    widgets.click("Save")
+    widgets.find("Sending from: loom@example.org")
+    widgets.type("Send To", "reader@example.org")
+    widgets.click("Send Now")
+    widgets.find("Email sent successfully!")
+    desktop.screenshot(output / "settings-email.png", panel)
     (path, headers, mail), = api.received
     print(f"  {path}: {mail['from']} -> {mail['to'][0]}: {mail['subject']}", flush=True)
-    expect(path == "/emails" and headers["Authorization"] == "Bearer re_demonstration_0123456789",
+    expect(path == "/emails" and headers["Authorization"] == f"Bearer {KEY}",
            "the mail went to the provider with the key")
     expect(mail["html"].count('<div class="link-card">') == 5, "the digest holds five links")
+    expect(len(program.list()[1]) == 5, "the links are still in the list")
+
+
+def save_as(desktop, path):
+    """Answers the save dialog."""
+    desktop.window("Save.*")
+    desktop.run("xdotool", "key", "--clearmodifiers", "ctrl+a")
+    desktop.run("xdotool", "type", "--delay", "8", str(path))
+    desktop.key("Return")
+    wait_until(path.exists, path)
+
+
+def export_all(desktop, program, widgets, output, panel):
+    print("Exporting from the settings and from the window.", flush=True)
+    for extension, choice in (("txt", "Plain Text"), ("md", "Markdown"), ("pdf", "PDF")):
+        settings_tab(widgets, "Data")
+        widgets.click("Export Links...")
+        widgets.find("Links to export: 5")
+        widgets.choose("Format", choice)
+        desktop.screenshot(output / "export-compact.png", panel)
+        widgets.click("Export", "push button")
+        path = (output / f"links-export.{extension}").resolve()
+        path.unlink(missing_ok=True)
+        save_as(desktop, path)
+        widgets.find("Stored Links: 5")
+        expect((b"%PDF" if extension == "pdf" else b"A Trailing Slash") in path.read_bytes(),
+               f"{path.name} is written")
+    desktop.key("Escape")
+    desktop.click(*desktop.tray_icon(), button=3)
+    desktop.run("sleep", "0.3")
+    desktop.key("Down", "Down", "Down", "Return")
+    window = desktop.window("Export Links.*")
+    widgets.type("Filter links...", "trailing")
+    widgets.find("1 links to export")
+    widgets.toggle("Clear from list after export")
+    desktop.screenshot(output / "export.png", window)
+    desktop.key("Return")
+    path = (output / "links.md").resolve()
+    path.unlink(missing_ok=True)
+    save_as(desktop, path)
+    widgets.gone("Filter links...")
+    text = path.read_text()
+    expect("A Trailing Slash" in text and "Weaving" not in text, "only the filtered link is written")
+    wait_until(lambda: len(program.list()[1]) == 4, "the exported link to leave the list")
+
+
+def plan_the_digest(desktop, widgets):
+    print("The digest is to come daily at one o'clock, and old links are to go.", flush=True)
+    settings_tab(widgets, "Email")
+    widgets.toggle("Enable Daily Email Digest")
+    widgets.choose("Send at", "01:00")
+    widgets.toggle("Clear links after sending")  # shown on while nothing is chosen
+    widgets.toggle("Clear links after sending")
+    settings_tab(widgets, "Data")
+    widgets.choose("Auto-delete after", "30 days")
+    preferences = (desktop.home / "config/strandloom/settings.ini").read_text().split()
+    for line in ("emailDigestEnabled=true", "emailSendHour=1", "clearAfterEmail=true",
+                 "autoPruneDays=30", "emailAddress=reader@example.org"):
+        expect(line in preferences, line)
+    expect(not any("launchAtLogin" in line for line in preferences),
+           "what was not touched is not written")
+
+
+def let_days_pass(desktop, url):
+    """Makes a link older than the user wants links to be kept."""
+    with sqlite3.connect(desktop.home / "data/strandloom/strandloom.sqlite") as store:
+        month = 31 * 86400 * 1_000_000
+        store.execute("UPDATE links SET copiedAt = copiedAt - ? WHERE url = ?", (month, url))
+
+
+def the_next_morning(desktop, binary, site, api):
+    """An hour of today that has passed is the digest's: the next opening catches it up."""
+    print("The next start: an old link goes, and today's digest is due.", flush=True)
+    # A zone in which it is neither before the hour nor about to be midnight.
+    zone = "UTC-12" if datetime.datetime.now(datetime.timezone.utc).hour < 12 else "UTC"
+    program = Program(desktop, binary, TZ=zone)
+    program.wait_for_line("Tray icon shown")
+    desktop.click(*wait_until(desktop.tray_icon, "the icon in the tray"))
+    program.wait_for_line("Auto-pruned 1 old links")
+    program.wait_for_line("Email sent successfully. Message ID: demonstration")
+    _, _, mail = api.received[-1]
+    expect(len(api.received) == 2 and mail["html"].count('<div class="link-card">') == 3,
+           "the digest holds the three links that are left")
+    expect(site.url("/gone") not in mail["html"], "without the one that was pruned")
     wait_until(lambda: program.list() == (1, []), "the sent links to leave the list")
-    expect(program.quit() == 0, "quits with 0")
-    api.close()
+    return program
 
 
-def tray_icon(desktop):
-    """The middle of the program's icon, the only one in the tray; None before it is there."""
-    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--classname", "strandloom"],
-                           env=desktop.environment, capture_output=True, text=True).stdout.split()
-    if not found:
-        return None
-    x, y, width, height = desktop.geometry(found[0])
-    return x + width // 2, y + height // 2
+def find_key(desktop):
+    """The files under the user's home that hold the key, besides the keyring's own."""
+    return [path for path in desktop.home.rglob("*") if path.is_file() and not path.is_symlink()
+            and "keyrings" not in path.parts and KEY.encode() in path.read_bytes()]
 
 
 def main(binary, output):
     output = pathlib.Path(output)
     output.mkdir(parents=True, exist_ok=True)
-    site = Site(PAGES)
+    site, api = Site(PAGES), MailApi()
     with Desktop() as desktop:
         desktop.start_keyring()
-        print("First start: makes the store. Then a domain is excluded.", flush=True)
-        first = Program(desktop, binary, "--background")
-        store = desktop.home / "data/strandloom/strandloom.sqlite"
-        wait_until(store.exists, "the store")
-        first.wait_for_line("Started")
-        expect(first.quit() == 0, "quits with 0 on SIGTERM")
-        exclude(desktop, "Excluded.Example")
-
+        information = desktop.home / "strandloom.ini"
+        information.write_text(f"MailAPI=http://127.0.0.1:{api.server.server_port}\n"
+                               "ProductSite=https://strandloom.example\n")
+        desktop.environment["STRANDLOOM_INFO"] = str(information)
         program = Program(desktop, binary)
         program.wait_for_line("Tray icon shown")
         desktop.copy(site.url("/plain"))
         expect(program.list() == (1, []), "nothing is captured before the panel was opened")
 
         print("Opening the panel with a click on the tray icon.", flush=True)
-        wait_until(lambda: tray_icon(desktop), "the icon in the tray")
-        desktop.click(*tray_icon(desktop))
+        desktop.click(*wait_until(desktop.tray_icon, "the icon in the tray"))
         panel = desktop.window("Strandloom")
         desktop.screenshot(output / "panel-loading.png", panel)
+        widgets = Accessibility(desktop)
         copy_things(desktop, program, site)
         check_list(program, site)
-
-        summarize(desktop, program, panel, output, site)
+        summarize(desktop, program, widgets, panel, output, site)
 
         print("Looking at the panel.", flush=True)
         desktop.screenshot(output / "panel.png", panel)
@@ -212,13 +258,26 @@ def main(binary, output):
         desktop.run("sleep", "0.3")
         desktop.screenshot(output / "panel-dark.png", panel)
         portal.terminate()
+        portal.wait()
+        dark_desktop(desktop, False)
+        program.wait_for_line("Colour scheme: light")
 
-        print("\n$ strandloom list", flush=True)
-        subprocess.run([program.binary, "list"], env=desktop.environment, check=True)
-        expect(program.quit() == 0, "quits with 0")
-        mail_the_digest(desktop, program.binary, output)
+        exclude_a_domain(desktop, program, widgets, output, panel)
+        mail_by_hand(desktop, program, widgets, api, output, panel)
+        export_all(desktop, program, widgets, output, panel)
+        desktop.click(*desktop.tray_icon())
+        plan_the_digest(desktop, widgets)
+        widgets.click("Back")
+        widgets.click("Quit Strandloom")
+        expect(program.process.wait(10) == 0, "the panel's button quits with 0")
+
+        let_days_pass(desktop, site.url("/gone"))
+        program = the_next_morning(desktop, binary, site, api)
+        expect(find_key(desktop) == [], "the key is in no file but the keyring")
+        expect(program.quit() == 0, "SIGTERM quits with 0")
     site.close()
-    print(f"Screenshots are in {output}.")
+    api.close()
+    print(f"Screenshots and exports are in {output}.")
 
 
 if __name__ == "__main__":

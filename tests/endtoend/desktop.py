@@ -57,6 +57,31 @@ class Site:
         self.server.server_close()
 
 
+class MailApi:
+    """A double of the mail provider on this machine: keeps what is posted to it."""
+
+    def __init__(self):
+        received = self.received = []
+
+        class Handler(BaseHTTPRequestHandler):
+            def do_POST(self):
+                body = self.rfile.read(int(self.headers["Content-Length"]))
+                received.append((self.path, dict(self.headers), json.loads(body)))
+                self.send_response(200)
+                self.end_headers()
+                self.wfile.write(b'{"id": "demonstration"}')
+
+            def log_message(self, *_):
+                pass
+
+        self.server = ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+
+    def close(self):
+        self.server.shutdown()
+        self.server.server_close()
+
+
 class Desktop:
     """An X server with a session bus, a window manager and a tray, and a home of its own.
     Everything it started ends with it."""
@@ -75,6 +100,7 @@ class Desktop:
             "XDG_CACHE_HOME": str(self.home / "cache"),
             "LC_ALL": "C.UTF-8",
             "QT_QPA_PLATFORM": "xcb",
+            "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
             "QT_LOGGING_RULES": "strandloom.debug=true",
             "no_proxy": "*",
         }
@@ -175,6 +201,15 @@ class Desktop:
         answer = self.run("xdotool", "getwindowgeometry", "--shell", window)
         values = dict(line.split("=") for line in answer.split())
         return tuple(int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
+
+    def tray_icon(self):
+        """The middle of the program's icon, the only one in the tray; None before it is there."""
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--classname", "strandloom"],
+                               env=self.environment, capture_output=True, text=True).stdout.split()
+        if not found:
+            return None
+        x, y, width, height = self.geometry(found[0])
+        return x + width // 2, y + height // 2
 
     def screenshot(self, path, window="root"):
         self.run("import", "-window", window, str(path))
