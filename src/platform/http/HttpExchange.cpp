@@ -249,8 +249,7 @@ int HttpExchange::aboutToRequest(void *self, char *address, char *, int, int)
     auto &exchange = *static_cast<HttpExchange *>(self);
     const auto storage = addressOf(address);
     const auto *const where = storage ? reinterpret_cast<const sockaddr *>(&*storage) : nullptr;
-    if (!where || !exchange.mayContact(*where)
-        || (exchange.m_wasSecure && !exchange.isAt("https:"))) {
+    if (!where || !exchange.mayContact(*where)) {
         exchange.m_isRefused = true;
         return CURL_PREREQFUNC_ABORT;
     }
@@ -260,9 +259,12 @@ int HttpExchange::aboutToRequest(void *self, char *address, char *, int, int)
     return CURL_PREREQFUNC_OK;
 }
 
-/// A public page must not make the program knock at the doors of the user's own network.
+/// A public page must not make the program knock at the doors of the user's own network, nor a
+/// secure one make it go on in the open.
 bool HttpExchange::mayContact(const sockaddr &address) const
 {
+    if (m_wasSecure && !isAt("https:"))
+        return false;
     return !m_wasPublic || m_network.isPublic(address) || isBehindProxy();
 }
 
