@@ -102,6 +102,15 @@ Expected<AtomicFile, FileError> AtomicFile::open(const QString &path)
     return file;
 }
 
+Expected<void, FileError> AtomicFile::replace(const QString &path, QByteArrayView bytes)
+{
+    auto file = open(path);
+    if (!file)
+        return Unexpected{file.error()};
+    file->write(bytes); // `commit` tells of its failure
+    return file->commit();
+}
+
 bool AtomicFile::write(QByteArrayView bytes)
 {
     while (!m_error && !bytes.isEmpty()) {

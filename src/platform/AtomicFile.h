@@ -23,6 +23,8 @@ class AtomicFile
 public:
     /// `path` names a regular file or nothing yet.
     static Expected<AtomicFile, FileError> open(const QString &path);
+    /// All at once: `bytes` become the content of the file at `path`.
+    static Expected<void, FileError> replace(const QString &path, QByteArrayView bytes);
 
     AtomicFile(AtomicFile &&other) noexcept;
     AtomicFile &operator=(AtomicFile &&) = delete;

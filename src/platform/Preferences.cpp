@@ -3,13 +3,71 @@
 
 #include "Calendar.h"
 #include "DebugLog.h"
+#include "IniText.h"
 
 #include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
 #include <QStandardPaths>
+
+#include <cerrno>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr qint64 sizeLimit = 1 << 20; // bytes; a thousand times what is ever written
+
+/// QSettings does the reading alone: where a lock file was left behind, its writing waits for ever.
+QHash<QString, QString> valuesIn(const QString &path)
+{
+    const QFileInfo file(path);
+    if (!file.exists())
+        return {};
+    const bool isReadable = file.isFile() && file.isReadable() && file.size() <= sizeLimit;
+    if (!isReadable) {
+        debugLog(u"Failed to read preferences: " + path);
+        return {};
+    }
+    const QSettings settings(path, QSettings::IniFormat);
+    if (settings.status() != QSettings::NoError)
+        debugLog(u"Preferences are damaged: " + path);
+    QHash<QString, QString> values;
+    for (const QString &key : settings.childKeys()) {
+        const QVariant value = settings.value(key);
+        if (value.typeId() == QMetaType::QString) // and no list or another typed value
+            values.insert(key, value.toString());
+    }
+    return values;
+}
+
+/// What is to stay of the file at `path`.
+Expected<QByteArray, FileError> textOf(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return QByteArray();
+    QFile file(path);
+    if (!info.isFile() || !file.open(QIODevice::ReadOnly))
+        return Unexpected{FileError{path, info.isDir() ? EISDIR : EACCES}};
+    if (file.size() <= sizeLimit)
+        return file.readAll();
+    const QString aside = path + u".damaged";
+    QFile::remove(aside);
+    if (!file.rename(aside))
+        return Unexpected{FileError{path, EFBIG}};
+    return QByteArray();
+}
+
+} // namespace
 
 Preferences::Preferences(const QString &path, QObject *parent)
     : QObject(parent)
-    , m_settings(path, QSettings::IniFormat)
+    , m_path(path)
+    , m_values(valuesIn(path))
 {
 }
 
@@ -21,7 +79,7 @@ QString Preferences::defaultPath()
 
 std::optional<bool> Preferences::boolean(QLatin1StringView key) const
 {
-    const QString text = m_settings.value(key).toString().toLower();
+    const QString text = m_values.value(key).toLower();
     if (text == u"true" || text == u"1")
         return true;
     if (text == u"false" || text == u"0")
@@ -32,49 +90,55 @@ std::optional<bool> Preferences::boolean(QLatin1StringView key) const
 std::optional<int> Preferences::integer(QLatin1StringView key) const
 {
     bool isNumber = false;
-    const int number = m_settings.value(key).toString().toInt(&isNumber);
+    const int number = m_values.value(key).toInt(&isNumber);
     return isNumber ? std::optional(number) : std::nullopt;
 }
 
 std::optional<QString> Preferences::string(QLatin1StringView key) const
 {
-    if (!m_settings.contains(key))
-        return std::nullopt;
-    return m_settings.value(key).toString();
+    const auto value = m_values.find(key);
+    return value == m_values.end() ? std::nullopt : std::optional(*value);
 }
 
 std::optional<Instant> Preferences::date(QLatin1StringView key) const
 {
-    const QDateTime date =
-        QDateTime::fromString(m_settings.value(key).toString(), Qt::ISODateWithMs);
+    const QDateTime date = QDateTime::fromString(m_values.value(key), Qt::ISODateWithMs);
     return date.isValid() ? std::optional(instantOf(date)) : std::nullopt;
 }
 
 void Preferences::set(QLatin1StringView key, bool value)
 {
-    write(key, value);
+    keep(key, value ? u"true"_s : u"false"_s);
 }
 
 void Preferences::set(QLatin1StringView key, int value)
 {
-    write(key, value);
+    keep(key, QString::number(value));
 }
 
 void Preferences::set(QLatin1StringView key, const QString &value)
 {
-    write(key, value);
+    keep(key, value);
 }
 
 void Preferences::set(QLatin1StringView key, Instant value)
 {
-    write(key, dateTimeOf(value).toUTC().toString(Qt::ISODateWithMs));
+    keep(key, dateTimeOf(value).toUTC().toString(Qt::ISODateWithMs));
 }
 
-void Preferences::write(QLatin1StringView key, const QVariant &value)
+void Preferences::keep(QLatin1StringView key, const QString &value)
 {
-    m_settings.setValue(key, value);
-    m_settings.sync();
-    if (m_settings.status() != QSettings::NoError)
-        debugLog(u"Failed to write preferences: " + m_settings.fileName());
+    m_values.insert(key, value);
+    if (const auto written = write(key, value); !written)
+        debugLog(u"Failed to write preferences: " + description(written.error()));
     Q_EMIT changed(key);
+}
+
+Expected<void, FileError> Preferences::write(QLatin1StringView key, const QString &value) const
+{
+    QDir().mkpath(QFileInfo(m_path).path()); // the file's own error tells when that failed
+    const auto text = textOf(m_path);
+    if (!text)
+        return Unexpected{text.error()};
+    return AtomicFile::replace(m_path, withIniValue(*text, key, value));
 }

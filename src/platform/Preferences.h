@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "AtomicFile.h"
 #include "Clock.h"
 
+#include <QHash>
 #include <QObject>
-#include <QSettings>
 #include <QString>
 
 #include <optional>
@@ -25,7 +26,9 @@ inline constexpr QLatin1StringView lastEmailSentDate("lastEmailSentDate");
 } // namespace preferenceKeys
 
 /// The user's preferences, in one INI file. A key that was never set, or whose value is not of the
-/// kind asked for, is absent: which default that means is for the reader to say. Main thread only.
+/// kind asked for, is absent: which default that means is for the reader to say. A file that cannot
+/// be read is as good as none; one that cannot be written leaves the values for this run. Either is
+/// logged. Main thread only.
 class Preferences : public QObject
 {
     Q_OBJECT
@@ -50,7 +53,9 @@ Q_SIGNALS:
     void changed(QLatin1StringView key);
 
 private:
-    void write(QLatin1StringView key, const QVariant &value);
+    void keep(QLatin1StringView key, const QString &value);
+    Expected<void, FileError> write(QLatin1StringView key, const QString &value) const;
 
-    QSettings m_settings;
+    QString m_path;
+    QHash<QString, QString> m_values;
 };

@@ -63,7 +63,8 @@ struct Machine : MailDesk {
         scheduler->setModelContext(&context());
         scheduler->scheduleNextEmail();
         scheduler->checkAndSendIfNeeded();
-        (void)waitFor(keys.apiKey(UnlockPrompt::never)); // behind that of a send
+        for (int turn = 0; turn < 2; ++turn) // behind that of a send, which may begin a turn later
+            (void)waitFor(keys.apiKey(UnlockPrompt::never));
         settle();
     }
     /// Runs until whatever was sent is sent, which is when the next send is aimed at.
