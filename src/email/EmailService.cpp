@@ -75,11 +75,6 @@ QList<LinkId> idsWithoutSummary(const QList<CapturedLink> &links)
     return ids;
 }
 
-bool isThisMachine(const QString &host)
-{
-    return host == u"localhost" || host == u"127.0.0.1" || host == u"::1";
-}
-
 } // namespace
 
 QString description(const EmailError &error)
@@ -103,16 +98,14 @@ QString description(const EmailError &error)
 
 std::optional<QByteArray> resendEndpoint(const AppInfo &info)
 {
-    QUrl url(info.value(u"MailAPI"_s).value_or(QString()), QUrl::StrictMode);
-    const bool isPermitted =
-        url.scheme() == u"https" || (url.scheme() == u"http" && isThisMachine(url.host()));
-    if (!url.isValid() || url.host().isEmpty() || !isPermitted)
+    auto url = info.endpoint(u"MailAPI"_s);
+    if (!url)
         return std::nullopt;
-    QString path = url.path();
+    QString path = url->path();
     while (path.endsWith(u'/'))
         path.chop(1);
-    url.setPath(path + u"/emails");
-    return url.toEncoded();
+    url->setPath(path + u"/emails");
+    return url->toEncoded();
 }
 
 /// One send, which may outlive the wait for it.

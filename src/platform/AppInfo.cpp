@@ -4,6 +4,16 @@
 #include <QSettings>
 #include <QStandardPaths>
 
+namespace
+{
+
+bool isThisMachine(const QString &host)
+{
+    return host == u"localhost" || host == u"127.0.0.1" || host == u"::1";
+}
+
+} // namespace
+
 AppInfo::AppInfo(QString path)
     : m_path(std::move(path))
 {
@@ -23,4 +33,14 @@ std::optional<QString> AppInfo::value(const QString &key) const
         return std::nullopt;
     const QString text = QSettings(m_path, QSettings::IniFormat).value(key).toString();
     return text.isEmpty() ? std::nullopt : std::optional(text);
+}
+
+std::optional<QUrl> AppInfo::endpoint(const QString &key) const
+{
+    const QUrl url(value(key).value_or(QString()), QUrl::StrictMode);
+    const bool isPermitted =
+        url.scheme() == u"https" || (url.scheme() == u"http" && isThisMachine(url.host()));
+    if (!url.isValid() || url.host().isEmpty() || !isPermitted)
+        return std::nullopt;
+    return url;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QUrl>
 
 #include <optional>
 
@@ -16,6 +17,8 @@ public:
 
     /// Absent when the key is missing or its value is empty.
     std::optional<QString> value(const QString &key) const;
+    /// The address of a service: https, or http on this machine. Absent when `key` names no such.
+    std::optional<QUrl> endpoint(const QString &key) const;
 
 private:
     QString m_path;
