@@ -12,10 +12,12 @@
 #include "WebContentExtractor.h"
 #include "clipboard/ClipboardSource.h"
 #include "desktop/FileSaveDialog.h"
+#include "desktop/LoginItem.h"
 #include "desktop/UrlOpener.h"
 #include "http/CurlHttpClient.h"
 #include "secrets/LibsecretStore.h"
 #include "text/DateText.h"
+#include "updates/UpdateController.h"
 #include "updates/UpdaterManager.h"
 
 #include <QThreadPool>
@@ -48,5 +50,7 @@ struct Services {
         {modelContext, saveDialog,
          [this](QList<LinkId> ids) { return summaries.summarizeAll(std::move(ids)); }, clock,
          systemLocale()}};
+    std::unique_ptr<UpdateController> updateController;
     UpdaterManager updates{preferences};
+    LoginItem loginItem;
 };

@@ -12,6 +12,7 @@
 #include "ModelContext.h"
 #include "Services.h"
 #include "SystemClock.h"
+#include "UpdateView.h"
 #include "desktop/SingleInstance.h"
 #include "desktop/TrayIcon.h"
 #include "desktop/UnixSignal.h"
@@ -74,6 +75,8 @@ StrandloomApp::StrandloomApp(Services &services, SingleInstance &instance, Start
     m_tray->show();
     if (start == Start::normally)
         m_trayPatience = m_services.clock.after(trayPatience, [this] { openWithoutTray(); });
+    // Once the main loop runs, which is after all that the user waits for.
+    QMetaObject::invokeMethod(this, &StrandloomApp::setUpUpdates, Qt::QueuedConnection);
     debugLog(u"Started"_s);
 }
 
@@ -159,7 +162,21 @@ SettingsParts StrandloomApp::settingsParts()
             m_services.urlOpener,
             m_services.info,
             m_services.clock,
-            {}};
+            [this](bool launches) { m_services.loginItem.setLaunchAtLogin(launches); }};
+}
+
+void StrandloomApp::setUpUpdates()
+{
+    UpdateController &controller = *m_services.updateController;
+    connect(&controller, &UpdateController::statusChanged, this, &StrandloomApp::showUpdateStatus);
+    m_services.updates.start(controller);
+}
+
+void StrandloomApp::showUpdateStatus(const UpdateStatus &status)
+{
+    if (!m_update)
+        m_update = std::make_unique<UpdateView>(m_services.urlOpener);
+    m_update->present(status);
 }
 
 void StrandloomApp::showModelLoad()

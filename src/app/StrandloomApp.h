@@ -17,8 +17,10 @@ class QMenu;
 class SettingsView;
 class SingleInstance;
 class TrayIcon;
+class UpdateView;
 struct Services;
 struct SettingsParts;
+struct UpdateStatus;
 
 enum class Start {
     normally,
@@ -46,6 +48,8 @@ public:
 private:
     void buildTrayMenu();
     void openWithoutTray();
+    void setUpUpdates();
+    void showUpdateStatus(const UpdateStatus &status);
     void showModelLoad();
     MenuBarView &panel();
     SettingsParts settingsParts();
@@ -58,6 +62,7 @@ private:
     std::unique_ptr<Alarm> m_trayPatience;
     std::unique_ptr<MenuBarViewModel> m_panelModel; ///< made at the first opening, as is the panel
     std::unique_ptr<MenuBarView> m_panel;
+    std::unique_ptr<UpdateView> m_update; ///< made when there is first something to tell
     QPointer<SettingsView> m_settings; ///< null while it is closed
     QPointer<ExportView> m_export; ///< null while it is closed
 };
