@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "AppInfo.h"
 
+#include <QCoreApplication>
+#include <QFile>
 #include <QSettings>
 #include <QStandardPaths>
 
@@ -23,6 +25,10 @@ QString AppInfo::defaultPath()
 {
     if (const QString named = qEnvironmentVariable("STRANDLOOM_INFO"); !named.isEmpty())
         return named;
+    const QString own =
+        QCoreApplication::applicationDirPath() + u"/../share/strandloom/strandloom.ini";
+    if (QFile::exists(own))
+        return own;
     return QStandardPaths::locate(QStandardPaths::GenericDataLocation,
                                   QStringLiteral("strandloom/strandloom.ini"));
 }

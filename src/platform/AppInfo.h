@@ -12,7 +12,8 @@ class AppInfo
 public:
     /// A missing file is as good as an empty one.
     explicit AppInfo(QString path);
-    /// The file that STRANDLOOM_INFO names, else the one in the installed data folders.
+    /// The file that STRANDLOOM_INFO names, else the one installed with this program, else one in
+    /// the data folders. Needs the application object.
     static QString defaultPath();
 
     /// Absent when the key is missing or its value is empty.
