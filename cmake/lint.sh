@@ -14,9 +14,34 @@ mapfile -t sources < <(git ls-files 'src/*.cpp' 'src/*.h' 'tests/*.cpp' 'tests/*
 fail 'Not formatted (clang-format -i):' \
     "$(clang-format --dry-run "${sources[@]}" 2>&1 | grep -o '^[^:]*: warning' | cut -d: -f1 | sort -u)"
 
-mapfile -t licensed < <(git ls-files '*.cpp' '*.h' '*.py' '*.sh' '*.cmake' '*CMakeLists.txt' dev .ci/run)
+mapfile -t licensed < <(git ls-files '*.cpp' '*.h' '*.py' '*.sh' '*.cmake' '*CMakeLists.txt' dev .ci/run \
+    'packaging/completions/*' '*.1' '*.metainfo.xml')
 fail 'Without a licence line (SPDX-License-Identifier: MIT):' \
     "$(grep -L 'SPDX-License-Identifier: MIT' "${licensed[@]}")"
+
+# What an installation consists of, each by its own validator.
+validate() { # COMMAND...
+    local output
+    output=$("$@" 2>&1) || fail "$*" "${output:-It fails.}"
+}
+validate desktop-file-validate packaging/app.strandloom.desktop
+# The id is our domain strandloom.app reversed; the rule wants a third part.
+validate appstreamcli validate --no-net --override=cid-desktopapp-is-not-rdns=info \
+    packaging/app.strandloom.metainfo.xml
+validate mandoc -Tlint packaging/strandloom.1
+fail 'man:' "$(LC_ALL=C.UTF-8 man --warnings -Tutf8 -Z -l packaging/strandloom.1 2>&1 >/dev/null)"
+validate bash -n packaging/completions/strandloom.bash
+validate zsh -n packaging/completions/_strandloom
+validate fish -n packaging/completions/strandloom.fish
+mapfile -t drawings < <(git ls-files '*.svg' '*.qrc')
+validate xmllint --noout "${drawings[@]}"
+
+version=$(sed -n 's/^project(Strandloom VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+for release in "packaging/app.strandloom.metainfo.xml:<release version=\"$version\"" \
+    "CHANGELOG.md:## $version"; do
+    grep -m 1 "${release#*:}" "${release%%:*}" >/dev/null ||
+        fail 'Not about the version of CMakeLists.txt:' "${release%%:*}"
+done
 
 # g++ 12.2 miscompiles a wait inside a richer expression: the operand is a name or a call of names.
 fail 'A wait stands alone on its line, with named arguments:' \
