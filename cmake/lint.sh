@@ -38,7 +38,7 @@ validate xmllint --noout "${drawings[@]}"
 
 version=$(sed -n 's/^project(Strandloom VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 for release in "packaging/app.strandloom.metainfo.xml:<release version=\"$version\"" \
-    "CHANGELOG.md:## $version"; do
+    "packaging/debian/changelog:strandloom ($version-" "CHANGELOG.md:## $version"; do
     grep -m 1 "${release#*:}" "${release%%:*}" >/dev/null ||
         fail 'Not about the version of CMakeLists.txt:' "${release%%:*}"
 done
