@@ -1,16 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "CommandLine.h"
 
-#include "DigestCommand.h"
-#include "InspectCommand.h"
-#include "ListCommand.h"
 #include "StrandloomApp.h"
+#include "commands/DigestCommand.h"
+#include "commands/InspectCommand.h"
+#include "commands/ListCommand.h"
+#include "commands/Terminal.h"
 
-#include <QApplication>
 #include <QCommandLineParser>
+#include <QCoreApplication>
 
-#include <cstdio>
-#include <cstring>
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <string_view>
 
 using namespace Qt::StringLiterals;
 
@@ -34,30 +37,47 @@ Commands:
     --json         as JSON, one array of objects
     --search TEXT  only those whose address or title contains TEXT
     --limit N      at most N of them
-  inspect        print what the program reads from pages, a JSON object a line; TARGET is a
-                 web address or an HTML file
+  inspect        print what the program reads from pages, a JSON object a line;
+                 TARGET is a web address or an HTML file
     --url URL      the address that files stand for
   digest         write the daily mail as it would be now, as HTML
     --output FILE  into FILE instead of to standard output
 
-list and digest exit with 0 when there are links, with 1 when there are none, and with 2 on wrong usage or a
-store that cannot be read. inspect exits with 0 when all targets could be read, with 1 when some
-could not, and with 2 on wrong usage.
+Exit codes:
+  0  done
+  1  nothing to show, or refused
+  2  wrong usage, or something cannot be read or written
+  3  the program does not run, or runs where it must not
 )";
 
-int refuse(const QString &reason)
+/// Arguments begin with the command's name; the result is the exit code.
+using RunCommand = int (*)(const QStringList &arguments);
+
+template <auto parse, auto run>
+int parseAndRun(const QStringList &arguments)
 {
-    std::fprintf(stderr, "strandloom: %s\nTry 'strandloom --help'.\n", qPrintable(reason));
-    return int(ExitCode::unusable);
+    const auto request = parse(arguments);
+    return request ? run(*request) : refuse(request.error());
 }
 
-/// Parses the arguments behind the program's name and does what they ask for.
-template <typename Parse, typename Run>
-int runCommand(int argc, char **argv, Parse parse, Run run)
+struct Command {
+    std::string_view name;
+    RunCommand run;
+};
+
+constexpr std::array commands{
+    Command{"list", parseAndRun<parseListArguments, runList>},
+    Command{"inspect", parseAndRun<parseInspectArguments, runInspect>},
+    Command{"digest", parseAndRun<parseDigestArguments, runDigest>},
+};
+
+int runCommand(RunCommand run, int argc, char **argv)
 {
+    // Another program's end and a file size limit are errors to be handled, not ends of ours.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     QCoreApplication core(argc, argv);
-    const auto request = parse(core.arguments().mid(1));
-    return request ? run(*request) : refuse(request.error());
+    return run(core.arguments().mid(1));
 }
 
 int runProgram(int argc, char **argv)
@@ -80,22 +100,18 @@ int runProgram(int argc, char **argv)
 
 int runCommandLine(int argc, char **argv)
 {
-    const char *const first = argc > 1 ? argv[1] : "";
-    const auto isFirst = [first](const char *word) { return std::strcmp(first, word) == 0; };
-
-    if (isFirst("--help") || isFirst("-h")) {
-        std::fputs(usage, stdout);
-        return int(ExitCode::done);
+    const std::string_view first = argc > 1 ? argv[1] : "";
+    if (first == "--help" || first == "-h") {
+        print(usage);
+        return finish(ExitCode::done);
     }
-    if (isFirst("--version") || isFirst("-v")) {
-        std::puts("strandloom " STRANDLOOM_VERSION);
-        return int(ExitCode::done);
+    if (first == "--version" || first == "-v") {
+        print("strandloom " STRANDLOOM_VERSION "\n");
+        return finish(ExitCode::done);
     }
-    if (isFirst("list"))
-        return runCommand(argc, argv, parseListArguments, runList);
-    if (isFirst("inspect"))
-        return runCommand(argc, argv, parseInspectArguments, runInspect);
-    if (isFirst("digest"))
-        return runCommand(argc, argv, parseDigestArguments, runDigest);
-    return runProgram(argc, argv);
+    const auto *const command =
+        std::find_if(commands.begin(), commands.end(),
+                     [first](const Command &candidate) { return candidate.name == first; });
+    return command != commands.end() ? runCommand(command->run, argc, argv)
+                                     : runProgram(argc, argv);
 }

@@ -1,12 +1,5 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// What the process ends with. The numbers are part of the command line's promise.
-enum class ExitCode {
-    done = 0,
-    nothing = 1, ///< no rows, or refused
-    unusable = 2, ///< wrong usage, or what is needed cannot be read
-};
-
-/// Runs the command that the arguments name, or the program itself.
+/// Runs the command that the arguments name, or the program itself; returns the exit code.
 int runCommandLine(int argc, char **argv);

@@ -2,8 +2,8 @@
 #include "StrandloomApp.h"
 
 #include "AppState.h"
-#include "CommandLine.h"
 #include "DebugLog.h"
+#include "ExitCode.h"
 #include "ExportView.h"
 #include "ExportViewModel.h"
 #include "MenuBarView.h"

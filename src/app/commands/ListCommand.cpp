@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "ListCommand.h"
+#include "commands/ListCommand.h"
 
 #include "Calendar.h"
-#include "CommandLine.h"
 #include "ModelContainer.h"
 #include "StoreReader.h"
+#include "commands/Terminal.h"
 #include "text/DateText.h"
 #include "text/LocalizedSearch.h"
 
@@ -12,8 +12,6 @@
 #include <QDateTime>
 #include <QJsonDocument>
 #include <QJsonObject>
-
-#include <cstdio>
 
 using namespace Qt::StringLiterals;
 
@@ -29,17 +27,16 @@ QString withoutControls(QString text)
     return text.simplified();
 }
 
-void print(const QList<CapturedLink> &links, bool asJson)
+void printAll(const QList<CapturedLink> &links, bool asJson)
 {
-    const char *separator = "[";
+    const char *separator = "[\n";
     for (const CapturedLink &link : links) {
-        if (asJson)
-            std::printf("%s\n%s", std::exchange(separator, ","), jsonObject(link).constData());
-        else
-            std::printf("%s\n", textLine(link).toUtf8().constData());
+        if (!print(asJson ? QByteArray(std::exchange(separator, ",\n") + jsonObject(link))
+                          : QByteArray(textLine(link).toUtf8() + '\n')))
+            return;
     }
     if (asJson)
-        std::puts(links.isEmpty() ? "[]" : "\n]");
+        print(links.isEmpty() ? "[]\n" : "\n]\n");
 }
 
 } // namespace
@@ -48,10 +45,8 @@ Expected<ListRequest, QString> parseListArguments(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.addOptions({{u"json"_s, {}}, {u"search"_s, {}, u"TEXT"_s}, {u"limit"_s, {}, u"N"_s}});
-    if (!parser.parse(arguments))
-        return Unexpected{parser.errorText()};
-    if (!parser.positionalArguments().isEmpty())
-        return Unexpected{u"unexpected argument '%1'"_s.arg(parser.positionalArguments().first())};
+    if (const auto parsed = parseOptions(parser, arguments); !parsed)
+        return Unexpected{parsed.error()};
 
     ListRequest request;
     request.asJson = parser.isSet(u"json"_s);
@@ -101,15 +96,9 @@ int runList(const ListRequest &request)
         };
     }
     const auto links = readVisibleLinks(ModelContainer::defaultFolder(), filter);
-    if (!links) {
-        std::fprintf(stderr, "strandloom: %s\n", qPrintable(description(links.error())));
-        return int(ExitCode::unusable);
-    }
+    if (!links)
+        return fail(description(links.error()));
     const bool hasRows = *links && !(*links)->isEmpty();
-    print(hasRows ? **links : QList<CapturedLink>(), request.asJson);
-    if (std::fflush(stdout) != 0) {
-        std::fprintf(stderr, "strandloom: %s\n", qPrintable(qt_error_string()));
-        return int(ExitCode::unusable);
-    }
-    return int(hasRows ? ExitCode::done : ExitCode::nothing);
+    printAll(hasRows ? **links : QList<CapturedLink>(), request.asJson);
+    return finish(hasRows ? ExitCode::done : ExitCode::nothing);
 }

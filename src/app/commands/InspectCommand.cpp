@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "InspectCommand.h"
+#include "commands/InspectCommand.h"
 
-#include "CommandLine.h"
 #include "PageEvidence.h"
 #include "PageTitle.h"
 #include "SummaryText.h"
 #include "SystemClock.h"
 #include "WebContentExtractor.h"
 #include "async/Scope.h"
+#include "commands/Terminal.h"
 #include "http/CurlHttpClient.h"
 
 #include <QCommandLineParser>
@@ -16,8 +16,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QThreadPool>
-
-#include <cstdio>
 
 using namespace Qt::StringLiterals;
 
@@ -66,13 +64,12 @@ private:
             if (page) {
                 print(target, *page);
             } else {
-                std::fprintf(stderr, "strandloom: %s: %s\n", qPrintable(target),
-                             qPrintable(page.error()));
+                fail(target + u": " + page.error());
                 code = ExitCode::nothing;
             }
         }
         QMetaObject::invokeMethod(
-            qApp, [code] { QCoreApplication::exit(int(code)); }, Qt::QueuedConnection);
+            qApp, [code] { QCoreApplication::exit(finish(code)); }, Qt::QueuedConnection);
     }
 
     Task<Page> read(QString target)
@@ -97,7 +94,7 @@ private:
         };
         if (const auto title = extractTitle(html))
             object.insert(u"linkTitle"_s, QString::fromStdString(*title));
-        std::puts(QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
+        ::print(QJsonDocument(object).toJson(QJsonDocument::Compact).append('\n'));
     }
 
     InspectRequest m_request;
