@@ -3,6 +3,7 @@
 
 #include "StrandloomApp.h"
 #include "commands/DigestCommand.h"
+#include "commands/ExportCommand.h"
 #include "commands/InspectCommand.h"
 #include "commands/ListCommand.h"
 #include "commands/Terminal.h"
@@ -24,6 +25,8 @@ constexpr auto usage = R"(Usage: strandloom [--background]
        strandloom list [--json] [--search TEXT] [--limit N]
        strandloom inspect [--url URL] TARGET...
        strandloom digest [--output FILE]
+       strandloom export --format FORMAT --output FILE [--range RANGE]
+                         [--search TEXT] [--layout LAYOUT]
 
 Strandloom lives in the tray and remembers every web address you copy.
 
@@ -42,6 +45,16 @@ Commands:
     --url URL      the address that files stand for
   digest         write the daily mail as it would be now, as HTML
     --output FILE  into FILE instead of to standard output
+  export         write the links, or some of them, into a file
+    --format FORMAT  text, markdown, pdf, json, or netscape (bookmarks for
+                     browsers)
+    --output FILE    - is standard output
+    --range RANGE    those copied today, yesterday, last7Days or last30Days, all
+                     (the default), or FROM..TO in ISO dates or date-times in
+                     local time; a date as TO means the end of that day
+    --search TEXT    only those whose address or title contains TEXT
+    --layout LAYOUT  window (the default): oldest first, a text's summary below
+                     its title; compact: newest first, the summary at the end
 
 Exit codes:
   0  done
@@ -67,6 +80,7 @@ struct Command {
 
 constexpr std::array commands{
     Command{"list", parseAndRun<parseListArguments, runList>},
+    Command{"export", parseAndRun<parseExportArguments, runExport>},
     Command{"inspect", parseAndRun<parseInspectArguments, runInspect>},
     Command{"digest", parseAndRun<parseDigestArguments, runDigest>},
 };

@@ -15,21 +15,46 @@ constexpr auto newestFirst =
     "SELECT " LINK_COLUMNS " FROM links WHERE isVisible ORDER BY copiedAt DESC, id DESC";
 constexpr auto storeOrder = "SELECT " LINK_COLUMNS " FROM links WHERE isVisible ORDER BY seq";
 
-Expected<Links, StoreError> readOnce(const QString &folder, const LinkFilter &filter)
+constexpr auto newestPage = "SELECT " LINK_COLUMNS ", seq FROM links "
+                            "WHERE isVisible AND (copiedAt, id) < (?2, ?3) "
+                            "ORDER BY copiedAt DESC, id DESC LIMIT ?1";
+constexpr auto storeOrderPage = "SELECT " LINK_COLUMNS ", seq FROM links "
+                                "WHERE isVisible AND seq>?2 ORDER BY seq LIMIT ?1";
+constexpr int seqColumn = 7;
+constexpr int pageSize = 1000;
+
+Links readAll(StoreDatabase &store, const LinkFilter &filter)
 {
-    const auto store = StoreDatabase::openReadOnly(folder);
-    if (!store)
-        return Unexpected{store.error()};
-    return (*store)->attempt([&] {
-        Links links;
-        Query query = (*store)->query(filter.order == LinkOrder::store ? storeOrder : newestFirst);
-        while ((!filter.limit || links.size() < *filter.limit) && query->executeStep()) {
-            const CapturedLink link = linkFrom(*query);
-            if (!filter.accepts || filter.accepts(link))
-                links.append(link);
-        }
-        return links;
-    });
+    Links links;
+    Query query = store.query(filter.order == LinkOrder::store ? storeOrder : newestFirst);
+    while ((!filter.limit || links.size() < *filter.limit) && query->executeStep()) {
+        const CapturedLink link = linkFrom(*query);
+        if (!filter.accepts || filter.accepts(link))
+            links.append(link);
+    }
+    return links;
+}
+
+/// What `read` makes of the store in `folder`; absent when there is none.
+template <typename Read>
+auto readStore(const QString &folder, Read read)
+    -> Expected<std::optional<std::invoke_result_t<Read, StoreDatabase &>>, StoreError>
+{
+    using Result = std::optional<std::invoke_result_t<Read, StoreDatabase &>>;
+    const QString path = StoreDatabase::pathIn(folder);
+    const auto hasLog = [&path] { return QFileInfo::exists(path + u"-wal"); };
+    if (!QFileInfo::exists(path))
+        return Result();
+    const auto readOnce = [&]() -> Expected<Result, StoreError> {
+        const auto store = StoreDatabase::openReadOnly(folder);
+        if (!store)
+            return Unexpected{store.error()};
+        return (*store)->attempt([&] { return Result(read(**store)); });
+    };
+
+    const bool hadLog = hasLog();
+    auto result = readOnce();
+    return hasLog() == hadLog ? result : readOnce(); // the program started or ended meanwhile
 }
 
 } // namespace
@@ -37,18 +62,44 @@ Expected<Links, StoreError> readOnce(const QString &folder, const LinkFilter &fi
 Expected<std::optional<Links>, StoreError> readVisibleLinks(const QString &folder,
                                                             const LinkFilter &filter)
 {
-    const QString path = StoreDatabase::pathIn(folder);
-    const auto hasLog = [&path] { return QFileInfo::exists(path + u"-wal"); };
-    if (!QFileInfo::exists(path))
-        return std::optional<Links>();
+    return readStore(folder, [&](StoreDatabase &store) { return readAll(store, filter); });
+}
 
-    const bool hadLog = hasLog();
-    auto links = readOnce(folder, filter);
-    if (hasLog() != hadLog)
-        links = readOnce(folder, filter); // the program started or ended meanwhile
-    if (!links)
-        return Unexpected{links.error()};
-    return std::optional(std::move(*links));
+LinkPages::LinkPages(const QString &folder, LinkOrder order)
+    : m_folder(folder)
+    , m_order(order)
+{
+}
+
+Expected<Links, StoreError> LinkPages::next()
+{
+    const auto page = readStore(m_folder, [this](StoreDatabase &store) { return read(store); });
+    if (!page)
+        return Unexpected{page.error()};
+    if (!*page)
+        return Links();
+    m_place = (*page)->next;
+    return (*page)->links;
+}
+
+LinkPages::Page LinkPages::read(StoreDatabase &store) const
+{
+    Query query = store.query(m_order == LinkOrder::store ? storeOrderPage : newestPage);
+    query->bind(1, pageSize);
+    if (m_order == LinkOrder::store) {
+        query->bind(2, int64_t(m_place.seq));
+    } else {
+        bindInstant(*query, 2, m_place.position.copiedAt);
+        bindId(*query, 3, m_place.position.id);
+    }
+    Page page{{}, m_place};
+    while (query->executeStep()) {
+        page.links.append(linkFrom(*query));
+        page.next.seq = query->getColumn(seqColumn).getInt64();
+    }
+    if (!page.links.isEmpty())
+        page.next.position = positionOf(page.links.last());
+    return page;
 }
 
 Expected<void, StoreError> checkIntegrity(const QString &folder)

@@ -2,7 +2,6 @@
 #include "commands/DigestCommand.h"
 
 #include "AppInfo.h"
-#include "AtomicFile.h"
 #include "Digest.h"
 #include "ModelContainer.h"
 #include "StoreReader.h"
@@ -14,26 +13,10 @@
 
 using namespace Qt::StringLiterals;
 
-namespace
-{
-
-Expected<void, QString> writeToFile(const QByteArray &html, const QString &path)
-{
-    auto file = AtomicFile::open(path);
-    if (!file)
-        return Unexpected{description(file.error())};
-    file->write(html);
-    if (const auto committed = file->commit(); !committed)
-        return Unexpected{description(committed.error())};
-    return {};
-}
-
-} // namespace
-
 Expected<DigestRequest, QString> parseDigestArguments(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    parser.addOption({u"output"_s, {}, u"FILE"_s});
+    parser.addOption({u"output"_s, {}, u"FILE"_s, u"-"_s});
     if (const auto parsed = parseOptions(parser, arguments); !parsed)
         return Unexpected{parsed.error()};
     return DigestRequest{parser.value(u"output"_s)};
@@ -51,10 +34,9 @@ int runDigest(const DigestRequest &request)
         AppInfo(AppInfo::defaultPath()).value(u"ProductSite"_s).value_or(QString());
     const DigestContext context{SystemClock().now(), systemLocale(), site};
     const QByteArray html = composeDigestHTML(**links, context).toUtf8();
-    if (request.output.isEmpty()) {
-        print(html);
-        return finish(ExitCode::done);
-    }
-    const auto written = writeToFile(html, request.output);
+    const Outcome written = writeTo(request.output, [&html](const ByteSink &sink) {
+        sink(html);
+        return Outcome();
+    });
     return written ? int(ExitCode::done) : fail(written.error());
 }

@@ -8,7 +8,7 @@
 
 /// What `strandloom digest` was asked for.
 struct DigestRequest {
-    QString output; ///< a file; empty: standard output
+    QString output; ///< a file, or "-" for standard output
 };
 
 /// `arguments` begin with the command's name. The error is a sentence for the user.

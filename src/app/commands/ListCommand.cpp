@@ -2,22 +2,22 @@
 #include "commands/ListCommand.h"
 
 #include "Calendar.h"
+#include "LinkSelection.h"
+#include "LinkStream.h"
 #include "ModelContainer.h"
 #include "StoreReader.h"
 #include "commands/Terminal.h"
 #include "text/DateText.h"
-#include "text/LocalizedSearch.h"
 
 #include <QCommandLineParser>
 #include <QDateTime>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 using namespace Qt::StringLiterals;
 
 namespace
 {
 
+/// On one line, whatever the page wrote into its title.
 QString withoutControls(QString text)
 {
     for (QChar &character : text) {
@@ -27,17 +27,16 @@ QString withoutControls(QString text)
     return text.simplified();
 }
 
-void printAll(const QList<CapturedLink> &links, bool asJson)
+QByteArray textLine(const CapturedLink &link)
 {
-    const char *separator = "[\n";
-    for (const CapturedLink &link : links) {
-        if (!print(asJson ? QByteArray(std::exchange(separator, ",\n") + jsonObject(link))
-                          : QByteArray(textLine(link).toUtf8() + '\n')))
-            return;
-    }
-    if (asJson)
-        print(links.isEmpty() ? "[]\n" : "\n]\n");
+    const QString time = dateTimeOf(link.copiedAt).toString(u"yyyy-MM-dd HH:mm");
+    QString line = time + u"  " + withoutControls(link.url);
+    if (const QString title = withoutControls(link.title.value_or(QString())); !title.isEmpty())
+        line += u"  " + title;
+    return line.toUtf8().append('\n');
 }
+
+const LinkFormat textFormat{"", textLine, "", ""};
 
 } // namespace
 
@@ -60,45 +59,21 @@ Expected<ListRequest, QString> parseListArguments(const QStringList &arguments)
     return request;
 }
 
-QString textLine(const CapturedLink &link)
-{
-    const QString time = dateTimeOf(link.copiedAt).toString(u"yyyy-MM-dd HH:mm");
-    const QString title = link.title ? withoutControls(*link.title) : QString();
-    const QString line = time + u"  " + withoutControls(link.url);
-    return title.isEmpty() ? line : QString(line + u"  " + title);
-}
-
-QByteArray jsonObject(const CapturedLink &link)
-{
-    QJsonObject object{
-        {u"id"_s, link.id.toString(QUuid::WithoutBraces)},
-        {u"url"_s, link.url},
-        {u"copiedAt"_s, dateTimeOf(link.copiedAt).toUTC().toString(Qt::ISODateWithMs)},
-        {u"isExported"_s, link.isExported},
-        {u"isVisible"_s, link.isVisible},
-    };
-    if (link.title)
-        object.insert(u"title"_s, *link.title);
-    if (link.summary)
-        object.insert(u"summary"_s, *link.summary);
-    return QJsonDocument(object).toJson(QJsonDocument::Compact);
-}
-
 int runList(const ListRequest &request)
 {
-    LinkFilter filter{{}, request.limit};
-    if (!request.search.isEmpty()) {
-        const LocalizedSearch search(systemLocale());
-        filter.accepts = [search,
-                          sought = search.folded(request.search)](const CapturedLink &link) {
-            return containsFolded(search.folded(link.url), sought)
-                || (link.title && containsFolded(search.folded(*link.title), sought));
-        };
-    }
+    const LinkSelection selection({}, request.search, LocalizedSearch(systemLocale()));
+    const LinkFilter filter{
+        [&selection](const CapturedLink &link) { return selection.accepts(link); }, request.limit};
     const auto links = readVisibleLinks(ModelContainer::defaultFolder(), filter);
     if (!links)
         return fail(description(links.error()));
-    const bool hasRows = *links && !(*links)->isEmpty();
-    printAll(hasRows ? **links : QList<CapturedLink>(), request.asJson);
-    return finish(hasRows ? ExitCode::done : ExitCode::nothing);
+
+    const ByteSink sink = print;
+    LinkStream stream(request.asJson ? jsonFormat : textFormat, sink);
+    for (const CapturedLink &link : links->value_or(QList<CapturedLink>())) {
+        if (!stream.write(link))
+            break;
+    }
+    stream.end();
+    return finish(*links && !(*links)->isEmpty() ? ExitCode::done : ExitCode::nothing);
 }

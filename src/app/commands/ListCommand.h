@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "CapturedLink.h"
 #include "Expected.h"
 
 #include <QStringList>
@@ -21,8 +20,3 @@ Expected<ListRequest, QString> parseListArguments(const QStringList &arguments);
 /// Prints the visible links of the store, newest first, and returns the exit code. Makes no store
 /// where there is none, and works beside the running program.
 int runList(const ListRequest &request);
-
-/// One line, free of control characters, whatever the page wrote into its title.
-QString textLine(const CapturedLink &link);
-/// An object with the record's fields; absent ones are left out.
-QByteArray jsonObject(const CapturedLink &link);

@@ -1,11 +1,39 @@
 // SPDX-License-Identifier: MIT
 #include "commands/Terminal.h"
 
+#include "AtomicFile.h"
+
 #include <QCommandLineParser>
 
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
+
+namespace
+{
+
+Outcome flushed()
+{
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+        return {};
+    return Unexpected{QString(u"standard output: "_s + qt_error_string())};
+}
+
+Outcome writeFile(const QString &path, const std::function<Outcome(const ByteSink &)> &write)
+{
+    auto file = AtomicFile::open(path);
+    if (!file)
+        return Unexpected{description(file.error())};
+    bool isWriting = true;
+    const Outcome written =
+        write([&](QByteArrayView bytes) { return isWriting = file->write(bytes); });
+    if (!written && isWriting)
+        return written;
+    const auto committed = file->commit();
+    return committed ? Outcome() : Unexpected{description(committed.error())};
+}
+
+} // namespace
 
 int fail(const QString &reason, ExitCode code)
 {
@@ -20,7 +48,7 @@ int refuse(const QString &reason)
     return code;
 }
 
-Expected<void, QString> parseOptions(QCommandLineParser &parser, const QStringList &arguments)
+Outcome parseOptions(QCommandLineParser &parser, const QStringList &arguments)
 {
     if (!parser.parse(arguments))
         return Unexpected{parser.errorText()};
@@ -36,6 +64,14 @@ bool print(QByteArrayView bytes)
 
 int finish(ExitCode code)
 {
-    const bool isWritten = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
-    return isWritten ? int(code) : fail(u"standard output: "_s + qt_error_string());
+    const Outcome written = flushed();
+    return written ? int(code) : fail(written.error());
+}
+
+Outcome writeTo(const QString &output, const std::function<Outcome(const ByteSink &)> &write)
+{
+    if (output != u"-")
+        return writeFile(output, write);
+    const Outcome written = write(print);
+    return written ? flushed() : written;
 }

@@ -3,22 +3,30 @@
 
 #include "ExitCode.h"
 #include "Expected.h"
+#include "ExportDocument.h"
 
-#include <QByteArrayView>
 #include <QStringList>
 
+#include <functional>
+
 class QCommandLineParser;
+
+/// Done, or why not, as a sentence for the user.
+using Outcome = Expected<void, QString>;
 
 /// Says `reason` on standard error; returns `code` for the process to end with.
 int fail(const QString &reason, ExitCode code = ExitCode::unusable);
 /// The same for wrong usage.
 int refuse(const QString &reason);
 
-/// Parses the arguments of a command that takes options only. The error is a sentence for the
-/// user.
-Expected<void, QString> parseOptions(QCommandLineParser &parser, const QStringList &arguments);
+/// Parses the arguments of a command that takes options only.
+Outcome parseOptions(QCommandLineParser &parser, const QStringList &arguments);
 
 /// Appends to standard output; false when it takes no more.
 bool print(QByteArrayView bytes);
 /// What to end with once all is printed: `code`, unless standard output did not take all of it.
 int finish(ExitCode code);
+
+/// Has `write` fill `output`, which is a file, there whole or not at all, or "-" for standard
+/// output.
+Outcome writeTo(const QString &output, const std::function<Outcome(const ByteSink &)> &write);

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+#include "commands/ExportCommand.h"
+
+#include "ExportFile.h"
+#include "LinkSelection.h"
+#include "LinkStream.h"
+#include "ModelContainer.h"
+#include "StoreReader.h"
+#include "SystemClock.h"
+#include "commands/Terminal.h"
+#include "text/DateText.h"
+
+#include <QCommandLineParser>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+using Format = decltype(ExportRequest::format);
+
+std::optional<Format> formatNamed(const QString &name)
+{
+    if (name == u"text")
+        return ExportFormat::text;
+    if (name == u"markdown")
+        return ExportFormat::markdown;
+    if (name == u"pdf")
+        return ExportFormat::pdf;
+    if (name == u"json")
+        return &jsonFormat;
+    if (name == u"netscape")
+        return &netscapeFormat;
+    return std::nullopt;
+}
+
+std::optional<ExportLayout> layoutNamed(const QString &name)
+{
+    if (name == u"window")
+        return ExportLayout::window;
+    if (name == u"compact")
+        return ExportLayout::compact;
+    return std::nullopt;
+}
+
+/// One export of the links in the user's store.
+class Export
+{
+public:
+    explicit Export(const ExportRequest &request)
+        : m_request(request)
+        , m_selection(request.dates, request.search, LocalizedSearch(systemLocale()))
+    {
+    }
+
+    Outcome write(const ByteSink &sink)
+    {
+        if (const auto *const document = std::get_if<ExportFormat>(&m_request.format))
+            return writeAsDocument(*document, sink);
+        return writeAsStream(*std::get<const LinkFormat *>(m_request.format), sink);
+    }
+    bool isEmpty() const { return m_count == 0; }
+
+private:
+    Outcome writeAsDocument(ExportFormat format, const ByteSink &sink)
+    {
+        ExportDocument document{{}, m_request.layout, SystemClock().now(), systemLocale()};
+        const Outcome read = forEachLink([&document](const CapturedLink &link) {
+            document.links.append(link);
+            return true;
+        });
+        if (!read)
+            return read;
+        const ExportResult written = writeDocument(document, format, sink);
+        return written ? Outcome() : Unexpected{description(written.error())};
+    }
+
+    Outcome writeAsStream(const LinkFormat &format, const ByteSink &sink)
+    {
+        LinkStream stream(format, sink);
+        const Outcome read =
+            forEachLink([&stream](const CapturedLink &link) { return stream.write(link); });
+        if (read)
+            stream.end();
+        return read;
+    }
+
+    /// Hands out the selected links in their order until `take` wants no more.
+    Outcome forEachLink(const std::function<bool(const CapturedLink &)> &take)
+    {
+        const bool isWindow = m_request.layout == ExportLayout::window;
+        LinkPages pages(ModelContainer::defaultFolder(),
+                        isWindow ? LinkOrder::store : LinkOrder::newestFirst);
+        auto page = pages.next();
+        for (; page && !page->isEmpty(); page = pages.next()) {
+            for (const CapturedLink &link : *page) {
+                if (!m_selection.accepts(link))
+                    continue;
+                ++m_count;
+                if (!take(link))
+                    return {};
+            }
+        }
+        return page ? Outcome() : Unexpected{description(page.error())};
+    }
+
+    const ExportRequest &m_request;
+    LinkSelection m_selection;
+    qint64 m_count = 0;
+};
+
+} // namespace
+
+Expected<ExportRequest, QString> parseExportArguments(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.addOptions({{u"format"_s, {}, u"FORMAT"_s},
+                       {u"output"_s, {}, u"FILE"_s},
+                       {u"range"_s, {}, u"RANGE"_s, u"all"_s},
+                       {u"search"_s, {}, u"TEXT"_s},
+                       {u"layout"_s, {}, u"LAYOUT"_s, u"window"_s}});
+    if (const auto parsed = parseOptions(parser, arguments); !parsed)
+        return Unexpected{parsed.error()};
+
+    const auto format = formatNamed(parser.value(u"format"_s));
+    if (!format)
+        return Unexpected{QString(u"--format takes text, markdown, pdf, json or netscape"_s)};
+    const QString output = parser.value(u"output"_s);
+    if (output.isEmpty())
+        return Unexpected{QString(u"--output takes a file, or - for standard output"_s)};
+    const auto dates = parseSpan(parser.value(u"range"_s), SystemClock().now());
+    if (!dates)
+        return Unexpected{QString(u"--range takes today, yesterday, last7Days, last30Days, all, or "
+                                  "FROM..TO in ISO dates"_s)};
+    const auto layout = layoutNamed(parser.value(u"layout"_s));
+    if (!layout)
+        return Unexpected{QString(u"--layout takes window or compact"_s)};
+    return ExportRequest{*format, output, *dates, parser.value(u"search"_s), *layout};
+}
+
+int runExport(const ExportRequest &request)
+{
+    Export links(request);
+    const Outcome written =
+        writeTo(request.output, [&links](const ByteSink &sink) { return links.write(sink); });
+    if (!written)
+        return fail(written.error());
+    return int(links.isEmpty() ? ExitCode::nothing : ExitCode::done);
+}

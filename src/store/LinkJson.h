@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "CapturedLink.h"
+
+#include <QByteArray>
+
+class QJsonObject;
+
+/// A link as the JSON object that the command line prints; absent fields are left out.
+QByteArray jsonOf(const CapturedLink &link);
+
+/// The link of such an object. What is missing or makes no sense is as in a link that is copied
+/// now, with an `id` of its own; absent when there is no `url`.
+std::optional<CapturedLink> linkFrom(const QJsonObject &object, Instant now);
