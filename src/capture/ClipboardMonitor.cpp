@@ -4,44 +4,15 @@
 #include "AutoPrune.h"
 #include "DebugLog.h"
 #include "ModelContext.h"
-#include "PageTitle.h"
 #include "UrlGate.h"
-#include "async/OnPool.h"
 #include "clipboard/ClipboardSource.h"
-#include "http/HttpClient.h"
-#include "text/PageText.h"
-#include "text/WebAddress.h"
 
 using namespace Qt::StringLiterals;
-
-namespace
-{
-
-/// Sites answer by it; it is given and not ours to improve.
-const QByteArray titleUserAgent =
-    "Mozilla/5.0 (Macintosh; Intel Mac OS X 10_15_7) AppleWebKit/605.1.15"_ba;
-
-HttpRequest titleRequest(const QByteArray &address)
-{
-    HttpRequest request;
-    request.url = address;
-    request.inactivityLimit = std::chrono::seconds(10);
-    request.headers = {{"User-Agent"_ba, titleUserAgent}};
-    return request;
-}
-
-std::optional<QString> titleOf(const HttpResponse &response)
-{
-    const auto end = response.isTruncated ? BodyEnd::truncated : BodyEnd::complete;
-    const auto title = extractTitle(decodePage(response.body, end));
-    return title ? std::optional(toQString(*title)) : std::nullopt;
-}
-
-} // namespace
 
 ClipboardMonitor::ClipboardMonitor(const Parts &parts, QObject *parent)
     : QObject(parent)
     , m_parts(parts)
+    , m_titles(parts.http, parts.pages)
     , m_lastChangeCount(parts.clipboard.changeCount()) // before any text is read
 {
     loadExcludedDomains();
@@ -134,39 +105,11 @@ void ClipboardMonitor::capture(const QString &url)
     m_parts.modelContext.insert(link);
     debugLog(u"Captured link: " + url);
     remember(url);
-    m_tasks.start(fetchTitle(link.id));
+    m_tasks.start(m_titles.fetchTitle(&m_parts.modelContext, link.id));
 }
 
 void ClipboardMonitor::remember(const QString &url)
 {
     m_lastCopiedURL = url;
     m_lastCopiedTime = m_parts.clock.now();
-}
-
-Task<> ClipboardMonitor::fetchTitle(LinkId id)
-{
-    const auto link = m_parts.modelContext.link(id);
-    if (!link)
-        co_return;
-    const auto address = WebAddress::parse(link->url);
-    if (!address)
-        co_return;
-
-    const HttpRequest request = titleRequest(address->encoded());
-    const HttpReply reply = co_await m_parts.http.send(request);
-    if (!reply) {
-        debugLog(u"Failed to fetch title for " + link->url + u": " + reply.error().message);
-        co_return;
-    }
-    if (reply->status != 200)
-        co_return;
-
-    OnPool<std::optional<QString>> reading(m_parts.pages,
-                                           [response = *reply] { return titleOf(response); });
-    const std::optional<QString> title = co_await reading;
-    if (!title || !m_parts.modelContext.link(id))
-        co_return; // deleted meanwhile: what is gone stays gone
-
-    m_parts.modelContext.setTitle(id, *title);
-    debugLog(u"Fetched title: " + *title);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "CapturedLink.h"
+#include "TitleFetcher.h"
 #include "async/Scope.h"
 
 #include <QObject>
@@ -53,9 +54,9 @@ private:
     bool isStored(const QString &url) const;
     void capture(const QString &url);
     void remember(const QString &url);
-    Task<> fetchTitle(LinkId id);
 
     Parts m_parts;
+    TitleFetcher m_titles;
     qint64 m_lastChangeCount;
     std::optional<QString> m_lastCopiedURL;
     std::optional<Instant> m_lastCopiedTime;

@@ -84,7 +84,7 @@ ModelContext::~ModelContext()
 {
     if (m_unsaved.isEmpty())
         return;
-    if (const auto written = writeUnsaved(); !written)
+    if (const auto written = write(m_unsaved.inOrder()); !written)
         debugLog(u"Links are lost, the store cannot be written: "_s + description(written.error()));
 }
 
@@ -92,6 +92,21 @@ void ModelContext::insert(const CapturedLink &link)
 {
     m_unsaved.keepNew(link);
     saveUnsaved();
+    noteInserted(link);
+}
+
+ModelContext::Result ModelContext::insertAll(const QList<CapturedLink> &links)
+{
+    const Result written = write(links);
+    if (!written)
+        return written;
+    for (const CapturedLink &link : links)
+        noteInserted(link);
+    return {};
+}
+
+void ModelContext::noteInserted(const CapturedLink &link)
+{
     m_counts += countsOf(stateOf(link));
     m_changes.noteInserted(link.id);
     announceLater();
@@ -124,7 +139,7 @@ void ModelContext::update(const LinkId &id, std::optional<QString> CapturedLink:
 
 void ModelContext::saveUnsaved()
 {
-    const auto written = writeUnsaved();
+    const auto written = write(m_unsaved.inOrder());
     if (written)
         m_unsaved.forgetAll();
     else
@@ -142,10 +157,10 @@ void ModelContext::watchUnsaved()
         Q_EMIT hasUnsavedChangesChanged();
 }
 
-ModelContext::Result ModelContext::writeUnsaved()
+ModelContext::Result ModelContext::write(const QList<CapturedLink> &links)
 {
-    return m_database.transaction([this] {
-        for (const CapturedLink &link : m_unsaved.inOrder()) {
+    return m_database.transaction([&] {
+        for (const CapturedLink &link : links) {
             Query save = m_database.query(saveLink);
             bindLink(*save, link);
             save->exec();

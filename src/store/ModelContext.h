@@ -40,6 +40,8 @@ public:
 
     // Links
     void insert(const CapturedLink &link);
+    /// Adds all of `links`, whose ids are new, or none of them.
+    Result insertAll(const QList<CapturedLink> &links);
     /// Does nothing when the link is gone; so does `setSummary`.
     void setTitle(const LinkId &id, const QString &title);
     void setSummary(const LinkId &id, const QString &summary);
@@ -93,7 +95,8 @@ private:
 
     void update(const LinkId &id, std::optional<QString> CapturedLink::*field, const QString &text);
     void saveUnsaved();
-    Result writeUnsaved();
+    Result write(const QList<CapturedLink> &links);
+    void noteInserted(const CapturedLink &link);
     void watchUnsaved();
     Result hideEach(const QList<LinkId> &ids, const char *sql, const LinkChange &change);
     void keepChanged(const QList<LinkId> &ids, const LinkChange &change);
