@@ -26,7 +26,7 @@ constexpr auto usage = R"(Usage: strandloom [--background]
        strandloom inspect [--url URL] TARGET...
        strandloom digest [--output FILE]
        strandloom export --format FORMAT --output FILE [--range RANGE]
-                         [--search TEXT] [--layout LAYOUT]
+                         [--search TEXT] [--layout LAYOUT] [--hide]
 
 Strandloom lives in the tray and remembers every web address you copy.
 
@@ -55,6 +55,7 @@ Commands:
     --search TEXT    only those whose address or title contains TEXT
     --layout LAYOUT  window (the default): oldest first, a text's summary below
                      its title; compact: newest first, the summary at the end
+    --hide           take them off the list once they are written
 
 Exit codes:
   0  done

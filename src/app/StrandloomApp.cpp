@@ -6,6 +6,7 @@
 #include "ExitCode.h"
 #include "ExportView.h"
 #include "ExportViewModel.h"
+#include "LinksAdaptor.h"
 #include "MenuBarView.h"
 #include "MenuBarViewModel.h"
 #include "ModelContainer.h"
@@ -34,6 +35,9 @@ namespace
 
 /// How long a desktop may take to bring up its tray before the user gets a window instead.
 constexpr auto trayPatience = 5s;
+
+/// A command line that writes lets go of the store sooner.
+constexpr auto storePatience = 5s;
 
 /// By name, so that a tray can tint it and follow its own theme; drawn in colour where the icon is
 /// not installed.
@@ -209,10 +213,13 @@ int runStrandloom(int argc, char **argv, Start start)
         return int(ExitCode::done);
 
     SystemClock clock;
-    const auto container = ModelContainer::open(ModelContainer::defaultFolder(), clock);
+    const auto container =
+        ModelContainer::open(ModelContainer::defaultFolder(), clock, storePatience);
     if (!container)
         return dieOfStoreError(container.error());
     Services services((*container)->mainContext(), clock);
     StrandloomApp strandloom(services, instance, start);
+    LinksAdaptor links({services.modelContext, services.http, services.pages, services.clock},
+                       &instance);
     return QApplication::exec();
 }

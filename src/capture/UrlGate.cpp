@@ -24,7 +24,7 @@ QString normalizedUrl(const QString &address)
 
 bool isExcluded(const QString &url, const QStringList &domains)
 {
-    const QString host = hostOf(url).toLower();
+    const QString host = domains.isEmpty() ? QString() : hostOf(url).toLower();
     if (host.isEmpty())
         return false;
     return std::any_of(domains.begin(), domains.end(), [&host](const QString &entry) {

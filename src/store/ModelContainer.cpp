@@ -28,13 +28,13 @@ QString ModelContainer::defaultFolder()
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/strandloom";
 }
 
-Expected<std::unique_ptr<ModelContainer>, StoreError> ModelContainer::open(const QString &folder,
-                                                                           Clock &clock)
+Expected<std::unique_ptr<ModelContainer>, StoreError>
+ModelContainer::open(const QString &folder, Clock &clock, std::chrono::milliseconds patience)
 {
     if (!makeFolder(folder))
         return Unexpected{
             StoreError{StoreError::Kind::cannotOpen, QString(folder + u": " + qt_error_string())}};
-    auto lock = StoreLock::take(folder);
+    auto lock = StoreLock::take(folder, patience);
     if (!lock)
         return Unexpected{lock.error()};
     auto database = StoreDatabase::open(folder);

@@ -7,6 +7,7 @@
 
 #include <QString>
 
+#include <chrono>
 #include <memory>
 
 class Clock;
@@ -22,9 +23,10 @@ public:
     static QString defaultFolder();
 
     /// Opens the store in `folder`, or makes a new one where there is none. What is damaged,
-    /// foreign or newer is left as it is. `clock` outlives the container.
-    static Expected<std::unique_ptr<ModelContainer>, StoreError> open(const QString &folder,
-                                                                      Clock &clock);
+    /// foreign or newer is left as it is. Waits up to `patience` while another process writes.
+    /// `clock` outlives the container.
+    static Expected<std::unique_ptr<ModelContainer>, StoreError>
+    open(const QString &folder, Clock &clock, std::chrono::milliseconds patience = {});
 
     ~ModelContainer();
     /// The one context, alive as long as the container.

@@ -6,16 +6,29 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <thread>
 #include <unistd.h>
 
-Expected<StoreLock, StoreError> StoreLock::take(const QString &folder)
+using std::chrono::milliseconds;
+
+namespace
+{
+constexpr milliseconds attemptInterval{20};
+}
+
+Expected<StoreLock, StoreError> StoreLock::take(const QString &folder, milliseconds patience)
 {
     const QString path = folder + u"/store.lock";
     StoreLock lock(open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (lock.m_descriptor < 0)
         return Unexpected{
             StoreError{StoreError::Kind::cannotOpen, path + u": " + qt_error_string()}};
-    if (flock(lock.m_descriptor, LOCK_EX | LOCK_NB) != 0) {
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (flock(lock.m_descriptor, LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EWOULDBLOCK && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(attemptInterval);
+            continue;
+        }
         const auto kind =
             errno == EWOULDBLOCK ? StoreError::Kind::locked : StoreError::Kind::failed;
         return Unexpected{StoreError{kind, path}};

@@ -6,6 +6,7 @@
 
 #include <QString>
 
+#include <chrono>
 #include <utility>
 
 /// The right to write to the store in a folder, held by one process at a time. The system takes it
@@ -13,7 +14,9 @@
 class StoreLock
 {
 public:
-    static Expected<StoreLock, StoreError> take(const QString &folder);
+    /// Waits up to `patience` for another process to end or to let go.
+    static Expected<StoreLock, StoreError> take(const QString &folder,
+                                                std::chrono::milliseconds patience);
 
     StoreLock(StoreLock &&other) noexcept
         : m_descriptor(std::exchange(other.m_descriptor, -1))

@@ -4,6 +4,7 @@
 #include "ExportFile.h"
 #include "LinkSelection.h"
 #include "LinkStream.h"
+#include "LinkWriter.h"
 #include "ModelContainer.h"
 #include "StoreReader.h"
 #include "SystemClock.h"
@@ -59,7 +60,7 @@ public:
             return writeAsDocument(*document, sink);
         return writeAsStream(*std::get<const LinkFormat *>(m_request.format), sink);
     }
-    bool isEmpty() const { return m_count == 0; }
+    const QList<LinkId> &ids() const { return m_ids; }
 
 private:
     Outcome writeAsDocument(ExportFormat format, const ByteSink &sink)
@@ -96,7 +97,7 @@ private:
             for (const CapturedLink &link : *page) {
                 if (!m_selection.accepts(link))
                     continue;
-                ++m_count;
+                m_ids.append(link.id);
                 if (!take(link))
                     return {};
             }
@@ -106,8 +107,23 @@ private:
 
     const ExportRequest &m_request;
     LinkSelection m_selection;
-    qint64 m_count = 0;
+    QList<LinkId> m_ids; ///< of the links that were written
 };
+
+LinkWriter::Result hide(const QList<LinkId> &ids)
+{
+    SystemClock clock;
+    WriteAccess access(clock);
+    for (qsizetype done = 0; done < ids.size(); done += LinkWriter::linksPerCall) {
+        const auto writer = access.writer();
+        if (!writer)
+            return Unexpected{writer.error()};
+        const auto hidden = (*writer)->hideExported(ids.mid(done, LinkWriter::linksPerCall));
+        if (!hidden)
+            return hidden;
+    }
+    return {};
+}
 
 } // namespace
 
@@ -118,7 +134,8 @@ Expected<ExportRequest, QString> parseExportArguments(const QStringList &argumen
                        {u"output"_s, {}, u"FILE"_s},
                        {u"range"_s, {}, u"RANGE"_s, u"all"_s},
                        {u"search"_s, {}, u"TEXT"_s},
-                       {u"layout"_s, {}, u"LAYOUT"_s, u"window"_s}});
+                       {u"layout"_s, {}, u"LAYOUT"_s, u"window"_s},
+                       {u"hide"_s, {}}});
     if (const auto parsed = parseOptions(parser, arguments); !parsed)
         return Unexpected{parsed.error()};
 
@@ -135,7 +152,8 @@ Expected<ExportRequest, QString> parseExportArguments(const QStringList &argumen
     const auto layout = layoutNamed(parser.value(u"layout"_s));
     if (!layout)
         return Unexpected{QString(u"--layout takes window or compact"_s)};
-    return ExportRequest{*format, output, *dates, parser.value(u"search"_s), *layout};
+    return ExportRequest{
+        *format, output, *dates, parser.value(u"search"_s), *layout, parser.isSet(u"hide"_s)};
 }
 
 int runExport(const ExportRequest &request)
@@ -145,5 +163,10 @@ int runExport(const ExportRequest &request)
         writeTo(request.output, [&links](const ByteSink &sink) { return links.write(sink); });
     if (!written)
         return fail(written.error());
-    return int(links.isEmpty() ? ExitCode::nothing : ExitCode::done);
+    if (request.hidesLinks) {
+        if (const auto hidden = hide(links.ids()); !hidden)
+            return fail(u"the links are exported, but not hidden: " + hidden.error().reason,
+                        hidden.error().code);
+    }
+    return int(links.ids().isEmpty() ? ExitCode::nothing : ExitCode::done);
 }

@@ -19,11 +19,12 @@ struct ExportRequest {
     DateSpan dates;
     QString search; ///< empty: every link
     ExportLayout layout = ExportLayout::window;
+    bool hidesLinks = false; ///< once they are written
 };
 
 /// `arguments` begin with the command's name. The error is a sentence for the user.
 Expected<ExportRequest, QString> parseExportArguments(const QStringList &arguments);
 
 /// Writes the visible links that were asked for, and returns the exit code. Nothing is fetched or
-/// summarized. The program may run or not.
+/// summarized. The program may run or not, also where links are hidden.
 int runExport(const ExportRequest &request);

@@ -18,8 +18,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-const QString serviceName = u"app.strandloom"_s;
-const QString objectPath = u"/app/strandloom"_s;
 const QString applicationInterface = u"org.freedesktop.Application"_s;
 
 QVariantMap platformData()

@@ -21,6 +21,10 @@ public:
         second, ///< another one is, and was told to show itself
     };
 
+    /// The program on the session bus.
+    static constexpr QLatin1StringView serviceName{"app.strandloom"};
+    static constexpr QLatin1StringView objectPath{"/app/strandloom"};
+
     explicit SingleInstance(QObject *parent = nullptr);
     ~SingleInstance() override;
 
