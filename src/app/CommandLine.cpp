@@ -2,10 +2,14 @@
 #include "CommandLine.h"
 
 #include "StrandloomApp.h"
+#include "commands/AddCommand.h"
 #include "commands/DigestCommand.h"
 #include "commands/ExportCommand.h"
+#include "commands/ImportCommand.h"
 #include "commands/InspectCommand.h"
 #include "commands/ListCommand.h"
+#include "commands/OpenCommand.h"
+#include "commands/RemoveCommand.h"
 #include "commands/Terminal.h"
 
 #include <QCommandLineParser>
@@ -23,10 +27,15 @@ namespace
 
 constexpr auto usage = R"(Usage: strandloom [--background]
        strandloom list [--json] [--search TEXT] [--limit N]
+       strandloom search TEXT [--json] [--limit N]
+       strandloom add URL...
+       strandloom open ID|URL
+       strandloom remove ID|URL...
        strandloom inspect [--url URL] TARGET...
        strandloom digest [--output FILE]
        strandloom export --format FORMAT --output FILE [--range RANGE]
                          [--search TEXT] [--layout LAYOUT] [--hide]
+       strandloom import [--json] FILE
 
 Strandloom lives in the tray and remembers every web address you copy.
 
@@ -40,6 +49,12 @@ Commands:
     --json         as JSON, one array of objects
     --search TEXT  only those whose address or title contains TEXT
     --limit N      at most N of them
+  search         the same as list --search TEXT
+  add            store the addresses as if you had copied them, and fetch the
+                 titles of their pages
+  open           open a stored link in the browser; ID is the beginning of a
+                 link's id, at least 4 digits that no other begins with
+  remove         delete links
   inspect        print what the program reads from pages, a JSON object a line;
                  TARGET is a web address or an HTML file
     --url URL      the address that files stand for
@@ -56,6 +71,9 @@ Commands:
     --layout LAYOUT  window (the default): oldest first, a text's summary below
                      its title; compact: newest first, the summary at the end
     --hide           take them off the list once they are written
+  import         store the links of a file: bookmarks of a browser (HTML), an
+                 export as json, or one address a line; - is standard input
+    --json           print the counts as a JSON object
 
 Exit codes:
   0  done
@@ -83,6 +101,11 @@ constexpr std::array commands{
     Command{"list", parseAndRun<parseListArguments, runList>},
     Command{"export", parseAndRun<parseExportArguments, runExport>},
     Command{"inspect", parseAndRun<parseInspectArguments, runInspect>},
+    Command{"add", parseAndRun<parseAddArguments, runAdd>},
+    Command{"import", parseAndRun<parseImportArguments, runImport>},
+    Command{"open", parseAndRun<parseOpenArguments, runOpen>},
+    Command{"remove", parseAndRun<parseRemoveArguments, runRemove>},
+    Command{"search", parseAndRun<parseSearchArguments, runList>},
     Command{"digest", parseAndRun<parseDigestArguments, runDigest>},
 };
 

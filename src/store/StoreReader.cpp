@@ -20,6 +20,9 @@ constexpr auto newestPage = "SELECT " LINK_COLUMNS ", seq FROM links "
                             "ORDER BY copiedAt DESC, id DESC LIMIT ?1";
 constexpr auto storeOrderPage = "SELECT " LINK_COLUMNS ", seq FROM links "
                                 "WHERE isVisible AND seq>?2 ORDER BY seq LIMIT ?1";
+constexpr auto withUrl = "SELECT " LINK_COLUMNS " FROM links WHERE url=?";
+constexpr auto withId = "SELECT " LINK_COLUMNS " FROM links WHERE id BETWEEN ? AND ? "
+                        "ORDER BY id LIMIT ?";
 constexpr int seqColumn = 7;
 constexpr int pageSize = 1000;
 
@@ -57,12 +60,51 @@ auto readStore(const QString &folder, Read read)
     return hasLog() == hadLog ? result : readOnce(); // the program started or ended meanwhile
 }
 
+Links linksOf(Query &query)
+{
+    Links links;
+    while (query->executeStep())
+        links.append(linkFrom(*query));
+    return links;
+}
+
+/// Of no store none.
+Expected<Links, StoreError> flattened(Expected<std::optional<Links>, StoreError> links)
+{
+    if (!links)
+        return Unexpected{links.error()};
+    return links->value_or(Links());
+}
+
 } // namespace
 
 Expected<std::optional<Links>, StoreError> readVisibleLinks(const QString &folder,
                                                             const LinkFilter &filter)
 {
     return readStore(folder, [&](StoreDatabase &store) { return readAll(store, filter); });
+}
+
+Expected<Links, StoreError> readLinksWithUrl(const QString &folder, const QString &url)
+{
+    return flattened(readStore(folder, [&url](StoreDatabase &store) {
+        Query query = store.query(withUrl);
+        bindText(*query, 1, url);
+        return linksOf(query);
+    }));
+}
+
+Expected<Links, StoreError> readLinksWithId(const QString &folder, const QString &digits, int limit)
+{
+    const auto idFilledWith = [&digits](QChar digit) {
+        return QUuid::fromRfc4122(QByteArray::fromHex(digits.leftJustified(32, digit).toLatin1()));
+    };
+    return flattened(readStore(folder, [&](StoreDatabase &store) {
+        Query query = store.query(withId);
+        bindId(*query, 1, idFilledWith(u'0'));
+        bindId(*query, 2, idFilledWith(u'f'));
+        query->bind(3, limit);
+        return linksOf(query);
+    }));
 }
 
 LinkPages::LinkPages(const QString &folder, LinkOrder order)

@@ -24,6 +24,15 @@ struct LinkFilter {
 Expected<std::optional<QList<CapturedLink>>, StoreError> readVisibleLinks(const QString &folder,
                                                                           const LinkFilter &filter);
 
+/// The links, hidden ones too, whose URL is exactly `url`; none where there is no store. Any
+/// thread.
+Expected<QList<CapturedLink>, StoreError> readLinksWithUrl(const QString &folder,
+                                                           const QString &url);
+/// The links, hidden ones too, whose id begins with the hexadecimal `digits` (1 to 32, no dashes),
+/// in the order of their ids and at most `limit` of them. Any thread.
+Expected<QList<CapturedLink>, StoreError> readLinksWithId(const QString &folder,
+                                                          const QString &digits, int limit);
+
 /// Reads the visible links of the store in a folder a page at a time, whether the program runs or
 /// not, and holds nothing open between two pages. What is copied or removed between them may be
 /// read or not. One thread at a time.

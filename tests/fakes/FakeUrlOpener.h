@@ -9,7 +9,11 @@
 class FakeUrlOpener final : public UrlOpener
 {
 public:
-    void open(const QString &url) override { opened.append(url); }
+    bool open(const QString &url) override
+    {
+        opened.append(url);
+        return true;
+    }
 
     QStringList opened;
 };

@@ -17,39 +17,25 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-/// On one line, whatever the page wrote into its title.
-QString withoutControls(QString text)
-{
-    for (QChar &character : text) {
-        if (character.category() == QChar::Other_Control)
-            character = u' ';
-    }
-    return text.simplified();
-}
-
 QByteArray textLine(const CapturedLink &link)
 {
     const QString time = dateTimeOf(link.copiedAt).toString(u"yyyy-MM-dd HH:mm");
-    QString line = time + u"  " + withoutControls(link.url);
-    if (const QString title = withoutControls(link.title.value_or(QString())); !title.isEmpty())
+    QString line = time + u"  " + onOneLine(link.url);
+    if (const QString title = onOneLine(link.title.value_or(QString())); !title.isEmpty())
         line += u"  " + title;
     return line.toUtf8().append('\n');
 }
 
 const LinkFormat textFormat{"", textLine, "", ""};
 
-} // namespace
-
-Expected<ListRequest, QString> parseListArguments(const QStringList &arguments)
+void addListOptions(QCommandLineParser &parser)
 {
-    QCommandLineParser parser;
-    parser.addOptions({{u"json"_s, {}}, {u"search"_s, {}, u"TEXT"_s}, {u"limit"_s, {}, u"N"_s}});
-    if (const auto parsed = parseOptions(parser, arguments); !parsed)
-        return Unexpected{parsed.error()};
+    parser.addOptions({{u"json"_s, {}}, {u"limit"_s, {}, u"N"_s}});
+}
 
-    ListRequest request;
-    request.asJson = parser.isSet(u"json"_s);
-    request.search = parser.value(u"search"_s);
+Expected<ListRequest, QString> listRequest(const QCommandLineParser &parser, const QString &search)
+{
+    ListRequest request{parser.isSet(u"json"_s), search, {}};
     if (parser.isSet(u"limit"_s)) {
         bool isNumber = false;
         request.limit = parser.value(u"limit"_s).toInt(&isNumber);
@@ -57,6 +43,29 @@ Expected<ListRequest, QString> parseListArguments(const QStringList &arguments)
             return Unexpected{QString(u"--limit takes a number from 0 up"_s)};
     }
     return request;
+}
+
+} // namespace
+
+Expected<ListRequest, QString> parseListArguments(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.addOption({u"search"_s, {}, u"TEXT"_s});
+    addListOptions(parser);
+    if (const auto parsed = parseOptions(parser, arguments); !parsed)
+        return Unexpected{parsed.error()};
+    return listRequest(parser, parser.value(u"search"_s));
+}
+
+Expected<ListRequest, QString> parseSearchArguments(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    addListOptions(parser);
+    if (!parser.parse(arguments))
+        return Unexpected{parser.errorText()};
+    if (parser.positionalArguments().size() != 1)
+        return Unexpected{QString(u"search takes one text"_s)};
+    return listRequest(parser, parser.positionalArguments().first());
 }
 
 int runList(const ListRequest &request)

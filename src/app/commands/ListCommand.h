@@ -7,7 +7,7 @@
 
 #include <optional>
 
-/// What `strandloom list` was asked for.
+/// What `strandloom list` or `strandloom search` was asked for.
 struct ListRequest {
     bool asJson = false;
     QString search; ///< empty: every link
@@ -16,6 +16,7 @@ struct ListRequest {
 
 /// `arguments` begin with the command's name. The error is a sentence for the user.
 Expected<ListRequest, QString> parseListArguments(const QStringList &arguments);
+Expected<ListRequest, QString> parseSearchArguments(const QStringList &arguments);
 
 /// Prints the visible links of the store, newest first, and returns the exit code. Makes no store
 /// where there is none, and works beside the running program.

@@ -57,6 +57,15 @@ Outcome parseOptions(QCommandLineParser &parser, const QStringList &arguments)
     return {};
 }
 
+QString onOneLine(QString text)
+{
+    for (QChar &character : text) {
+        if (character.category() == QChar::Other_Control)
+            character = u' ';
+    }
+    return text.simplified();
+}
+
 bool print(QByteArrayView bytes)
 {
     return std::fwrite(bytes.data(), 1, size_t(bytes.size()), stdout) == size_t(bytes.size());

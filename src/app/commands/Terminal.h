@@ -22,6 +22,9 @@ int refuse(const QString &reason);
 /// Parses the arguments of a command that takes options only.
 Outcome parseOptions(QCommandLineParser &parser, const QStringList &arguments);
 
+/// `text` without line breaks and other control characters, whatever a page wrote into it.
+QString onOneLine(QString text);
+
 /// Appends to standard output; false when it takes no more.
 bool print(QByteArrayView bytes);
 /// What to end with once all is printed: `code`, unless standard output did not take all of it.

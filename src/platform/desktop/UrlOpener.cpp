@@ -8,14 +8,16 @@
 
 using namespace Qt::StringLiterals;
 
-void DesktopUrlOpener::open(const QString &url)
+bool DesktopUrlOpener::open(const QString &url)
 {
     const auto address = WebAddress::parse(url);
     if (!address)
-        return;
+        return false;
     const QByteArray encoded = address->encoded();
     if (!encoded.startsWith("http://") && !encoded.startsWith("https://"))
-        return; // the store may have been written by somebody else
-    if (!QProcess::startDetached(u"xdg-open"_s, {QString::fromLatin1(encoded)}))
+        return false; // the store may have been written by somebody else
+    const bool isStarted = QProcess::startDetached(u"xdg-open"_s, {QString::fromLatin1(encoded)});
+    if (!isStarted)
         debugLog(u"Failed to start xdg-open for " + url);
+    return isStarted;
 }

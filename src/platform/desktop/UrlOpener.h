@@ -8,13 +8,14 @@ class UrlOpener
 {
 public:
     virtual ~UrlOpener() = default;
-    /// Returns at once. Does nothing when `url` is no http or https address.
-    virtual void open(const QString &url) = 0;
+    /// Returns at once. False when `url` is no http or https address, which is not opened, or when
+    /// there is nothing to open it with.
+    virtual bool open(const QString &url) = 0;
 };
 
 /// Through the desktop's own choice of browser.
 class DesktopUrlOpener final : public UrlOpener
 {
 public:
-    void open(const QString &url) override;
+    bool open(const QString &url) override;
 };

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#include "commands/OpenCommand.h"
+
+#include "commands/Targets.h"
+#include "commands/Terminal.h"
+#include "desktop/UrlOpener.h"
+
+#include <QCommandLineParser>
+
+using namespace Qt::StringLiterals;
+
+Expected<OpenRequest, QString> parseOpenArguments(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    if (!parser.parse(arguments))
+        return Unexpected{parser.errorText()};
+    if (parser.positionalArguments().size() != 1)
+        return Unexpected{QString(u"open takes one id or URL"_s)};
+    return OpenRequest{parser.positionalArguments().first()};
+}
+
+int runOpen(const OpenRequest &request)
+{
+    const auto links = linksNamed(request.target);
+    if (!links)
+        return fail(links.error().reason, links.error().code);
+    const QString &url = links->first().url;
+    return DesktopUrlOpener().open(url) ? int(ExitCode::done)
+                                        : fail(url + u": cannot be opened", ExitCode::nothing);
+}
