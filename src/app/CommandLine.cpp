@@ -3,6 +3,7 @@
 
 #include "StrandloomApp.h"
 #include "commands/AddCommand.h"
+#include "commands/BackupCommand.h"
 #include "commands/DigestCommand.h"
 #include "commands/ExportCommand.h"
 #include "commands/ImportCommand.h"
@@ -10,6 +11,7 @@
 #include "commands/ListCommand.h"
 #include "commands/OpenCommand.h"
 #include "commands/RemoveCommand.h"
+#include "commands/RestoreCommand.h"
 #include "commands/Terminal.h"
 
 #include <QCommandLineParser>
@@ -36,6 +38,8 @@ constexpr auto usage = R"(Usage: strandloom [--background]
        strandloom export --format FORMAT --output FILE [--range RANGE]
                          [--search TEXT] [--layout LAYOUT] [--hide]
        strandloom import [--json] FILE
+       strandloom backup [--force] FILE
+       strandloom restore FILE
 
 Strandloom lives in the tray and remembers every web address you copy.
 
@@ -74,6 +78,10 @@ Commands:
   import         store the links of a file: bookmarks of a browser (HTML), an
                  export as json, or one address a line; - is standard input
     --json           print the counts as a JSON object
+  backup         copy the whole store into FILE, also while the program runs
+    --force        replace FILE if it exists
+  restore        put a backup into the place of the store, which is kept beside
+                 it under another name; not while the program runs
 
 Exit codes:
   0  done
@@ -98,15 +106,17 @@ struct Command {
 };
 
 constexpr std::array commands{
-    Command{"list", parseAndRun<parseListArguments, runList>},
-    Command{"export", parseAndRun<parseExportArguments, runExport>},
-    Command{"inspect", parseAndRun<parseInspectArguments, runInspect>},
     Command{"add", parseAndRun<parseAddArguments, runAdd>},
+    Command{"backup", parseAndRun<parseBackupArguments, runBackup>},
+    Command{"digest", parseAndRun<parseDigestArguments, runDigest>},
+    Command{"export", parseAndRun<parseExportArguments, runExport>},
     Command{"import", parseAndRun<parseImportArguments, runImport>},
+    Command{"inspect", parseAndRun<parseInspectArguments, runInspect>},
+    Command{"list", parseAndRun<parseListArguments, runList>},
     Command{"open", parseAndRun<parseOpenArguments, runOpen>},
     Command{"remove", parseAndRun<parseRemoveArguments, runRemove>},
+    Command{"restore", parseAndRun<parseRestoreArguments, runRestore>},
     Command{"search", parseAndRun<parseSearchArguments, runList>},
-    Command{"digest", parseAndRun<parseDigestArguments, runDigest>},
 };
 
 int runCommand(RunCommand run, int argc, char **argv)

@@ -82,7 +82,7 @@ AtomicFile::~AtomicFile()
         unlink(m_draft.constData());
 }
 
-Expected<AtomicFile, FileError> AtomicFile::open(const QString &path)
+Expected<AtomicFile, FileError> AtomicFile::open(const QString &path, FileAudience audience)
 {
     const QByteArray target = behindLinks(path);
     struct stat old = {};
@@ -93,11 +93,13 @@ Expected<AtomicFile, FileError> AtomicFile::open(const QString &path)
         return systemError(target); // the rename alone would not care
 
     const QByteArray draft = draftBeside(target);
-    const int descriptor = ::open(draft.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
+    const mode_t mode = audience == FileAudience::owner ? 0600 : 0666;
+    const int descriptor = ::open(draft.constData(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, mode);
     if (descriptor < 0)
         return systemError(target);
     AtomicFile file(target, draft, descriptor);
-    if (isOld && fchmod(descriptor, old.st_mode & 07777) != 0)
+    const bool keepsMode = isOld && audience == FileAudience::everybody;
+    if (keepsMode && fchmod(descriptor, old.st_mode & 07777) != 0)
         return systemError(target);
     return file;
 }
@@ -109,6 +111,11 @@ Expected<void, FileError> AtomicFile::replace(const QString &path, QByteArrayVie
         return Unexpected{file.error()};
     file->write(bytes); // `commit` tells of its failure
     return file->commit();
+}
+
+QString AtomicFile::draft() const
+{
+    return QFile::decodeName(m_draft);
 }
 
 bool AtomicFile::write(QByteArrayView bytes)

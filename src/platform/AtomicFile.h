@@ -8,6 +8,10 @@
 
 #include <optional>
 
+/// Whom a new file is for. `everybody` is as usual: what the user's mask leaves, or the old file
+/// had.
+enum class FileAudience { everybody, owner };
+
 struct FileError {
     QString path;
     int code = 0; ///< of errno
@@ -22,7 +26,8 @@ class AtomicFile
 {
 public:
     /// `path` names a regular file or nothing yet.
-    static Expected<AtomicFile, FileError> open(const QString &path);
+    static Expected<AtomicFile, FileError> open(const QString &path,
+                                                FileAudience audience = FileAudience::everybody);
     /// All at once: `bytes` become the content of the file at `path`.
     static Expected<void, FileError> replace(const QString &path, QByteArrayView bytes);
 
@@ -30,6 +35,8 @@ public:
     AtomicFile &operator=(AtomicFile &&) = delete;
     ~AtomicFile();
 
+    /// The file beside its place, for a library that writes it itself.
+    QString draft() const;
     /// False when that failed, now or before; `commit` then tells why.
     bool write(QByteArrayView bytes);
     /// Puts the file into its place, on the disk too. To be called once.

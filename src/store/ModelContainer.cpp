@@ -4,24 +4,7 @@
 #include "ModelContext.h"
 #include "StoreDatabase.h"
 
-#include <QDir>
-#include <QFile>
 #include <QStandardPaths>
-
-namespace
-{
-
-/// The user's alone from the first moment on.
-bool makeFolder(const QString &folder)
-{
-    constexpr auto ownerOnly =
-        QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
-    if (QFileInfo(folder).isDir())
-        return true;
-    return QDir().mkpath(QFileInfo(folder).path()) && QDir().mkdir(folder, ownerOnly);
-}
-
-} // namespace
 
 QString ModelContainer::defaultFolder()
 {
@@ -31,9 +14,6 @@ QString ModelContainer::defaultFolder()
 Expected<std::unique_ptr<ModelContainer>, StoreError>
 ModelContainer::open(const QString &folder, Clock &clock, std::chrono::milliseconds patience)
 {
-    if (!makeFolder(folder))
-        return Unexpected{
-            StoreError{StoreError::Kind::cannotOpen, QString(folder + u": " + qt_error_string())}};
     auto lock = StoreLock::take(folder, patience);
     if (!lock)
         return Unexpected{lock.error()};

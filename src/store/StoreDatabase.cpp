@@ -156,7 +156,11 @@ StoreDatabase::Opened StoreDatabase::open(const QString &folder)
 
 StoreDatabase::Opened StoreDatabase::openReadOnly(const QString &folder)
 {
-    const QString path = pathIn(folder);
+    return openFileReadOnly(pathIn(folder));
+}
+
+StoreDatabase::Opened StoreDatabase::openFileReadOnly(const QString &path)
+{
     if (const auto error = unusableFile(QFileInfo(path)))
         return Unexpected{*error};
     // Without a log nobody writes, and only as "immutable" does SQLite make no files beside it. A

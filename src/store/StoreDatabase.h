@@ -50,6 +50,8 @@ public:
     static Opened open(const QString &folder);
     /// Opens the store in `folder` for reading, making and changing no file on disk.
     static Opened openReadOnly(const QString &folder);
+    /// The same of a store under another name.
+    static Opened openFileReadOnly(const QString &path);
 
     /// `sql` is a literal: it is prepared once and kept under its address. Throws what SQLiteCpp
     /// throws.

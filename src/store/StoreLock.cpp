@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "StoreLock.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <cerrno>
@@ -13,11 +14,26 @@ using std::chrono::milliseconds;
 
 namespace
 {
+
 constexpr milliseconds attemptInterval{20};
+
+/// The user's alone from the first moment on.
+bool makeFolder(const QString &folder)
+{
+    constexpr auto ownerOnly =
+        QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
+    if (QFileInfo(folder).isDir())
+        return true;
+    return QDir().mkpath(QFileInfo(folder).path()) && QDir().mkdir(folder, ownerOnly);
 }
+
+} // namespace
 
 Expected<StoreLock, StoreError> StoreLock::take(const QString &folder, milliseconds patience)
 {
+    if (!makeFolder(folder))
+        return Unexpected{
+            StoreError{StoreError::Kind::cannotOpen, folder + u": " + qt_error_string()}};
     const QString path = folder + u"/store.lock";
     StoreLock lock(open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (lock.m_descriptor < 0)

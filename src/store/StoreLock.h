@@ -14,7 +14,8 @@
 class StoreLock
 {
 public:
-    /// Waits up to `patience` for another process to end or to let go.
+    /// Makes the folder where there is none. Waits up to `patience` for another process to end or
+    /// to let go.
     static Expected<StoreLock, StoreError> take(const QString &folder,
                                                 std::chrono::milliseconds patience);
 

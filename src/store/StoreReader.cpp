@@ -2,9 +2,8 @@
 #include "StoreReader.h"
 
 #include "LinkRows.h"
+#include "ReadStore.h"
 #include "StoreDatabase.h"
-
-#include <QFileInfo>
 
 namespace
 {
@@ -36,28 +35,6 @@ Links readAll(StoreDatabase &store, const LinkFilter &filter)
             links.append(link);
     }
     return links;
-}
-
-/// What `read` makes of the store in `folder`; absent when there is none.
-template <typename Read>
-auto readStore(const QString &folder, Read read)
-    -> Expected<std::optional<std::invoke_result_t<Read, StoreDatabase &>>, StoreError>
-{
-    using Result = std::optional<std::invoke_result_t<Read, StoreDatabase &>>;
-    const QString path = StoreDatabase::pathIn(folder);
-    const auto hasLog = [&path] { return QFileInfo::exists(path + u"-wal"); };
-    if (!QFileInfo::exists(path))
-        return Result();
-    const auto readOnce = [&]() -> Expected<Result, StoreError> {
-        const auto store = StoreDatabase::openReadOnly(folder);
-        if (!store)
-            return Unexpected{store.error()};
-        return (*store)->attempt([&] { return Result(read(**store)); });
-    };
-
-    const bool hadLog = hasLog();
-    auto result = readOnce();
-    return hasLog() == hadLog ? result : readOnce(); // the program started or ended meanwhile
 }
 
 Links linksOf(Query &query)
@@ -146,7 +123,12 @@ LinkPages::Page LinkPages::read(StoreDatabase &store) const
 
 Expected<void, StoreError> checkIntegrity(const QString &folder)
 {
-    const auto store = StoreDatabase::openReadOnly(folder);
+    return checkStoreFile(StoreDatabase::pathIn(folder));
+}
+
+Expected<void, StoreError> checkStoreFile(const QString &path)
+{
+    const auto store = StoreDatabase::openFileReadOnly(path);
     if (!store)
         return Unexpected{store.error()};
     const auto verdict = (*store)->attempt([&] {

@@ -64,3 +64,5 @@ private:
 
 /// Whether the store's file is sound; reads all of it. Any thread.
 Expected<void, StoreError> checkIntegrity(const QString &folder);
+/// The same of a store under another name.
+Expected<void, StoreError> checkStoreFile(const QString &path);

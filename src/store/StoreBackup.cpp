@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+#include "StoreBackup.h"
+
+#include "AtomicFile.h"
+#include "DebugLog.h"
+#include "ReadStore.h"
+#include "StoreLock.h"
+#include "StoreReader.h"
+
+#include <QDateTime>
+#include <QFile>
+
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+using Done = Expected<void, StoreError>;
+
+/// Long enough for another command line, which lets go again.
+constexpr auto lockPatience = 1s;
+
+Unexpected<StoreError> cannotOpen(const QString &detail)
+{
+    return Unexpected{StoreError{StoreError::Kind::cannotOpen, detail}};
+}
+
+/// Into an empty file. Throws what SQLiteCpp throws.
+void copyInto(StoreDatabase &store, const QString &path)
+{
+    Query copy = store.query("VACUUM INTO ?");
+    copy->bind(1, QFile::encodeName(path).toStdString());
+    copy->exec();
+}
+
+Done copyFile(const QString &from, const QString &to)
+{
+    const auto store = StoreDatabase::openFileReadOnly(from);
+    if (!store)
+        return Unexpected{store.error()};
+    return (*store)->attempt([&] { copyInto(**store, to); });
+}
+
+bool linkIfThere(const QString &from, const QString &to)
+{
+    return !QFileInfo::exists(from)
+        || link(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
+}
+
+/// Gives the store, and its log where that cannot be folded into it, a second name.
+Expected<QString, StoreError> keepOld(const QString &folder)
+{
+    // Opening and closing folds the log in. Where that fails, the store is damaged and kept so.
+    if (const auto store = StoreDatabase::open(folder); !store)
+        debugLog(u"The old store cannot be opened: " + description(store.error()));
+    const QString path = StoreDatabase::pathIn(folder);
+    const QString now = QDateTime::currentDateTime().toString(u"yyyy-MM-dd-HHmmss-zzz");
+    const QString kept = folder + u"/strandloom-" + now + u".sqlite";
+    if (!linkIfThere(path, kept) || !linkIfThere(path + u"-wal", kept + u"-wal"))
+        return cannotOpen(kept + u": " + qt_error_string());
+    QFile::remove(path + u"-wal"); // it must not be played into the other store
+    QFile::remove(path + u"-shm");
+    return kept;
+}
+
+} // namespace
+
+Expected<bool, QString> backUpStore(const QString &folder, const QString &path)
+{
+    auto file = AtomicFile::open(path, FileAudience::owner);
+    if (!file)
+        return Unexpected{description(file.error())};
+    const QString draft = file->draft();
+    const auto copied = readStore(folder, [&draft](StoreDatabase &store) {
+        QFile::resize(draft, 0); // in the second attempt
+        copyInto(store, draft);
+        return true;
+    });
+    if (!copied)
+        return Unexpected{description(copied.error())};
+    if (!*copied)
+        return false;
+    if (const auto checked = checkStoreFile(draft); !checked)
+        return Unexpected{description(checked.error())};
+    if (const auto committed = file->commit(); !committed)
+        return Unexpected{description(committed.error())};
+    return true;
+}
+
+Expected<std::optional<QString>, StoreError> restoreStore(const QString &folder,
+                                                          const QString &path)
+{
+    if (const auto checked = checkStoreFile(path); !checked)
+        return Unexpected{checked.error()};
+    const auto lock = StoreLock::take(folder, lockPatience);
+    if (!lock)
+        return Unexpected{lock.error()};
+    auto file = AtomicFile::open(StoreDatabase::pathIn(folder), FileAudience::owner);
+    if (!file)
+        return cannotOpen(description(file.error()));
+    if (const auto copied = copyFile(path, file->draft()); !copied)
+        return Unexpected{copied.error()};
+    if (const auto checked = checkStoreFile(file->draft()); !checked)
+        return Unexpected{checked.error()};
+
+    std::optional<QString> kept;
+    if (QFileInfo::exists(StoreDatabase::pathIn(folder))) {
+        const auto old = keepOld(folder);
+        if (!old)
+            return Unexpected{old.error()};
+        kept = *old;
+    }
+    if (const auto committed = file->commit(); !committed)
+        return cannotOpen(description(committed.error()));
+    return kept;
+}
