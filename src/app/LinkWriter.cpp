@@ -28,6 +28,8 @@ constexpr auto lockAttempt = 100ms; ///< then look whether the program has start
 /// How long to keep the store at a time, and how long to leave it to others.
 constexpr auto holdLimit = 1s;
 constexpr auto holdPause = 50ms;
+/// Links may be large, and the bus has a limit.
+constexpr qsizetype bytesPerCall = 1 << 20;
 
 Unexpected<CommandError> unusable(const StoreError &error)
 {
@@ -106,35 +108,47 @@ public:
     {
         return done(call(u"SetTitle"_s, {id.toString(), title}));
     }
-    Result remove(const QList<LinkId> &ids) override
-    {
-        return done(call(u"Remove"_s, {texts(ids)}));
-    }
+    Result remove(const QList<LinkId> &ids) override { return callForEach(u"Remove"_s, ids); }
     Result hideExported(const QList<LinkId> &ids) override
     {
-        return done(call(u"HideExported"_s, {texts(ids)}));
+        return callForEach(u"HideExported"_s, ids);
     }
     Expected<IntakeCounts, CommandError> import(const QList<CapturedLink> &links) override
     {
-        QByteArray json;
-        for (const CapturedLink &link : links)
-            json.append(json.isEmpty() ? '[' : ',').append(jsonOf(link));
-        const auto answer = call(u"Import"_s, {json.append(']')});
-        if (!answer)
-            return Unexpected{answer.error()};
-        return IntakeCounts{answer->value(0).toLongLong(), answer->value(1).toLongLong(),
-                            answer->value(2).toLongLong(), answer->value(3).toLongLong()};
+        IntakeCounts counts;
+        QByteArray array;
+        qsizetype size = 0;
+        for (const CapturedLink &link : links) {
+            array.append(array.isEmpty() ? '[' : ',').append(jsonOf(link));
+            const bool isFull = ++size == LinksAdaptor::linksPerCall || array.size() > bytesPerCall;
+            if (!isFull && &link != &links.last())
+                continue;
+            const auto answer = call(u"Import"_s, {array.append(']')});
+            if (!answer)
+                return Unexpected{answer.error()};
+            counts += {answer->value(0).toLongLong(), answer->value(1).toLongLong(),
+                       answer->value(2).toLongLong(), answer->value(3).toLongLong()};
+            array.clear();
+            size = 0;
+        }
+        return counts;
     }
 
 private:
     using Answer = Expected<QVariantList, CommandError>;
 
-    static QStringList texts(const QList<LinkId> &ids)
+    static Result callForEach(const QString &method, const QList<LinkId> &ids)
     {
         QStringList texts;
-        for (const LinkId &id : ids)
+        for (const LinkId &id : ids) {
             texts.append(id.toString());
-        return texts;
+            if (texts.size() < LinksAdaptor::linksPerCall && &id != &ids.last())
+                continue;
+            const Result called = done(call(method, {std::exchange(texts, {})}));
+            if (!called)
+                return called;
+        }
+        return {};
     }
     static Result done(const Answer &answer)
     {

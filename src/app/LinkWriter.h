@@ -25,14 +25,11 @@ struct Addition {
     std::optional<CapturedLink> untitled; ///< was taken, and nobody else will fetch its title
 };
 
-/// Changes the user's links for a command line, one transaction a call. Main thread only.
+/// Changes the user's links for a command line. Main thread only.
 class LinkWriter
 {
 public:
     using Result = Expected<void, CommandError>;
-    /// How many links one call may be about.
-    static constexpr qsizetype linksPerCall = 500;
-
     virtual ~LinkWriter() = default;
     virtual Expected<Addition, CommandError> add(const QString &address) = 0;
     virtual Result setTitle(const LinkId &id, const QString &title) = 0;

@@ -66,32 +66,42 @@ Expected<LinkIntake::Added, StoreError> LinkIntake::add(const QString &address, 
 
 Expected<IntakeCounts, StoreError> LinkIntake::import(const QList<CapturedLink> &links)
 {
-    IntakeCounts counts;
-    QList<CapturedLink> accepted;
-    QSet<QString> urls; // of `accepted`
+    auto choice = Expected<Choice, StoreError>(Choice());
+    const auto read = m_context.readTogether([&] { choice = chosen(links); });
+    if (!read)
+        return Unexpected{read.error()};
+    if (!choice)
+        return Unexpected{choice.error()};
+    if (const auto inserted = m_context.insertAll(choice->accepted); !inserted)
+        return Unexpected{inserted.error()};
+    return choice->counts;
+}
+
+Expected<LinkIntake::Choice, StoreError> LinkIntake::chosen(const QList<CapturedLink> &links)
+{
+    Choice choice;
+    QSet<QString> urls; // of those accepted
     QSet<LinkId> ids;
     for (CapturedLink link : links) {
         if (webAddressIn(link.url) != link.url) {
-            counts.note(Refusal::noWebAddress);
+            choice.counts.note(Refusal::noWebAddress);
             continue;
         }
         const auto refused = refusal(link.url);
         if (!refused)
             return Unexpected{refused.error()};
         if (*refused || urls.contains(link.url)) {
-            counts.note(refused->value_or(Refusal::alreadyStored));
+            choice.counts.note(refused->value_or(Refusal::alreadyStored));
             continue;
         }
         if (ids.contains(link.id) || m_context.link(link.id))
             link.id = QUuid::createUuid();
         urls.insert(link.url);
         ids.insert(link.id);
-        accepted.append(std::move(link));
+        choice.accepted.append(std::move(link));
     }
-    if (const auto inserted = m_context.insertAll(accepted); !inserted)
-        return Unexpected{inserted.error()};
-    counts.taken = accepted.size();
-    return counts;
+    choice.counts.taken = choice.accepted.size();
+    return choice;
 }
 
 /// By the rules behind the one that it is a web address.

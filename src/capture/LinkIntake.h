@@ -45,6 +45,12 @@ public:
     Expected<IntakeCounts, StoreError> import(const QList<CapturedLink> &links);
 
 private:
+    struct Choice {
+        QList<CapturedLink> accepted;
+        IntakeCounts counts;
+    };
+
+    Expected<Choice, StoreError> chosen(const QList<CapturedLink> &links);
     Expected<std::optional<Refusal>, StoreError> refusal(const QString &url);
     Expected<void, StoreError> loadExcludedDomains();
 

@@ -94,11 +94,23 @@ void LinkListModel::apply(const StoreChange &change)
     }
     if (!gone.isEmpty())
         removeRowsWhere([&gone](const CapturedLink &link) { return gone.contains(link.id); });
-    for (const LinkId &id : change.inserted) {
+    insertAll(change.inserted);
+}
+
+void LinkListModel::insertAll(const QList<LinkId> &ids)
+{
+    QList<CapturedLink> links;
+    for (const LinkId &id : ids) {
         const auto link = m_context.link(id);
         if (link && link->isVisible)
-            insertInOrder(*link);
+            links.append(*link);
     }
+    // The oldest first: what goes on top of all rows moves none of them, and an import brings many.
+    std::sort(links.begin(), links.end(), [](const CapturedLink &one, const CapturedLink &other) {
+        return comesBefore(positionOf(other), positionOf(one));
+    });
+    for (const CapturedLink &link : std::as_const(links))
+        insertInOrder(link);
 }
 
 void LinkListModel::refresh(int row, const CapturedLink &link)

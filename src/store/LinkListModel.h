@@ -38,6 +38,7 @@ public:
 private:
     void apply(const StoreChange &change);
     void refresh(int row, const CapturedLink &link);
+    void insertAll(const QList<LinkId> &ids);
     void insertInOrder(const CapturedLink &link);
     void removeRowsWhere(const std::function<bool(const CapturedLink &)> &isGone);
 

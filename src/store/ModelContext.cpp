@@ -337,6 +337,11 @@ std::optional<CapturedLink> ModelContext::stored(const LinkId &id) const
     return found ? *found : std::nullopt;
 }
 
+ModelContext::Result ModelContext::readTogether(const std::function<void()> &reads) const
+{
+    return m_database.transaction(reads);
+}
+
 Expected<qint64, StoreError> ModelContext::countWithUrl(const QString &url) const
 {
     const auto count = m_database.attempt([&]() -> qint64 {

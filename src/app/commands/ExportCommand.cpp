@@ -114,15 +114,8 @@ LinkWriter::Result hide(const QList<LinkId> &ids)
 {
     SystemClock clock;
     WriteAccess access(clock);
-    for (qsizetype done = 0; done < ids.size(); done += LinkWriter::linksPerCall) {
-        const auto writer = access.writer();
-        if (!writer)
-            return Unexpected{writer.error()};
-        const auto hidden = (*writer)->hideExported(ids.mid(done, LinkWriter::linksPerCall));
-        if (!hidden)
-            return hidden;
-    }
-    return {};
+    const auto writer = access.writer();
+    return writer ? (*writer)->hideExported(ids) : Unexpected{writer.error()};
 }
 
 } // namespace

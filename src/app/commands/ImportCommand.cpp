@@ -32,7 +32,7 @@ public:
             }
             m_sliceSize += sizeOf(*entry->link);
             m_slice.append(*entry->link);
-            if (m_slice.size() < LinkWriter::linksPerCall && m_sliceSize < sliceLimit)
+            if (m_slice.size() < sliceLimit && m_sliceSize < sizeLimit)
                 continue;
             if (const auto stored = storeSlice(); !stored)
                 return stored;
@@ -42,7 +42,8 @@ public:
     const IntakeCounts &counts() const { return m_counts; }
 
 private:
-    static constexpr qsizetype sliceLimit = 1 << 20; // characters
+    static constexpr qsizetype sliceLimit = 5000; // links
+    static constexpr qsizetype sizeLimit = 4 << 20; // characters
 
     static qsizetype sizeOf(const CapturedLink &link)
     {
