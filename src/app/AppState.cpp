@@ -29,6 +29,7 @@ void AppState::initialize()
     connect(&m_services.modelContext, &ModelContext::excludedDomainsChanged,
             m_clipboardMonitor.get(), &ClipboardMonitor::loadExcludedDomains);
     m_clipboardMonitor->startMonitoring();
+    m_clipboardMonitor->setPaused(m_isCapturingPaused);
     startScheduler();
     performAutoPrune();
     m_tasks.start(initializeAIModel());
@@ -45,6 +46,13 @@ void AppState::startScheduler()
     schedule();
     // Until the keyring has answered, mail does not count as configured, and a catch-up is missed.
     connect(&m_services.keys, &ResendKeyService::becameKnown, &scheduler, schedule);
+}
+
+void AppState::setCapturingPaused(bool isPaused)
+{
+    m_isCapturingPaused = isPaused;
+    if (m_clipboardMonitor)
+        m_clipboardMonitor->setPaused(isPaused);
 }
 
 void AppState::stop()

@@ -19,6 +19,8 @@ class AppState : public QObject
     Q_OBJECT
     Q_PROPERTY(bool isModelLoading READ isModelLoading NOTIFY modelLoadChanged)
     Q_PROPERTY(double modelLoadProgress READ modelLoadProgress NOTIFY modelLoadChanged)
+    Q_PROPERTY(bool isCapturingPaused READ isCapturingPaused WRITE setCapturingPaused NOTIFY
+                   isCapturingPausedChanged)
     Q_PROPERTY(std::optional<QString> modelLoadError READ modelLoadError NOTIFY modelLoadChanged)
 public:
     /// `services` outlives the state.
@@ -37,11 +39,17 @@ public:
     /// Ends capturing for good.
     void stop();
 
+    bool isCapturingPaused() const { return m_isCapturingPaused; }
+    /// May be called before `initialize`, which then captures nothing until this is undone. Not
+    /// remembered from one start to the next.
+    void setCapturingPaused(bool isPaused);
+
     /// Null until `initialize`.
     ClipboardMonitor *clipboardMonitor() const { return m_clipboardMonitor.get(); }
 
 Q_SIGNALS:
     void modelLoadChanged();
+    void isCapturingPausedChanged();
 
 private:
     void startScheduler();
@@ -51,6 +59,8 @@ private:
     Services &m_services;
     bool m_isInitialized = false;
     std::unique_ptr<ClipboardMonitor> m_clipboardMonitor;
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppState, bool, m_isCapturingPaused, false,
+                                         &AppState::isCapturingPausedChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppState, bool, m_isModelLoading, false,
                                          &AppState::modelLoadChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppState, double, m_modelLoadProgress, 0.0,

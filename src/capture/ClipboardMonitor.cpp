@@ -33,6 +33,21 @@ void ClipboardMonitor::stopMonitoring()
     m_watch = {};
 }
 
+void ClipboardMonitor::setPaused(bool isPaused)
+{
+    if (isPaused == m_isPaused)
+        return;
+    m_isPaused = isPaused;
+    if (isPaused) {
+        stopMonitoring();
+        m_parts.clipboard.stopReading();
+    } else {
+        m_lastChangeCount = m_parts.clipboard.changeCount();
+        m_parts.clipboard.startReading();
+        startMonitoring();
+    }
+}
+
 void ClipboardMonitor::loadExcludedDomains()
 {
     const auto domains = m_parts.modelContext.excludedDomains();

@@ -43,6 +43,10 @@ public:
 
     void startMonitoring();
     void stopMonitoring();
+    bool isPaused() const { return m_isPaused; }
+    /// While paused no copy is even read. What was copied meanwhile is not captured afterwards
+    /// either. To be called while monitoring.
+    void setPaused(bool isPaused);
     /// To be called when the excluded domains have changed.
     void loadExcludedDomains();
     /// Captures the clipboard's text if it is new, an address, not excluded and not yet stored.
@@ -57,6 +61,7 @@ private:
 
     Parts m_parts;
     TitleFetcher m_titles;
+    bool m_isPaused = false;
     qint64 m_lastChangeCount;
     std::optional<QString> m_lastCopiedURL;
     std::optional<Instant> m_lastCopiedTime;

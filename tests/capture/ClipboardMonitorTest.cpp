@@ -79,6 +79,7 @@ private Q_SLOTS:
     void putsEachCopyThroughTheGates();
     void capturesNothingFromBeforeItsConstruction();
     void capturesAfterStopNothing();
+    void leavesOutWhatIsCopiedInAPause();
     void givesEveryNewLinkItsDefaults();
     void countsTheFiveSecondsFromTheFirstCopy();
     void reloadsExcludedDomains();
@@ -164,6 +165,19 @@ void ClipboardMonitorTest::capturesAfterStopNothing()
     desk.clipboard.copy(u"https://two.example"_s);
     QCOMPARE(desk.urls(), QStringList{u"https://one.example"_s});
     QCOMPARE(desk.http.waiting(), 1);
+}
+
+void ClipboardMonitorTest::leavesOutWhatIsCopiedInAPause()
+{
+    Desk desk;
+    desk.start();
+    desk.monitor->setPaused(true);
+    desk.clipboard.copy(u"https://paused.example"_s);
+    QCOMPARE(desk.clipboard.text(), std::nullopt); // not even read
+    desk.monitor->setPaused(false);
+    desk.monitor->checkClipboard();
+    desk.clipboard.copy(u"https://resumed.example"_s);
+    QCOMPARE(desk.urls(), QStringList{u"https://resumed.example"_s});
 }
 
 void ClipboardMonitorTest::givesEveryNewLinkItsDefaults()

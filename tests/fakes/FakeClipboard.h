@@ -15,6 +15,7 @@ public:
     std::optional<QString> text() const override { return m_text; }
     void setText(const QString &text) override { copy(text); }
     void startReading() override { m_isReading = true; }
+    void stopReading() override { m_isReading = false; }
     QString limitation() const override { return m_limitation; }
 
 private:

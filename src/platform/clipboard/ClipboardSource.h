@@ -24,6 +24,8 @@ public:
     virtual void setText(const QString &text) = 0;
     /// From here on the texts of new copies are read; before, copies are only counted.
     virtual void startReading() = 0;
+    /// From here on copies are only counted again.
+    virtual void stopReading() = 0;
     /// What the user must know about copies that are not seen on this desktop; empty when all are.
     virtual QString limitation() const = 0;
 

@@ -26,6 +26,8 @@ public:
     virtual void start() = 0;
     /// From here on the texts of new copies are read.
     virtual void startReading() = 0;
+    /// From here on they are only counted again.
+    virtual void stopReading() = 0;
     /// Replaces the contents, as soon as there is a connection.
     virtual void setText(const QString &text) = 0;
 

@@ -70,6 +70,13 @@ void DesktopClipboard::startReading()
         m_worker->startReading();
 }
 
+void DesktopClipboard::stopReading()
+{
+    m_isReading = false;
+    if (m_worker)
+        m_worker->stopReading();
+}
+
 void DesktopClipboard::setText(const QString &text)
 {
     if (m_isChosen)

@@ -19,6 +19,7 @@ public:
 
     void start() override;
     void startReading() override;
+    void stopReading() override;
     void setText(const QString &text) override;
 
 private:

@@ -69,6 +69,11 @@ void ThreadedClipboard::startReading()
     QMetaObject::invokeMethod(m_worker, &ClipboardWorker::startReading, Qt::QueuedConnection);
 }
 
+void ThreadedClipboard::stopReading()
+{
+    QMetaObject::invokeMethod(m_worker, &ClipboardWorker::stopReading, Qt::QueuedConnection);
+}
+
 void ThreadedClipboard::show(const ClipboardSnapshot &snapshot)
 {
     m_snapshot = snapshot;

@@ -25,6 +25,7 @@ public:
     std::optional<QString> text() const override { return m_snapshot.text; }
     void setText(const QString &text) override;
     void startReading() override;
+    void stopReading() override;
     QString limitation() const override { return m_limitation; }
 
 private:

@@ -96,6 +96,13 @@ void WaylandClipboard::startReading()
         m_selection->startReading();
 }
 
+void WaylandClipboard::stopReading()
+{
+    m_isReading = false;
+    if (m_selection)
+        m_selection->stopReading();
+}
+
 void WaylandClipboard::setText(const QString &text)
 {
     m_unclaimed.append(text);

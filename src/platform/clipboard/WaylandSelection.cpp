@@ -71,6 +71,12 @@ void WaylandSelection::startReading()
     wl_callback_add_listener(m_unreadTold.get(), &WaylandSelectionEvents::unreadTold, this);
 }
 
+void WaylandSelection::stopReading()
+{
+    m_unreadTold.reset(); // or it would start the reading again
+    m_isReading = false;
+}
+
 void WaylandSelection::setText(const QString &text)
 {
     const auto isCancelled = [](const auto &source) { return source->isCancelled(); };

@@ -24,6 +24,7 @@ public:
 
     /// What was copied before this call is counted, but never read.
     void startReading();
+    void stopReading();
     /// False while there is no seat yet, or the compositor has not yet taken the last text: too
     /// many requests at once would break the connection.
     bool canSetText() const { return m_device && !m_textTaken; }

@@ -96,6 +96,13 @@ void X11Clipboard::startReading()
         m_selection->startReading();
 }
 
+void X11Clipboard::stopReading()
+{
+    m_isReading = false;
+    if (m_selection)
+        m_selection->stopReading();
+}
+
 void X11Clipboard::setText(const QString &text)
 {
     if (m_selection)

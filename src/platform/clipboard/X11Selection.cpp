@@ -54,6 +54,11 @@ void X11Selection::startReading()
     m_isReading = true;
 }
 
+void X11Selection::stopReading()
+{
+    m_isReading = false;
+}
+
 void X11Selection::setText(const QString &text)
 {
     m_ownText.claim(text, serverTime());

@@ -21,6 +21,7 @@ public:
 
     /// What was copied before this call is counted, but never read.
     void startReading();
+    void stopReading();
     void setText(const QString &text);
     /// Leaves a text of ours to the clipboard manager, if one runs. Waits up to the limit.
     void handOver();
