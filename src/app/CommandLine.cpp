@@ -13,6 +13,7 @@
 #include "commands/RemoveCommand.h"
 #include "commands/RestoreCommand.h"
 #include "commands/Terminal.h"
+#include "desktop/SingleInstance.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -28,6 +29,7 @@ namespace
 {
 
 constexpr auto usage = R"(Usage: strandloom [--background]
+       strandloom --settings|--export|--quit|--pause|--resume
        strandloom list [--json] [--search TEXT] [--limit N]
        strandloom search TEXT [--json] [--limit N]
        strandloom add URL...
@@ -45,6 +47,11 @@ Strandloom lives in the tray and remembers every web address you copy.
 
 Options:
   --background   do not open a window where there is no tray
+  --settings     open the settings
+  --export       open the export window
+  --quit         end the running program
+  --pause        let the running program capture nothing
+  --resume       let it capture again; what was copied meanwhile stays out
   -h, --help     show this help
   -v, --version  show the version
 
@@ -128,10 +135,44 @@ int runCommand(RunCommand run, int argc, char **argv)
     return run(core.arguments().mid(1));
 }
 
+/// The one action among the options; `open` when there is none.
+Expected<ApplicationAction, QString> actionAmong(const QStringList &options)
+{
+    std::optional<ApplicationAction> asked;
+    for (const QString &option : options) {
+        const auto action = actionNamed(option);
+        if (action && asked && action != asked)
+            return Unexpected{u"--%1 and --%2 exclude each other"_s.arg(nameOf(*asked), option)};
+        if (action)
+            asked = action;
+    }
+    return asked.value_or(ApplicationAction::open);
+}
+
+/// The settings and the export window may be the first that the program shows.
+bool canStart(ApplicationAction action)
+{
+    return action == ApplicationAction::open || action == ApplicationAction::settings
+        || action == ApplicationAction::exportLinks;
+}
+
+/// Needs no display.
+int tellRunningProgram(int argc, char **argv, ApplicationAction action)
+{
+    const QCoreApplication core(argc, argv);
+    if (SingleInstance::tell(action))
+        return int(ExitCode::done);
+    return fail(u"the program is not running"_s, ExitCode::notRunning);
+}
+
 int runProgram(int argc, char **argv)
 {
     QCommandLineParser parser;
     parser.addOption({u"background"_s, {}});
+    for (const ApplicationAction action : applicationActions) {
+        if (action != ApplicationAction::open)
+            parser.addOption({nameOf(action), {}});
+    }
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
@@ -140,8 +181,12 @@ int runProgram(int argc, char **argv)
     if (!parser.positionalArguments().isEmpty())
         return refuse(u"unknown command '%1'"_s.arg(parser.positionalArguments().first()));
 
-    const auto start = parser.isSet(u"background"_s) ? Start::inBackground : Start::normally;
-    return runStrandloom(argc, argv, start);
+    const auto action = actionAmong(parser.optionNames());
+    if (!action)
+        return refuse(action.error());
+    if (!canStart(*action))
+        return tellRunningProgram(argc, argv, *action);
+    return runStrandloom(argc, argv, {*action, parser.isSet(u"background"_s)});
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 #include "Services.h"
 #include "SystemClock.h"
 #include "UpdateView.h"
+#include "desktop/ApplicationAdaptor.h"
 #include "desktop/SingleInstance.h"
 #include "desktop/TrayIcon.h"
 #include "desktop/UnixSignal.h"
@@ -65,7 +66,7 @@ int dieOfStoreError(const StoreError &error)
 
 } // namespace
 
-StrandloomApp::StrandloomApp(Services &services, SingleInstance &instance, Start start)
+StrandloomApp::StrandloomApp(Services &services, SingleInstance &instance, const Start &start)
     : m_services(services)
     , m_appState(std::make_unique<AppState>(services))
     , m_trayMenu(std::make_unique<QMenu>())
@@ -73,11 +74,13 @@ StrandloomApp::StrandloomApp(Services &services, SingleInstance &instance, Start
 {
     buildTrayMenu();
     connect(m_tray.get(), &TrayIcon::activated, this, &StrandloomApp::togglePanel);
-    connect(&instance, &SingleInstance::activated, this, &StrandloomApp::openPanel);
+    connect(&instance, &SingleInstance::requested, this, &StrandloomApp::perform);
     connect(qApp, &QCoreApplication::aboutToQuit, m_appState.get(), &AppState::stop);
     m_colorScheme.follow();
     m_tray->show();
-    if (start == Start::normally)
+    if (start.action != ApplicationAction::open)
+        perform(start.action);
+    else if (!start.isInBackground)
         m_trayPatience = m_services.clock.after(trayPatience, [this] { openWithoutTray(); });
     // Once the main loop runs, which is after all that the user waits for.
     QMetaObject::invokeMethod(this, &StrandloomApp::setUpUpdates, Qt::QueuedConnection);
@@ -88,6 +91,24 @@ StrandloomApp::~StrandloomApp()
 {
     delete m_export;
     delete m_settings;
+}
+
+void StrandloomApp::perform(ApplicationAction action)
+{
+    switch (action) {
+    case ApplicationAction::open:
+        return openPanel();
+    case ApplicationAction::settings:
+        return openSettings();
+    case ApplicationAction::exportLinks:
+        return openExport();
+    case ApplicationAction::quit:
+        return QCoreApplication::quit();
+    case ApplicationAction::pause:
+        return m_appState->setCapturingPaused(true);
+    case ApplicationAction::resume:
+        return m_appState->setCapturingPaused(false);
+    }
 }
 
 void StrandloomApp::buildTrayMenu()
@@ -190,11 +211,12 @@ void StrandloomApp::showModelLoad()
                                    : std::nullopt);
 }
 
-int runStrandloom(int argc, char **argv, Start start)
+int runStrandloom(int argc, char **argv, const Start &start)
 {
     // Another program's end and a file size limit are errors to be handled, not ends of ours.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+    const QVariantMap launch = launchData(); // before Qt takes it
     QApplication application(argc, argv);
     Q_INIT_RESOURCE(appicons);
     application.setApplicationName(u"strandloom"_s);
@@ -209,7 +231,7 @@ int runStrandloom(int argc, char **argv, Start start)
         QObject::connect(end, &UnixSignal::arrived, &application, &QCoreApplication::quit);
 
     SingleInstance instance;
-    if (instance.claim() == SingleInstance::Role::second)
+    if (instance.claim(start.action, launch) == SingleInstance::Role::second)
         return int(ExitCode::done);
 
     SystemClock clock;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "desktop/ApplicationAction.h"
 #include "desktop/ColorScheme.h"
 
 #include <QObject>
@@ -22,9 +23,10 @@ struct Services;
 struct SettingsParts;
 struct UpdateStatus;
 
-enum class Start {
-    normally,
-    inBackground, ///< where there is no tray, no window opens either
+/// What the user asked for by starting the program.
+struct Start {
+    ApplicationAction action = ApplicationAction::open; ///< or `settings` or `exportLinks`
+    bool isInBackground = false; ///< where there is no tray, no window opens either
 };
 
 /// The application: the tray item with its panel and the two windows, over one store and one set of
@@ -34,9 +36,10 @@ class StrandloomApp : public QObject
     Q_OBJECT
 public:
     /// Both outlive the application.
-    StrandloomApp(Services &services, SingleInstance &instance, Start start);
+    StrandloomApp(Services &services, SingleInstance &instance, const Start &start);
     ~StrandloomApp() override;
 
+    void perform(ApplicationAction action);
     /// Shows the panel; the first time starts capturing.
     void openPanel();
     /// What a click on the tray icon does.
@@ -68,4 +71,4 @@ private:
 };
 
 /// The program itself; returns the exit code.
-int runStrandloom(int argc, char **argv, Start start);
+int runStrandloom(int argc, char **argv, const Start &start);

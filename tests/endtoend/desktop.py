@@ -190,11 +190,7 @@ class Desktop:
 
     def window(self, title, seconds=60):
         """The id of the visible window with that title."""
-        def find():
-            found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"],
-                                   env=self.environment, capture_output=True, text=True)
-            return found.stdout.split()[0] if found.stdout.split() else None
-        return wait_until(find, f"window {title}", seconds)
+        return wait_until(lambda: windows(self, title), f"window {title}", seconds)[0]
 
     def geometry(self, window):
         """x, y, width, height of a window on the screen."""
@@ -234,6 +230,13 @@ class Desktop:
             print("The last diagnostics were:", file=sys.stderr)
             print(*log.read_text(errors="replace").splitlines()[-20:], sep="\n", file=sys.stderr)
         self.close()
+
+
+def windows(desktop, title="Strandloom"):
+    """The ids of the visible windows with that title."""
+    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"],
+                           env=desktop.environment, capture_output=True, text=True)
+    return found.stdout.split()
 
 
 class Program:

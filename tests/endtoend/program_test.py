@@ -12,16 +12,10 @@ import tempfile
 import time
 import unittest
 
-from desktop import Desktop, Program, Site, wait_until
+from desktop import Desktop, Program, Site, wait_until, windows
 
 BINARY = str(pathlib.Path(sys.argv.pop(1)).resolve())
 FATAL = "Could not create ModelContainer: "
-
-
-def windows(desktop, title="Strandloom"):
-    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"],
-                           env=desktop.environment, capture_output=True, text=True)
-    return found.stdout.split()
 
 
 class Starting(unittest.TestCase):

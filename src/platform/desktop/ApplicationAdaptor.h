@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "desktop/ApplicationAction.h"
+
 #include <QDBusAbstractAdaptor>
 #include <QStringList>
 #include <QVariantMap>
+
+class QDBusMessage;
 
 /// The D-Bus side of the running program: how launchers and further starts reach it.
 class ApplicationAdaptor : public QDBusAbstractAdaptor
@@ -17,8 +21,22 @@ public:
     }
 
 public Q_SLOTS:
-    void Activate(const QVariantMap &platformData); // NOLINT(readability-identifier-naming)
+    // NOLINTBEGIN(readability-identifier-naming): the interface's names
+    void Activate(const QVariantMap &platformData);
+    /// The program opens no files: the same as `Activate`.
+    void Open(const QStringList &uris, const QVariantMap &platformData);
+    void ActivateAction(const QString &name, const QVariantList &parameter,
+                        const QVariantMap &platformData, const QDBusMessage &call);
+    // NOLINTEND(readability-identifier-naming)
 
 Q_SIGNALS:
-    void activationRequested();
+    /// A window that is activated while this is being handled may come to the front.
+    void requested(ApplicationAction action);
+
+private:
+    void request(ApplicationAction action, const QVariantMap &platformData);
 };
+
+/// What the launcher of this process left in its environment so that a window may come to the
+/// front. To be taken before the `QApplication` is made, which uses it up.
+QVariantMap launchData();

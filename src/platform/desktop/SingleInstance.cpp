@@ -8,26 +8,81 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDeadlineTimer>
+#include <QFile>
 #include <QLockFile>
 #include <QStandardPaths>
+#include <QThread>
 
 #include <csignal>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace
 {
 
 const QString applicationInterface = u"org.freedesktop.Application"_s;
 
-QVariantMap platformData()
+/// How long the running instance may take to answer, and to end.
+constexpr auto patience = 5s;
+
+QString lockPath()
 {
-    QVariantMap data;
-    if (const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN"); !token.isEmpty())
-        data.insert(u"activation-token"_s, token);
-    if (const QString id = qEnvironmentVariable("DESKTOP_STARTUP_ID"); !id.isEmpty())
-        data.insert(u"desktop-startup-id"_s, id);
-    return data;
+    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + u"/strandloom.lock";
+}
+
+/// Real-time signals, which by default nobody else sends.
+int signalFor(ApplicationAction action)
+{
+    return SIGRTMIN + int(action);
+}
+
+QString programOf(qint64 process)
+{
+    const QString file = QFile::symLinkTarget(u"/proc/%1/exe"_s.arg(process)).section(u'/', -1);
+    return file.endsWith(u" (deleted)") ? file.section(u' ', 0, -2) : file; // replaced by an update
+}
+
+/// Whose lock file it is; absent when nobody holds it. The number in a file that was left behind
+/// may have become another program's.
+std::optional<pid_t> lockOwner(const QLockFile &file)
+{
+    qint64 owner = 0;
+    QString host, program;
+    if (!file.getLockInfo(&owner, &host, &program) || programOf(owner) != program)
+        return std::nullopt;
+    return pid_t(owner);
+}
+
+bool isRunningOnBus()
+{
+    const auto bus = QDBusConnection::sessionBus();
+    return bus.interface()->isServiceRegistered(SingleInstance::serviceName).value();
+}
+
+void tellOnBus(ApplicationAction action, const QVariantMap &launchData)
+{
+    const bool opens = action == ApplicationAction::open;
+    auto call = QDBusMessage::createMethodCall(SingleInstance::serviceName,
+                                               SingleInstance::objectPath, applicationInterface,
+                                               opens ? u"Activate"_s : u"ActivateAction"_s);
+    call.setAutoStartService(false);
+    if (!opens)
+        call << QString(nameOf(action)) << QVariantList();
+    call << launchData;
+    const auto answer = QDBusConnection::sessionBus().call(
+        call, QDBus::Block, int(std::chrono::milliseconds(patience).count()));
+    if (answer.type() == QDBusMessage::ErrorMessage)
+        debugLog(u"Failed to activate the running instance: " + answer.errorMessage());
+}
+
+/// A start right after must not take one that is about to end for the program.
+template <typename IsRunning>
+void waitForEnd(IsRunning isRunning)
+{
+    for (const QDeadlineTimer limit(patience); isRunning() && !limit.hasExpired();)
+        QThread::msleep(10);
 }
 
 } // namespace
@@ -36,8 +91,7 @@ SingleInstance::SingleInstance(QObject *parent)
     : QObject(parent)
 {
     auto *application = new ApplicationAdaptor(this);
-    connect(application, &ApplicationAdaptor::activationRequested, this,
-            &SingleInstance::activated);
+    connect(application, &ApplicationAdaptor::requested, this, &SingleInstance::requested);
 }
 
 SingleInstance::~SingleInstance()
@@ -49,12 +103,14 @@ SingleInstance::~SingleInstance()
     bus.unregisterObject(objectPath);
 }
 
-SingleInstance::Role SingleInstance::claim()
+SingleInstance::Role SingleInstance::claim(ApplicationAction action, const QVariantMap &launchData)
 {
-    return QDBusConnection::sessionBus().isConnected() ? claimOnBus() : claimLockFile();
+    return QDBusConnection::sessionBus().isConnected() ? claimOnBus(action, launchData)
+                                                       : claimLockFile(action);
 }
 
-SingleInstance::Role SingleInstance::claimOnBus()
+SingleInstance::Role SingleInstance::claimOnBus(ApplicationAction action,
+                                                const QVariantMap &launchData)
 {
     auto bus = QDBusConnection::sessionBus();
     bus.registerObject(objectPath, this, QDBusConnection::ExportAdaptors);
@@ -63,29 +119,38 @@ SingleInstance::Role SingleInstance::claimOnBus()
                                          QDBusConnectionInterface::DontAllowReplacement);
     if (reply.value() == QDBusConnectionInterface::ServiceRegistered)
         return Role::first;
-
-    auto activate = QDBusMessage::createMethodCall(serviceName, objectPath, applicationInterface,
-                                                   u"Activate"_s);
-    activate << platformData();
-    const auto answer = bus.call(activate, QDBus::Block, 5000);
-    if (answer.type() == QDBusMessage::ErrorMessage)
-        debugLog(u"Failed to activate the running instance: " + answer.errorMessage());
+    tellOnBus(action, launchData);
     return Role::second;
 }
 
-SingleInstance::Role SingleInstance::claimLockFile()
+SingleInstance::Role SingleInstance::claimLockFile(ApplicationAction action)
 {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    m_lockFile = std::make_unique<QLockFile>(folder + u"/strandloom.lock");
-    m_lockFile->setStaleLockTime(0); // only a dead owner makes the lock stale
-    if (m_lockFile->tryLock()) {
-        m_activation = std::make_unique<UnixSignal>(SIGUSR1);
-        connect(m_activation.get(), &UnixSignal::arrived, this, &SingleInstance::activated);
-        return Role::first;
+    // Whoever finds the file locked calls its owner at once, which would end one that cannot hear.
+    for (const ApplicationAction call : applicationActions) {
+        auto &signal = m_calls.emplace_back(std::make_unique<UnixSignal>(signalFor(call)));
+        connect(signal.get(), &UnixSignal::arrived, this, [this, call] { Q_EMIT requested(call); });
     }
-    qint64 owner = 0;
-    QString host, program;
-    if (m_lockFile->getLockInfo(&owner, &host, &program))
-        ::kill(pid_t(owner), SIGUSR1);
+    m_lockFile = std::make_unique<QLockFile>(lockPath());
+    m_lockFile->setStaleLockTime(0); // only a dead owner makes the lock stale
+    if (m_lockFile->tryLock())
+        return Role::first;
+    if (const auto owner = lockOwner(*m_lockFile))
+        ::kill(*owner, signalFor(action));
     return Role::second;
+}
+
+bool SingleInstance::tell(ApplicationAction action)
+{
+    const QLockFile file(lockPath());
+    const bool hasBus = QDBusConnection::sessionBus().isConnected();
+    const auto isRunning = [&] { return hasBus ? isRunningOnBus() : lockOwner(file).has_value(); };
+    if (!isRunning())
+        return false;
+    if (hasBus)
+        tellOnBus(action, {});
+    else if (const auto owner = lockOwner(file))
+        ::kill(*owner, signalFor(action));
+    if (action == ApplicationAction::quit)
+        waitForEnd(isRunning);
+    return true;
 }

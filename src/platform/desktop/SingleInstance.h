@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "desktop/ApplicationAction.h"
+
 #include <QObject>
-#include <QString>
+#include <QVariantMap>
 
 #include <memory>
+#include <vector>
 
 class QLockFile;
 class UnixSignal;
@@ -18,7 +21,7 @@ class SingleInstance : public QObject
 public:
     enum class Role {
         first, ///< this process is the program
-        second, ///< another one is, and was told to show itself
+        second, ///< another one is, and was asked
     };
 
     /// The program on the session bus.
@@ -28,17 +31,22 @@ public:
     explicit SingleInstance(QObject *parent = nullptr);
     ~SingleInstance() override;
 
-    /// Becomes the first instance, or asks the running one to show itself.
-    Role claim();
+    /// Becomes the first instance, or asks the running one for `action`, handing on what
+    /// `launchData()` gave.
+    Role claim(ApplicationAction action, const QVariantMap &launchData);
+
+    /// Asks the running instance for `action`, and waits for it to end when that is `quit`; false
+    /// when none runs. For a process that is not going to be the program.
+    static bool tell(ApplicationAction action);
 
 Q_SIGNALS:
     /// Somebody started the program again, or chose it in a launcher.
-    void activated();
+    void requested(ApplicationAction action);
 
 private:
-    Role claimOnBus();
-    Role claimLockFile();
+    Role claimOnBus(ApplicationAction action, const QVariantMap &launchData);
+    Role claimLockFile(ApplicationAction action);
 
-    std::unique_ptr<QLockFile> m_lockFile;
-    std::unique_ptr<UnixSignal> m_activation; ///< how a further start calls where there is no bus
+    std::vector<std::unique_ptr<UnixSignal>> m_calls; ///< of further starts where there is no bus
+    std::unique_ptr<QLockFile> m_lockFile; ///< released before its owner can no longer be called
 };

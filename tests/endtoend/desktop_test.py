@@ -1,0 +1,81 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""How the real program gets on with the desktop around it: further starts and launchers, trays that
+come and go, a pause, and what `doctor` makes of it all."""
+
+import pathlib
+import subprocess
+import sys
+import unittest
+
+import dbus
+
+from desktop import Desktop, Program, wait_until, windows
+
+BINARY = str(pathlib.Path(sys.argv.pop(1)).resolve())
+NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"}
+
+
+def ask(desktop, *options):
+    """A further start with these options: its exit code."""
+    return subprocess.run([BINARY, *options], env=desktop.environment, capture_output=True,
+                          timeout=30).returncode
+
+
+def launcher(desktop):
+    """The running program as launchers see it."""
+    bus = dbus.bus.BusConnection(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+    return dbus.Interface(bus.get_object("app.strandloom", "/app/strandloom"),
+                          "org.freedesktop.Application")
+
+
+class Activation(unittest.TestCase):
+    def test_options_act_on_the_running_program(self):
+        for environment in ({}, NO_BUS):
+            with self.subTest(environment), Desktop() as desktop:
+                desktop.environment.update(environment)
+                program = Program(desktop, BINARY, "--background")
+                program.wait_for_line("Started")
+                for option, title in (("--settings", "Settings"), ("--export", "Export Links")):
+                    self.assertEqual(ask(desktop, option), 0)
+                    desktop.window(title)
+                self.assertEqual(windows(desktop), [])  # and no panel
+                self.assertEqual(ask(desktop, "--quit"), 0)
+                self.assertEqual(program.process.wait(1), 0)
+                for option in ("--quit", "--pause", "--resume"):
+                    self.assertEqual(ask(desktop, option), 3)
+                self.assertEqual(ask(desktop, "--quit", "--pause"), 2)
+
+    def test_a_window_can_be_all_that_a_start_opens(self):
+        with Desktop() as desktop:
+            Program(desktop, BINARY, "--export").wait_for_line("Tray icon shown")
+            desktop.window("Export Links")
+            desktop.copy("https://nothing-runs.example")
+            self.assertEqual((ask(desktop, "list"), windows(desktop)), (1, []))
+
+    def test_many_starts_without_a_bus_leave_one_process(self):
+        with Desktop() as desktop:
+            starts = [Program(desktop, BINARY, **NO_BUS) for _ in range(50)]
+            wait_until(lambda: sum(s.process.poll() is None for s in starts) == 1, "one process")
+            self.assertEqual({s.process.poll() for s in starts}, {None, 0})
+            desktop.window("Strandloom")
+
+    def test_launchers_call_the_actions(self):
+        with Desktop() as desktop:
+            program = Program(desktop, BINARY, "--background")
+            program.wait_for_line("Started")
+            application = launcher(desktop)
+            application.Open(dbus.Array(signature="s"), {"activation-token": "a token"})
+            desktop.window("Strandloom")
+
+            def activate(action):
+                application.ActivateAction(action, dbus.Array(signature="v"), {"": ""})
+            activate("settings")
+            desktop.window("Settings")
+            self.assertRaisesRegex(dbus.DBusException, "no action", activate, "nonsense")
+            activate("quit")
+            self.assertEqual(program.process.wait(10), 0)
+
+
+if __name__ == "__main__":
+    unittest.main()
