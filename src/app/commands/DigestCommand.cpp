@@ -24,19 +24,20 @@ Expected<DigestRequest, QString> parseDigestArguments(const QStringList &argumen
 
 int runDigest(const DigestRequest &request)
 {
-    const auto links = readVisibleLinks(ModelContainer::defaultFolder(), {});
-    if (!links)
-        return fail(description(links.error()));
-    if (!*links || (*links)->isEmpty())
-        return int(ExitCode::nothing);
+    const auto stored = readVisibleLinks(ModelContainer::defaultFolder(), {});
+    if (!stored)
+        return fail(description(stored.error()));
+    const auto links = stored->value_or(QList<CapturedLink>());
 
     const QString site =
         AppInfo(AppInfo::defaultPath()).value(u"ProductSite"_s).value_or(QString());
     const DigestContext context{SystemClock().now(), systemLocale(), site};
-    const QByteArray html = composeDigestHTML(**links, context).toUtf8();
+    const QByteArray html = composeDigestHTML(links, context).toUtf8();
     const Outcome written = writeTo(request.output, [&html](const ByteSink &sink) {
         sink(html);
         return Outcome();
     });
-    return written ? int(ExitCode::done) : fail(written.error());
+    if (!written)
+        return fail(written.error());
+    return int(links.isEmpty() ? ExitCode::nothing : ExitCode::done);
 }
