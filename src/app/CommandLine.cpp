@@ -128,9 +128,6 @@ constexpr std::array commands{
 
 int runCommand(RunCommand run, int argc, char **argv)
 {
-    // Another program's end and a file size limit are errors to be handled, not ends of ours.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
     QCoreApplication core(argc, argv);
     return run(core.arguments().mid(1));
 }
@@ -193,6 +190,9 @@ int runProgram(int argc, char **argv)
 
 int runCommandLine(int argc, char **argv)
 {
+    // Another program's end and a file size limit are errors to be handled, not ends of ours.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     const std::string_view first = argc > 1 ? argv[1] : "";
     if (first == "--help" || first == "-h") {
         print(usage);

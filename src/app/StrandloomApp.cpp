@@ -213,9 +213,6 @@ void StrandloomApp::showModelLoad()
 
 int runStrandloom(int argc, char **argv, const Start &start)
 {
-    // Another program's end and a file size limit are errors to be handled, not ends of ours.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
     const QVariantMap launch = launchData(); // before Qt takes it
     QApplication application(argc, argv);
     Q_INIT_RESOURCE(appicons);

@@ -76,6 +76,15 @@ bool isLinkTag(QByteArrayView tag)
     return tag.size() > 1 && (tag[0] == 'a' || tag[0] == 'A') && isSpace(tag[1]);
 }
 
+/// Whether a tag stands behind every title that comes before it.
+bool endsTitle(QByteArrayView tag)
+{
+    const auto end = std::find_if(tag.begin(), tag.end(), isSpace);
+    const QByteArray name = QByteArrayView(tag.begin(), end).toByteArray().toLower();
+    return isLinkTag(tag) || name == "/a" || name == "dt" || name == "dd" || name == "dl"
+        || name == "/dl" || name == "h3";
+}
+
 /// The value of the attribute `name`, given in lower case, as it stands in `tag`.
 std::optional<QByteArrayView> attribute(QByteArrayView tag, QByteArrayView name)
 {
@@ -94,6 +103,8 @@ std::optional<QByteArrayView> attribute(QByteArrayView tag, QByteArrayView name)
         const bool isQuoted = begin != end && (*begin == '"' || *begin == '\'');
         const auto valueEnd =
             isQuoted ? std::find(begin + 1, end, *begin) : std::find_if(begin, end, isSpace);
+        if (isSought && isQuoted && valueEnd == end)
+            return QByteArrayView(); // cut
         if (isSought)
             return QByteArrayView(isQuoted ? begin + 1 : begin, valueEnd);
         place =
@@ -197,7 +208,8 @@ std::optional<LinkFileReader::Piece> LinkFileReader::pieceUntil(char end)
         piece.bytes.append(m_buffer.constData() + m_position, size);
         piece.isTooLong = piece.isTooLong || size < stop - m_position;
         m_position = found < 0 ? stop : stop + 1;
-        if (found >= 0)
+        piece.isEnded = found >= 0;
+        if (piece.isEnded)
             break;
     }
     return piece;
@@ -237,41 +249,33 @@ std::optional<LinkFileEntry> LinkFileReader::nextLine()
 
 std::optional<LinkFileEntry> LinkFileReader::nextBookmark()
 {
-    while (m_isInTag || pieceUntil('<')) {
-        m_isInTag = false;
-        const Piece tag = restOfTag();
-        const bool isLink =
-            tag.bytes.size() > 1 && (tag.bytes.at(0) | 0x20) == 'a' && isSpace(tag.bytes.at(1));
-        if (!isLink || !attribute(tag.bytes, "href"))
-            continue;
-        const Piece title = pieceUntil('<').value_or(Piece());
-        m_isInTag = true;
-        return bookmarkOf(tag, title);
+    while (m_tag || pieceUntil('<')) {
+        const Piece tag = m_tag ? *std::exchange(m_tag, {}) : pieceUntil('>').value_or(Piece());
+        if (isLinkTag(tag.bytes) && attribute(tag.bytes, "href"))
+            return bookmarkOf(tag, title());
     }
     return std::nullopt;
 }
 
-/// Up to the ">" that stands in no value of a link.
-LinkFileReader::Piece LinkFileReader::restOfTag()
+/// Up to the end of the link, or what can only stand behind it where that is missing. Some programs
+/// write titles as they are, so what looks like another tag is a part of it.
+QByteArray LinkFileReader::title()
 {
-    Piece tag = pieceUntil('>').value_or(Piece());
-    if (!isLinkTag(tag.bytes))
-        return tag;
-    bool isInValue = tag.bytes.count('"') % 2 == 1;
-    while (isInValue && !tag.isTooLong) {
-        const auto more = pieceUntil('>');
-        if (!more)
+    QByteArray text;
+    while (const auto piece = pieceUntil('<')) {
+        text.append(piece->bytes);
+        m_tag = pieceUntil('>');
+        if (text.size() > pieceLimit || !m_tag || endsTitle(m_tag->bytes))
             break;
-        isInValue = more->bytes.count('"') % 2 == 0;
-        tag.isTooLong = more->isTooLong || tag.bytes.size() + more->bytes.size() > pieceLimit;
-        tag.bytes.append('>').append(more->bytes);
+        text.append('<').append(std::exchange(m_tag, {})->bytes).append('>');
     }
-    return tag;
+    return text;
 }
 
-LinkFileEntry LinkFileReader::bookmarkOf(const Piece &tag, const Piece &title)
+LinkFileEntry LinkFileReader::bookmarkOf(const Piece &tag, const QByteArray &title)
 {
-    const auto address = tag.isTooLong ? std::nullopt : decoded(*attribute(tag.bytes, "href"));
+    const auto address =
+        tag.isTooLong || !tag.isEnded ? std::nullopt : decoded(*attribute(tag.bytes, "href"));
     if (!address)
         return {};
     const Instant moment = nextMoment();
@@ -279,7 +283,9 @@ LinkFileEntry LinkFileReader::bookmarkOf(const Piece &tag, const Piece &title)
     if (!entry.link)
         return entry;
     entry.link->copiedAt = dateFrom(attribute(tag.bytes, "add_date")).value_or(moment);
-    if (const QString text = unescaped(QString::fromUtf8(title.bytes)).trimmed(); !text.isEmpty())
+    const bool isWhole = tag.bytes.count('"') % 2 == 0; // else the tag goes on in the title
+    const QString text = unescaped(QString::fromUtf8(title)).trimmed();
+    if (isWhole && !text.isEmpty())
         entry.link->title = text;
     return entry;
 }

@@ -30,6 +30,7 @@ private:
     struct Piece {
         QByteArray bytes;
         bool isTooLong = false; ///< then only the beginning is there
+        bool isEnded = false; ///< by what it was to end with
     };
 
     bool fill();
@@ -38,8 +39,8 @@ private:
     std::optional<LinkFileEntry> nextLine();
     std::optional<LinkFileEntry> nextBookmark();
     std::optional<LinkFileEntry> nextObject();
-    Piece restOfTag();
-    LinkFileEntry bookmarkOf(const Piece &tag, const Piece &title);
+    QByteArray title();
+    LinkFileEntry bookmarkOf(const Piece &tag, const QByteArray &title);
     Instant nextMoment() { return m_now += Instant::duration(1); }
 
     QIODevice &m_device;
@@ -47,5 +48,5 @@ private:
     QByteArray m_buffer;
     qsizetype m_position = 0; ///< in `m_buffer`
     std::optional<Format> m_format; ///< known once something was read
-    bool m_isInTag = false; ///< of bookmarks: the "<" was read already
+    std::optional<Piece> m_tag; ///< was read already, behind a title
 };

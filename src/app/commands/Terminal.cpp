@@ -5,6 +5,7 @@
 
 #include <QCommandLineParser>
 
+#include <cerrno>
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
@@ -12,11 +13,15 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+int outputError = 0; ///< of errno, the first of standard output
+
 Outcome flushed()
 {
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+    if (std::fflush(stdout) != 0 && outputError == 0)
+        outputError = errno;
+    if (outputError == 0)
         return {};
-    return Unexpected{QString(u"standard output: "_s + qt_error_string())};
+    return Unexpected{QString(u"standard output: "_s + qt_error_string(outputError))};
 }
 
 Outcome writeFile(const QString &path, const std::function<Outcome(const ByteSink &)> &write)
@@ -68,7 +73,10 @@ QString onOneLine(QString text)
 
 bool print(QByteArrayView bytes)
 {
-    return std::fwrite(bytes.data(), 1, size_t(bytes.size()), stdout) == size_t(bytes.size());
+    const auto size = size_t(bytes.size());
+    if (outputError == 0 && std::fwrite(bytes.data(), 1, size, stdout) != size)
+        outputError = errno;
+    return outputError == 0;
 }
 
 int finish(ExitCode code)
@@ -82,5 +90,6 @@ Outcome writeTo(const QString &output, const std::function<Outcome(const ByteSin
     if (output != u"-")
         return writeFile(output, write);
     const Outcome written = write(print);
-    return written ? flushed() : written;
+    const Outcome taken = flushed(); // the cause, where that went wrong
+    return taken ? written : taken;
 }
