@@ -22,9 +22,8 @@ bool makeFolder(const QString &folder)
 {
     constexpr auto ownerOnly =
         QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
-    if (QFileInfo(folder).isDir())
-        return true;
-    return QDir().mkpath(QFileInfo(folder).path()) && QDir().mkdir(folder, ownerOnly);
+    const bool isMade = QDir().mkpath(QFileInfo(folder).path()) && QDir().mkdir(folder, ownerOnly);
+    return isMade || QFileInfo(folder).isDir(); // also when another process was quicker
 }
 
 } // namespace
