@@ -60,6 +60,7 @@ public:
 
 private:
     void claim();
+    void setOwner();
     void handle(const xcb_generic_event_t &event);
     void asked(const xcb_selection_request_event_t &request);
     bool give(const xcb_selection_request_event_t &request);
@@ -110,11 +111,16 @@ int FaultyOwner::run()
 
 void FaultyOwner::claim()
 {
+    setOwner();
+    m_connection.synchronize();
+}
+
+void FaultyOwner::setOwner()
+{
     ++m_copies;
     const QString text = m_is.value(u"text"_s, u"https://owner.example/%1"_s.arg(m_copies));
     m_text = m_is.has(u"latin1"_s) ? text.toLatin1() : text.toUtf8();
     xcb_set_selection_owner(m_connection.xcb(), m_window, m_atoms.clipboard, XCB_CURRENT_TIME);
-    m_connection.synchronize();
 }
 
 void FaultyOwner::handle(const xcb_generic_event_t &event)
@@ -185,6 +191,8 @@ bool FaultyOwner::giveText(const xcb_selection_request_event_t &request)
     if (!m_is.has(u"incr"_s)) {
         const QByteArray text =
             m_text.leftJustified(m_is.number(u"bytes"_s, int(m_text.size())), 'x');
+        if (m_is.has(u"copies-while-answering"_s) && m_copies == 1)
+            setOwner(); // reaches the asker together with the answer, before it
         write(request.requestor, request.property, m_atoms.utf8String, 8, text);
         return true;
     }

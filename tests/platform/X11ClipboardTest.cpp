@@ -84,6 +84,14 @@ private Q_SLOTS:
         QVERIFY(m_server.start());
     }
 
+    void readsTheCopyMadeWhileAnotherIsRead()
+    {
+        const auto clipboard = makeReadingClipboard();
+        QVERIFY(clipboard);
+        const Program owner = this->owner({u"copies-while-answering"_s});
+        QTRY_COMPARE(clipboard->text(), u"https://owner.example/2"_s);
+    }
+
     void survivesFaultyOwners_data()
     {
         QTest::addColumn<QStringList>("arguments");

@@ -79,8 +79,8 @@ xcb_timestamp_t X11Selection::serverTime()
 void X11Selection::processEvents()
 {
     while (handleQueuedEvents()) {
-        if (const auto owner = std::exchange(m_unfollowed, {}))
-            follow(*owner);
+        if (const auto owners = std::exchange(m_unfollowed, {}); !owners.isEmpty())
+            follow(owners);
     }
     if (m_connection->isBroken() && !std::exchange(m_isLost, true)) {
         m_readable.setEnabled(false);
@@ -129,15 +129,12 @@ void X11Selection::propertyChanged(const xcb_property_notify_event_t &event)
     m_ownText.propertyChanged(event);
 }
 
-/// Only notes the change: of a burst the last alone is worth reading.
+/// Only notes the change: behind it may be the answer of the owner before, which is not to be taken
+/// for this one's.
 void X11Selection::ownerChanged(const xcb_xfixes_selection_notify_event_t &event)
 {
-    if (event.owner == XCB_NONE)
-        m_ledger.ownerLost();
-    else
-        m_ledger.ownerChanged(announcerOf(event.owner));
     m_owner = event.owner;
-    m_unfollowed = Owner{event.owner, event.timestamp};
+    m_unfollowed.append({event.owner, event.timestamp});
 }
 
 Announcer X11Selection::announcerOf(xcb_window_t owner) const
@@ -151,9 +148,17 @@ Announcer X11Selection::announcerOf(xcb_window_t owner) const
     return isManager ? Announcer::restorer : Announcer::program;
 }
 
-void X11Selection::follow(const Owner &owner)
+/// Of a burst the last owner alone can still be read.
+void X11Selection::follow(const QList<Owner> &owners)
 {
     m_reader.abandon();
+    for (const Owner &owner : owners) {
+        if (owner.window == XCB_NONE)
+            m_ledger.ownerLost();
+        else
+            m_ledger.ownerChanged(announcerOf(owner.window));
+    }
+    const Owner &owner = owners.last();
     if (!m_isReading)
         settle({{}, true});
     else if (isOwner())

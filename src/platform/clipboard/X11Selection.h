@@ -43,7 +43,7 @@ private:
     void selectionAnswered(const xcb_selection_notify_event_t &event);
     void propertyChanged(const xcb_property_notify_event_t &event);
     void ownerChanged(const xcb_xfixes_selection_notify_event_t &event);
-    void follow(const Owner &owner);
+    void follow(const QList<Owner> &owners);
     void beginReading(const Owner &owner);
     void contentsRead(const ClipboardContents &contents);
     void settle(const ClipboardContents &contents, bool offersLess = false);
@@ -63,7 +63,7 @@ private:
     bool m_isHandingOver = false;
     xcb_timestamp_t m_serverTime = 0;
     xcb_window_t m_owner = XCB_NONE;
-    std::optional<Owner> m_unfollowed;
+    QList<Owner> m_unfollowed;
 
     quint32 m_readClient = 0; // whose contents were read last, what it offered
     QList<xcb_atom_t> m_readTypes;
