@@ -4,6 +4,7 @@
 is its other half, which lives on the virtual desktop's own bus."""
 
 import json
+import os
 import subprocess
 import sys
 
@@ -87,9 +88,11 @@ def main():
 
     def described(node):
         place = Atspi.Component.get_extents(node, Atspi.CoordType.SCREEN)
+        scale = int(os.environ.get("QT_SCALE_FACTOR", "1"))  # the toolkit tells unscaled places
         answer = {"role": node.get_role_name(), "name": name_of(node), "states": states(node),
                   "description": node.get_description(),
-                  "place": [place.x, place.y, place.width, place.height]}
+                  "place": [value * scale for value in
+                            (place.x, place.y, place.width, place.height)]}
         if node.get_role_name() == "combo box":
             answer["text"] = node.get_name()
         elif "Text" in Atspi.Accessible.get_interfaces(node):
