@@ -40,11 +40,19 @@ constexpr auto trayPatience = 5s;
 /// A command line that writes lets go of the store sooner.
 constexpr auto storePatience = 5s;
 
-/// By name, so that a tray can tint it and follow its own theme; drawn in colour where the icon is
-/// not installed.
-QIcon trayIcon()
+/// The tinted icon goes by its name, so that a tray can follow its own theme; it is drawn in colour
+/// where it is not installed.
+TrayAppearance trayAppearance(const QString &icon, const QString &toolTip)
 {
-    return QIcon::fromTheme(u"app.strandloom-symbolic"_s, QIcon(u":/icons/app.strandloom.svg"_s));
+    const QIcon coloured(u":/icons/"_s + icon + u".svg"_s);
+    return {QIcon::fromTheme(icon + u"-symbolic"_s, coloured), coloured, toolTip};
+}
+
+TrayAppearance trayAppearance(bool isPaused)
+{
+    return isPaused ? trayAppearance(u"app.strandloom-paused"_s,
+                                     StrandloomApp::tr("Strandloom (capturing is paused)"))
+                    : trayAppearance(u"app.strandloom"_s, u"Strandloom"_s);
 }
 
 /// A window that is already open comes to the front.
@@ -70,7 +78,7 @@ StrandloomApp::StrandloomApp(Services &services, SingleInstance &instance, const
     : m_services(services)
     , m_appState(std::make_unique<AppState>(services))
     , m_trayMenu(std::make_unique<QMenu>())
-    , m_tray(std::make_unique<TrayIcon>(trayIcon(), u"Strandloom"_s, *m_trayMenu))
+    , m_tray(std::make_unique<TrayIcon>(trayAppearance(false), *m_trayMenu))
 {
     buildTrayMenu();
     connect(m_tray.get(), &TrayIcon::activated, this, &StrandloomApp::togglePanel);
@@ -115,6 +123,14 @@ void StrandloomApp::buildTrayMenu()
 {
     // Some trays show nothing but the menu, so it begins with what a click does elsewhere.
     m_trayMenu->addAction(tr("Open Strandloom"), this, &StrandloomApp::openPanel);
+    m_trayMenu->addSeparator();
+    QAction *const pause = m_trayMenu->addAction(tr("Pause Capturing"));
+    pause->setCheckable(true);
+    connect(pause, &QAction::toggled, m_appState.get(), &AppState::setCapturingPaused);
+    connect(m_appState.get(), &AppState::isCapturingPausedChanged, this, [this, pause] {
+        pause->setChecked(m_appState->isCapturingPaused());
+        m_tray->setAppearance(trayAppearance(m_appState->isCapturingPaused()));
+    });
     m_trayMenu->addSeparator();
     m_trayMenu->addAction(tr("Settings…"), this, &StrandloomApp::openSettings);
     m_trayMenu->addAction(tr("Export Links…"), this, &StrandloomApp::openExport);

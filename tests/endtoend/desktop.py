@@ -109,8 +109,7 @@ class Desktop:
             self._start_bus()
             self._start_window_manager()
             if tray:
-                self.start("trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
-                           "--height", "28", "--SetDockType", "true", "--expand", "true")
+                self.start_tray()
         except BaseException:
             self.close()
             raise
@@ -146,6 +145,10 @@ class Desktop:
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, **options)
         self.processes.append(process)
         return process
+
+    def start_tray(self, *options):
+        return self.start("trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
+                          "--height", "28", "--SetDockType", "true", "--expand", "true", *options)
 
     def start_keyring(self):
         """An empty keyring, unlocked."""

@@ -77,5 +77,86 @@ class Activation(unittest.TestCase):
             self.assertEqual(program.process.wait(10), 0)
 
 
+class StatusNotifierTray:
+    """A tray host that a test starts and ends."""
+
+    def __init__(self, desktop):
+        script = pathlib.Path(__file__).parent / "tray_host.py"
+        self.log = desktop.home / "tray.log"
+        with open(self.log, "w") as log:
+            self.process = subprocess.Popen(["/usr/bin/python3", script], env=desktop.environment,
+                                            stdin=subprocess.PIPE, stdout=log, text=True)
+        desktop.processes.append(self.process)
+        desktop.wait_for_bus_name("org.kde.StatusNotifierWatcher")
+
+    def order(self, what):
+        self.process.stdin.write(what + "\n")
+        self.process.stdin.flush()
+
+    def wait_for(self, tool_tip):
+        """Of the icon that has come or changed last."""
+        wait_until(lambda: self.log.read_text().splitlines()[-1:] == [tool_tip], tool_tip, 20)
+
+    def end(self):
+        self.process.kill()
+        self.process.wait()
+
+
+class Tray(unittest.TestCase):
+    def test_icon_follows_a_host_that_is_late_and_comes_again(self):
+        with Desktop(tray=False) as desktop:
+            program = Program(desktop, BINARY, "--background")
+            program.wait_for_line("Started")
+            for is_open in (True, False, True):
+                tray = StatusNotifierTray(desktop)
+                tray.order("host")
+                tray.wait_for("Strandloom")
+                tray.order("click")
+                wait_until(lambda: bool(windows(desktop)) == is_open, f"open: {is_open}")
+                tray.end()  # also while the panel is open
+            self.assertEqual(ask(desktop), 0)
+            desktop.window("Strandloom")
+            self.assertEqual(program.quit(), 0)
+
+    def test_icon_follows_an_embedding_tray_that_is_late_and_comes_again(self):
+        with Desktop(tray=False) as desktop:
+            program = Program(desktop, BINARY, "--background")
+            program.wait_for_line("Started")
+            for _ in range(2):
+                tray = desktop.start_tray()
+                wait_until(lambda: desktop.tray_icon(), "the icon")
+                place = desktop.tray_icon()
+                desktop.click(*place)
+                desktop.window("Strandloom")
+                desktop.click(*place)
+                wait_until(lambda: not windows(desktop), "the panel to close")
+                tray.kill()
+                wait_until(lambda: not desktop.tray_icon(), "no icon")
+            self.assertEqual(ask(desktop), 0)
+            desktop.window("Strandloom")
+            self.assertEqual(program.quit(), 0)
+
+
+class Pause(unittest.TestCase):
+    def test_nothing_copied_in_a_pause_is_captured(self):
+        with Desktop(tray=False) as desktop:
+            program = Program(desktop, BINARY, "--background")
+            tray = StatusNotifierTray(desktop)
+            tray.order("host")
+            tray.wait_for("Strandloom")
+            self.assertEqual(ask(desktop, "--pause"), 0)  # before the first opening
+            program.open_panel()
+            for number in range(2):
+                tray.wait_for("Strandloom (capturing is paused)")
+                desktop.copy(f"https://paused.example/{number}")
+                self.assertEqual(ask(desktop, "--resume"), 0)
+                tray.wait_for("Strandloom")
+                desktop.copy(f"https://resumed.example/{number}")
+                program.wait_for_line(f"Captured link: https://resumed.example/{number}")
+                self.assertEqual(ask(desktop, "--pause"), 0)
+            self.assertEqual([link["url"] for link in program.list()[1]],
+                             ["https://resumed.example/1", "https://resumed.example/0"])
+
+
 if __name__ == "__main__":
     unittest.main()

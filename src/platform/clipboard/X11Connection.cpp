@@ -57,6 +57,7 @@ void X11Connection::keepSetup(int screen)
     auto screens = xcb_setup_roots_iterator(setup);
     for (int i = 0; i < screen && screens.rem > 1; ++i)
         xcb_screen_next(&screens);
+    m_screen = screen;
     m_root = screens.data->root;
     m_resourceMask = setup->resource_id_mask;
     m_maxRequestBytes = setup->maximum_request_length * qsizetype(4);
@@ -96,6 +97,13 @@ bool X11Connection::internAtoms()
 XcbPointer<xcb_generic_event_t> X11Connection::nextEvent() const
 {
     return XcbPointer<xcb_generic_event_t>(xcb_poll_for_event(m_xcb));
+}
+
+xcb_atom_t X11Connection::atom(const QByteArray &name) const
+{
+    const auto asked = xcb_intern_atom(m_xcb, 0, quint16(name.size()), name.constData());
+    const XcbPointer<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_xcb, asked, nullptr));
+    return reply ? reply->atom : xcb_atom_t(XCB_NONE);
 }
 
 xcb_window_t X11Connection::makeWindow() const

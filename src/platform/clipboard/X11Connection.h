@@ -46,12 +46,14 @@ public:
     const X11Atoms &atoms() const { return m_atoms; }
     int fileDescriptor() const { return xcb_get_file_descriptor(m_xcb); }
     bool isBroken() const { return xcb_connection_has_error(m_xcb) != 0; }
+    int screen() const { return m_screen; }
     xcb_window_t rootWindow() const { return m_root; }
     qsizetype maxRequestBytes() const { return m_maxRequestBytes; }
     /// The event by which XFixes tells that a selection has another owner.
     int ownerEvent() const { return m_ownerEvent; }
     XcbPointer<xcb_generic_event_t> nextEvent() const;
 
+    xcb_atom_t atom(const QByteArray &name) const;
     /// A window nobody sees, whose property changes are told to us.
     xcb_window_t makeWindow() const;
     /// At most `maxBytes`, rounded up to a multiple of four.
@@ -72,6 +74,7 @@ private:
     bool internAtoms();
 
     xcb_connection_t *m_xcb;
+    int m_screen = 0;
     xcb_window_t m_root = XCB_NONE;
     quint32 m_resourceMask = 0;
     qsizetype m_maxRequestBytes = 0;

@@ -9,20 +9,30 @@
 #include <memory>
 #include <optional>
 
-class QDBusServiceWatcher;
+class EmbeddingTray;
 class QMenu;
+class StatusNotifierHost;
 
-/// The program's icon in the desktop's tray, put there as soon as there is a tray. Main thread
-/// only.
+struct TrayAppearance {
+    QIcon tinted; ///< of one colour, for trays that replace it by theirs
+    QIcon coloured; ///< for trays that show what they get
+    QString toolTip;
+};
+
+/// The program's icon in the desktop's tray, for as long as there is a tray. Main thread only.
+///
+/// Qt decides once in the life of the process which kind of tray it uses, when it first shows an
+/// icon. So it is asked only when there is a tray, and from then on the other kind does not count.
 class TrayIcon : public QObject
 {
     Q_OBJECT
 public:
     /// `menu` outlives the icon.
-    TrayIcon(const QIcon &icon, const QString &title, QMenu &menu, QObject *parent = nullptr);
+    TrayIcon(TrayAppearance appearance, QMenu &menu, QObject *parent = nullptr);
     ~TrayIcon() override;
 
-    /// Looks for a tray, now and whenever one may have come up.
+    void setAppearance(const TrayAppearance &appearance);
+    /// Looks for a tray, from now on.
     void show();
     bool isShown() const { return m_icon != nullptr; }
     /// Where the icon is on the screen; absent where the tray does not tell.
@@ -32,15 +42,18 @@ Q_SIGNALS:
     /// The user clicked the icon, with whichever button does not open the menu.
     void activated();
 
-private Q_SLOTS:
-    void askForHost();
-
 private:
-    void place();
+    enum class Kind { statusNotifier, embedding };
 
-    QIcon m_image;
-    QString m_title;
+    bool isPresent(Kind kind) const;
+    void follow();
+    void place();
+    void paint();
+
+    TrayAppearance m_appearance;
     QMenu &m_menu;
-    std::unique_ptr<QDBusServiceWatcher> m_watcher;
+    std::unique_ptr<StatusNotifierHost> m_host;
+    std::unique_ptr<EmbeddingTray> m_embedding; ///< null where Qt does not draw on X11
+    std::optional<Kind> m_kind; ///< absent until there is a tray
     std::unique_ptr<QSystemTrayIcon> m_icon;
 };

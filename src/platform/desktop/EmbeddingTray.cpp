@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#include "desktop/EmbeddingTray.h"
+
+#include "clipboard/X11Connection.h"
+
+#include <QSocketNotifier>
+
+#include <xcb/xfixes.h>
+
+EmbeddingTray::EmbeddingTray(QObject *parent)
+    : QObject(parent)
+    , m_connection(X11Connection::open({}))
+{
+    if (!m_connection)
+        return;
+    m_readable =
+        std::make_unique<QSocketNotifier>(m_connection->fileDescriptor(), QSocketNotifier::Read);
+    connect(m_readable.get(), &QSocketNotifier::activated, this, &EmbeddingTray::processEvents);
+
+    // A tray owns the selection that is named after its screen.
+    const xcb_atom_t selection =
+        m_connection->atom("_NET_SYSTEM_TRAY_S" + QByteArray::number(m_connection->screen()));
+    xcb_xfixes_select_selection_input(m_connection->xcb(), m_connection->rootWindow(), selection,
+                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER
+                                          | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY
+                                          | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    m_owner = m_connection->selectionOwner(selection);
+}
+
+EmbeddingTray::~EmbeddingTray() = default;
+
+void EmbeddingTray::processEvents()
+{
+    while (const auto event = m_connection->nextEvent()) {
+        if ((event->response_type & 0x7f) != m_connection->ownerEvent())
+            continue;
+        m_owner = reinterpret_cast<const xcb_xfixes_selection_notify_event_t &>(*event).owner;
+        Q_EMIT changed();
+    }
+    m_readable->setEnabled(!m_connection->isBroken());
+}

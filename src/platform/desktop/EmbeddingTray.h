@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QObject>
+
+#include <memory>
+#include <xcb/xcb.h>
+
+class QSocketNotifier;
+class X11Connection;
+
+/// Whether the X11 screen has a tray of the older kind, which embeds the windows of programs. Main
+/// thread only.
+class EmbeddingTray : public QObject
+{
+    Q_OBJECT
+public:
+    /// Watches the screen that the environment names; without one there is no such tray.
+    explicit EmbeddingTray(QObject *parent = nullptr);
+    ~EmbeddingTray() override;
+
+    bool isPresent() const { return m_owner != XCB_NONE; }
+
+Q_SIGNALS:
+    /// One came, went, or took the place of another.
+    void changed();
+
+private:
+    void processEvents();
+
+    std::unique_ptr<X11Connection> m_connection; ///< null where there is no X server
+    std::unique_ptr<QSocketNotifier> m_readable;
+    xcb_window_t m_owner = XCB_NONE;
+};
