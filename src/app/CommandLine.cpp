@@ -5,6 +5,7 @@
 #include "commands/AddCommand.h"
 #include "commands/BackupCommand.h"
 #include "commands/DigestCommand.h"
+#include "commands/DoctorCommand.h"
 #include "commands/ExportCommand.h"
 #include "commands/ImportCommand.h"
 #include "commands/InspectCommand.h"
@@ -42,6 +43,7 @@ constexpr auto usage = R"(Usage: strandloom [--background]
        strandloom import [--json] FILE
        strandloom backup [--force] FILE
        strandloom restore FILE
+       strandloom doctor [--json]
 
 Strandloom lives in the tray and remembers every web address you copy.
 
@@ -89,10 +91,12 @@ Commands:
     --force        replace FILE if it exists
   restore        put a backup into the place of the store, which is kept beside
                  it under another name; not while the program runs
+  doctor         say what works on this machine and what does not
+    --json         as a JSON object
 
 Exit codes:
   0  done
-  1  nothing to show, or refused
+  1  nothing to show, refused, or a problem was found
   2  wrong usage, or something cannot be read or written
   3  the program does not run, or runs where it must not
 )";
@@ -116,6 +120,7 @@ constexpr std::array commands{
     Command{"add", parseAndRun<parseAddArguments, runAdd>},
     Command{"backup", parseAndRun<parseBackupArguments, runBackup>},
     Command{"digest", parseAndRun<parseDigestArguments, runDigest>},
+    Command{"doctor", parseAndRun<parseDoctorArguments, runDoctor>},
     Command{"export", parseAndRun<parseExportArguments, runExport>},
     Command{"import", parseAndRun<parseImportArguments, runImport>},
     Command{"inspect", parseAndRun<parseInspectArguments, runInspect>},

@@ -17,6 +17,7 @@ public:
     void startReading() override { m_isReading = true; }
     void stopReading() override { m_isReading = false; }
     QString limitation() const override { return m_limitation; }
+    QString means() const override { return QStringLiteral("In memory."); }
 
 private:
     qint64 m_changeCount = 0;

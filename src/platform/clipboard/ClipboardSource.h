@@ -28,10 +28,13 @@ public:
     virtual void stopReading() = 0;
     /// What the user must know about copies that are not seen on this desktop; empty when all are.
     virtual QString limitation() const = 0;
+    /// By what means copies are seen, and why by these, as a sentence; empty while they are not.
+    virtual QString means() const = 0;
 
 Q_SIGNALS:
     /// `changeCount()` has grown. Sent once for each change that became known, with the count and
     /// the text of just that change in place.
     void changed();
+    /// It, or the means, became known or changed.
     void limitationChanged();
 };

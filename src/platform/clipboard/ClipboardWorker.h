@@ -11,8 +11,14 @@ struct ClipboardSnapshot {
     std::optional<QString> text;
 };
 
-/// Whose copies can be seen.
-enum class ClipboardReach { allPrograms, x11Programs, none };
+/// By what means copies can be seen, and so whose.
+enum class ClipboardReach {
+    dataControl, ///< everybody's, through the Wayland compositor
+    x11, ///< everybody's, through the X server of an X11 session
+    sharedX11, ///< everybody's, through the X server of a compositor that shares them with it
+    x11Programs, ///< those of X11 programs, through the X server of another compositor
+    none,
+};
 
 /// One way of reaching the desktop's clipboard. Lives on a thread of its own, where it may wait for
 /// the display server; all calls are made there.

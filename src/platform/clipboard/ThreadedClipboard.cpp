@@ -15,7 +15,9 @@ namespace
 QString limitationOf(ClipboardReach reach)
 {
     switch (reach) {
-    case ClipboardReach::allPrograms:
+    case ClipboardReach::dataControl:
+    case ClipboardReach::x11:
+    case ClipboardReach::sharedX11:
         return {};
     case ClipboardReach::x11Programs:
         return u"This desktop shows Strandloom only what is copied in X11 programs. "
@@ -23,6 +25,24 @@ QString limitationOf(ClipboardReach reach)
     case ClipboardReach::none:
         return u"Strandloom cannot watch the clipboard here: the compositor offers no "
                "data-control interface and no X server answers. Links are not recorded."_s;
+    }
+    Q_UNREACHABLE();
+}
+
+QString meansOf(ClipboardReach reach)
+{
+    switch (reach) {
+    case ClipboardReach::dataControl:
+        return u"Wayland data control, which the compositor offers."_s;
+    case ClipboardReach::x11:
+        return u"X11, since this is no Wayland session."_s;
+    case ClipboardReach::sharedX11:
+        return u"X11, since the compositor offers no data control but shares all copies with X11 "
+               "programs."_s;
+    case ClipboardReach::x11Programs:
+        return u"X11, since the compositor offers no data control."_s;
+    case ClipboardReach::none:
+        return {};
     }
     Q_UNREACHABLE();
 }
@@ -83,9 +103,18 @@ void ThreadedClipboard::show(const ClipboardSnapshot &snapshot)
 void ThreadedClipboard::setReach(ClipboardReach reach)
 {
     m_silence.stop();
-    const QString limitation = limitationOf(reach);
-    if (limitation == m_limitation)
+    if (reach == m_reach)
         return;
-    m_limitation = limitation;
+    m_reach = reach;
     Q_EMIT limitationChanged();
+}
+
+QString ThreadedClipboard::limitation() const
+{
+    return m_reach ? limitationOf(*m_reach) : QString();
+}
+
+QString ThreadedClipboard::means() const
+{
+    return m_reach ? meansOf(*m_reach) : QString();
 }

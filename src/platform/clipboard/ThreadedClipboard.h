@@ -26,7 +26,8 @@ public:
     void setText(const QString &text) override;
     void startReading() override;
     void stopReading() override;
-    QString limitation() const override { return m_limitation; }
+    QString limitation() const override;
+    QString means() const override;
 
 private:
     void show(const ClipboardSnapshot &snapshot);
@@ -35,6 +36,6 @@ private:
     QThread *m_thread;
     ClipboardWorker *m_worker;
     ClipboardSnapshot m_snapshot;
-    QString m_limitation;
+    std::optional<ClipboardReach> m_reach; ///< absent until the worker has told
     QTimer m_silence; // no word from the worker yet
 };

@@ -60,7 +60,7 @@ void WaylandClipboard::greeted()
     if (m_isReading)
         m_selection->startReading();
     claimTexts();
-    Q_EMIT reachKnown(ClipboardReach::allPrograms);
+    Q_EMIT reachKnown(ClipboardReach::dataControl);
 }
 
 void WaylandClipboard::claimTexts()

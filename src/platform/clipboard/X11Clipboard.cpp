@@ -29,10 +29,10 @@ QByteArray windowManagerName(const X11Connection &connection)
 ClipboardReach reachOf(const X11Connection &connection)
 {
     if (qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
-        return ClipboardReach::allPrograms;
+        return ClipboardReach::x11;
     const QByteArray name = windowManagerName(connection);
     const bool sharesAll = name == "GNOME Shell" || name == "Mutter";
-    return sharesAll ? ClipboardReach::allPrograms : ClipboardReach::x11Programs;
+    return sharesAll ? ClipboardReach::sharedX11 : ClipboardReach::x11Programs;
 }
 
 } // namespace

@@ -7,6 +7,17 @@
 
 #include <xcb/xfixes.h>
 
+namespace
+{
+
+/// A tray owns the selection that is named after its screen.
+xcb_atom_t traySelection(const X11Connection &connection)
+{
+    return connection.atom("_NET_SYSTEM_TRAY_S" + QByteArray::number(connection.screen()));
+}
+
+} // namespace
+
 EmbeddingTray::EmbeddingTray(QObject *parent)
     : QObject(parent)
     , m_connection(X11Connection::open({}))
@@ -17,9 +28,7 @@ EmbeddingTray::EmbeddingTray(QObject *parent)
         std::make_unique<QSocketNotifier>(m_connection->fileDescriptor(), QSocketNotifier::Read);
     connect(m_readable.get(), &QSocketNotifier::activated, this, &EmbeddingTray::processEvents);
 
-    // A tray owns the selection that is named after its screen.
-    const xcb_atom_t selection =
-        m_connection->atom("_NET_SYSTEM_TRAY_S" + QByteArray::number(m_connection->screen()));
+    const xcb_atom_t selection = traySelection(*m_connection);
     xcb_xfixes_select_selection_input(m_connection->xcb(), m_connection->rootWindow(), selection,
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER
                                           | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY
@@ -38,4 +47,10 @@ void EmbeddingTray::processEvents()
         Q_EMIT changed();
     }
     m_readable->setEnabled(!m_connection->isBroken());
+}
+
+bool hasEmbeddingTray()
+{
+    const auto connection = X11Connection::open({});
+    return connection && connection->selectionOwner(traySelection(*connection)) != XCB_NONE;
 }

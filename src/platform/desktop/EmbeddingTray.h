@@ -32,3 +32,6 @@ private:
     std::unique_ptr<QSocketNotifier> m_readable;
     xcb_window_t m_owner = XCB_NONE;
 };
+
+/// Whether the screen has such a tray now. Waits for the X server. Any thread.
+bool hasEmbeddingTray();

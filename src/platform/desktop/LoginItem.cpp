@@ -62,6 +62,11 @@ QString LoginItem::autostartFolder()
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u"/autostart";
 }
 
+bool LoginItem::isRegistered() const
+{
+    return QFileInfo::exists(m_path);
+}
+
 void LoginItem::setLaunchAtLogin(bool launches)
 {
     const auto done = launches ? registerProgram() : unregisterProgram();

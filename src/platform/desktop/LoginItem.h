@@ -15,6 +15,8 @@ public:
     /// `$XDG_CONFIG_HOME/autostart`
     static QString autostartFolder();
 
+    /// For diagnosis alone.
+    bool isRegistered() const;
     /// Starts the program with the session from now on, in the background, or no longer. A failure
     /// is logged.
     void setLaunchAtLogin(bool launches);

@@ -4,7 +4,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
+#include <QDBusReply>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 
@@ -16,6 +16,20 @@ namespace
 const QString service = u"org.kde.StatusNotifierWatcher"_s;
 const QString path = u"/StatusNotifierWatcher"_s;
 constexpr int answerLimit = 2'000; // ms
+
+QDBusMessage question()
+{
+    auto message = QDBusMessage::createMethodCall(service, path,
+                                                  u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
+    message << service << u"IsStatusNotifierHostRegistered"_s;
+    message.setAutoStartService(false);
+    return message;
+}
+
+bool isYes(const QDBusReply<QDBusVariant> &answer)
+{
+    return answer.isValid() && answer.value().variant().toBool();
+}
 
 } // namespace
 
@@ -38,18 +52,12 @@ StatusNotifierHost::StatusNotifierHost(QObject *parent)
 
 void StatusNotifierHost::ask()
 {
-    auto question = QDBusMessage::createMethodCall(service, path,
-                                                   u"org.freedesktop.DBus.Properties"_s, u"Get"_s);
-    question << service << u"IsStatusNotifierHostRegistered"_s;
-    question.setAutoStartService(false);
     delete m_question;
     m_question = new QDBusPendingCallWatcher(
-        QDBusConnection::sessionBus().asyncCall(question, answerLimit), this);
+        QDBusConnection::sessionBus().asyncCall(question(), answerLimit), this);
     connect(m_question, &QDBusPendingCallWatcher::finished, this, [this] {
-        const QDBusPendingReply<QDBusVariant> reply = *m_question;
         m_question->deleteLater();
-        m_question = nullptr;
-        set(reply.isValid() && reply.value().variant().toBool());
+        set(isYes(std::exchange(m_question, nullptr)->reply()));
     });
 }
 
@@ -68,4 +76,9 @@ void StatusNotifierHost::set(bool isPresent)
     m_isPresent = isPresent;
     if (isNews)
         Q_EMIT changed();
+}
+
+bool hasStatusNotifierHost()
+{
+    return isYes(QDBusConnection::sessionBus().call(question(), QDBus::Block, answerLimit));
 }

@@ -33,3 +33,6 @@ private:
     bool m_isKnown = false;
     bool m_isPresent = false;
 };
+
+/// Whether there is such a tray now. Waits for its answer. Any thread.
+bool hasStatusNotifierHost();
