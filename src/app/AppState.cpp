@@ -5,6 +5,8 @@
 #include "ClipboardMonitor.h"
 #include "DebugLog.h"
 #include "Services.h"
+#include "StoreReader.h"
+#include "async/OnPool.h"
 
 using namespace Qt::StringLiterals;
 
@@ -33,6 +35,23 @@ void AppState::initialize()
     startScheduler();
     performAutoPrune();
     m_tasks.start(initializeAIModel());
+}
+
+void AppState::checkStore(const QString &folder)
+{
+    m_tasks.start(findDamage(folder));
+}
+
+/// Another reason why the file cannot be read shows where it is used.
+Task<> AppState::findDamage(QString folder)
+{
+    using Verdict = Expected<void, StoreError>;
+    OnPool<Verdict> reading(m_services.pages, [folder] { return checkIntegrity(folder); });
+    const Verdict verdict = co_await reading;
+    if (verdict)
+        co_return;
+    debugLog(u"Failed to check the store: "_s + description(verdict.error()));
+    m_isStoreDamaged = verdict.error().kind == StoreError::Kind::damaged;
 }
 
 void AppState::startScheduler()

@@ -21,6 +21,7 @@ class AppState : public QObject
     Q_PROPERTY(double modelLoadProgress READ modelLoadProgress NOTIFY modelLoadChanged)
     Q_PROPERTY(bool isCapturingPaused READ isCapturingPaused WRITE setCapturingPaused NOTIFY
                    isCapturingPausedChanged)
+    Q_PROPERTY(bool isStoreDamaged READ isStoreDamaged NOTIFY isStoreDamagedChanged)
     Q_PROPERTY(std::optional<QString> modelLoadError READ modelLoadError NOTIFY modelLoadChanged)
 public:
     /// `services` outlives the state.
@@ -32,6 +33,11 @@ public:
     double modelLoadProgress() const { return m_modelLoadProgress; }
     /// Why the last load failed, in words for people.
     std::optional<QString> modelLoadError() const { return m_modelLoadError; }
+
+    /// False as well while nobody has looked.
+    bool isStoreDamaged() const { return m_isStoreDamaged; }
+    /// Reads all of the store in `folder`, beside everything else.
+    void checkStore(const QString &folder);
 
     /// Starts capturing and the daily digest, prunes old links and loads the model. Does nothing
     /// from the second call on.
@@ -50,15 +56,19 @@ public:
 Q_SIGNALS:
     void modelLoadChanged();
     void isCapturingPausedChanged();
+    void isStoreDamagedChanged();
 
 private:
     void startScheduler();
     void performAutoPrune();
     Task<> initializeAIModel();
+    Task<> findDamage(QString folder);
 
     Services &m_services;
     bool m_isInitialized = false;
     std::unique_ptr<ClipboardMonitor> m_clipboardMonitor;
+    Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppState, bool, m_isStoreDamaged, false,
+                                         &AppState::isStoreDamagedChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppState, bool, m_isCapturingPaused, false,
                                          &AppState::isCapturingPausedChanged)
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(AppState, bool, m_isModelLoading, false,

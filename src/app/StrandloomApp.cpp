@@ -92,6 +92,7 @@ StrandloomApp::StrandloomApp(Services &services, SingleInstance &instance, const
         m_trayPatience = m_services.clock.after(trayPatience, [this] { openWithoutTray(); });
     // Once the main loop runs, which is after all that the user waits for.
     QMetaObject::invokeMethod(this, &StrandloomApp::setUpUpdates, Qt::QueuedConnection);
+    m_appState->checkStore(ModelContainer::defaultFolder());
     debugLog(u"Started"_s);
 }
 
@@ -170,6 +171,11 @@ MenuBarView &StrandloomApp::panel()
         m_panelModel = std::make_unique<MenuBarViewModel>(parts);
         connect(m_appState.get(), &AppState::modelLoadChanged, this, &StrandloomApp::showModelLoad);
         showModelLoad();
+        connect(m_appState.get(), &AppState::isStoreDamagedChanged, this,
+                &StrandloomApp::showNotice);
+        connect(m_appState.get(), &AppState::isCapturingPausedChanged, this,
+                &StrandloomApp::showNotice);
+        showNotice();
         const auto makeSettings = [this] { return new InlineSettingsView(settingsParts()); };
         m_panel = std::make_unique<MenuBarView>(*m_panelModel, makeSettings);
         connect(m_panel.get(), &MenuBarView::quitRequested, qApp, &QCoreApplication::quit);
@@ -218,6 +224,16 @@ void StrandloomApp::showUpdateStatus(const UpdateStatus &status)
     if (!m_update)
         m_update = std::make_unique<UpdateView>(m_services.urlOpener);
     m_update->present(status);
+}
+
+void StrandloomApp::showNotice()
+{
+    if (m_appState->isStoreDamaged())
+        m_panelModel->setNotice(
+            tr("The store is damaged. Export your links and restore a backup."));
+    else
+        m_panelModel->setNotice(m_appState->isCapturingPaused() ? tr("Capturing is paused.")
+                                                                : QString());
 }
 
 void StrandloomApp::showModelLoad()

@@ -54,6 +54,7 @@ private:
     void setUpUpdates();
     void showUpdateStatus(const UpdateStatus &status);
     void showModelLoad();
+    void showNotice();
     MenuBarView &panel();
     SettingsParts settingsParts();
 

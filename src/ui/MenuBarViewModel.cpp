@@ -59,7 +59,13 @@ QString MenuBarViewModel::notice() const
 {
     if (m_parts.modelContext.hasUnsavedChanges())
         return tr("Links cannot be saved at the moment. They are kept until they can.");
-    return m_parts.clipboard.limitation();
+    return m_notice.isEmpty() ? m_parts.clipboard.limitation() : m_notice;
+}
+
+void MenuBarViewModel::setNotice(const QString &notice)
+{
+    m_notice = notice;
+    Q_EMIT changed();
 }
 
 void MenuBarViewModel::setModelLoad(std::optional<double> progress)

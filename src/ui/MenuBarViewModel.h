@@ -60,6 +60,8 @@ public:
     QString countText() const; ///< how many links are listed
     /// What the user must know about captures that do not work as they should; empty when all do.
     QString notice() const;
+    /// What the program found out besides; empty when there is nothing to tell.
+    void setNotice(const QString &notice);
 
     /// From 0 to 1; absent when the model is not being loaded.
     std::optional<double> modelLoad() const { return m_modelLoad; }
@@ -89,6 +91,7 @@ private:
     MenuBarScreen m_currentScreen = MenuBarScreen::links;
     qint64 m_today = 0;
     std::unique_ptr<Alarm> m_midnight;
+    QString m_notice;
     std::optional<double> m_modelLoad;
     bool m_isSummarizing = false;
     Scope m_tasks;

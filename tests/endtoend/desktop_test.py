@@ -3,14 +3,17 @@
 """How the real program gets on with the desktop around it: further starts and launchers, trays that
 come and go, a pause, and what `doctor` makes of it all."""
 
+import json
 import pathlib
+import sqlite3
 import subprocess
 import sys
 import unittest
+import uuid
 
 import dbus
 
-from desktop import Desktop, Program, wait_until, windows
+from desktop import Desktop, Program, start_sway, wait_until, windows
 
 BINARY = str(pathlib.Path(sys.argv.pop(1)).resolve())
 NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"}
@@ -27,6 +30,18 @@ def launcher(desktop):
     bus = dbus.bus.BusConnection(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
     return dbus.Interface(bus.get_object("app.strandloom", "/app/strandloom"),
                           "org.freedesktop.Application")
+
+
+def damage(path):
+    """Many links, and nonsense in a page that is not read at the start."""
+    with sqlite3.connect(path) as store:
+        store.executemany("INSERT INTO links (id, url, copiedAt, isExported, isVisible) "
+                          "VALUES (?, ?, ?, 0, 1)",
+                          [(uuid.uuid4().bytes, f"https://many.example/{n}", n) for n in range(5000)])
+    store.close()
+    with open(path, "r+b") as file:
+        file.seek(path.stat().st_size // 4096 // 2 * 4096)
+        file.write(b"nonsense" * 512)
 
 
 class Activation(unittest.TestCase):
@@ -156,6 +171,57 @@ class Pause(unittest.TestCase):
                 self.assertEqual(ask(desktop, "--pause"), 0)
             self.assertEqual([link["url"] for link in program.list()[1]],
                              ["https://resumed.example/1", "https://resumed.example/0"])
+
+
+class Doctor(unittest.TestCase):
+    def problems(self, desktop):
+        """What `doctor` finds, after a look at what it says in both forms."""
+        text, report = (subprocess.run([BINARY, "doctor", *options], env=desktop.environment,
+                                       capture_output=True, text=True, timeout=7)
+                        for options in ([], ["--json"]))
+        answer = json.loads(report.stdout)
+        problems = {check["name"]: check["text"] for check in answer["checks"]
+                    if not check["isWell"]}
+        self.assertEqual(text.stdout.splitlines(),
+                         [f"{'ok     ' if check['isWell'] else 'problem'}  {check['name']}: "
+                          f"{check['text']}" for check in answer["checks"]])
+        self.assertEqual({text.returncode, report.returncode}, {1 if problems else 0})
+        self.assertEqual(answer["isWell"], not problems)
+        return problems
+
+    def test_x11(self):
+        with Desktop() as desktop:
+            desktop.start_keyring()
+            wait_until(lambda: not self.problems(desktop), "all well")
+            desktop.environment.update(NO_BUS)
+            self.assertEqual(list(self.problems(desktop)), ["secret service"])
+            del desktop.environment["DISPLAY"]
+            self.assertEqual(list(self.problems(desktop)), ["clipboard", "tray", "secret service"])
+            self.assertFalse((desktop.home / "data/strandloom").exists())
+
+    def test_sway(self):
+        with Desktop(tray=False) as desktop:
+            start_sway(desktop)
+            desktop.start_keyring()
+            self.assertEqual(list(self.problems(desktop)), ["tray"])
+            StatusNotifierTray(desktop).order("host")
+            wait_until(lambda: not self.problems(desktop), "all well")
+
+    def test_services_that_hang(self):
+        with Desktop() as desktop:
+            bus = dbus.bus.BusConnection(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+            for name in ("org.freedesktop.secrets", "org.kde.StatusNotifierWatcher"):
+                bus.request_name(name)  # and never answers a call
+            self.assertEqual(self.problems(desktop), {"secret service": "It does not answer."})
+
+    def test_a_damaged_store_is_told_by_the_program_too(self):
+        with Desktop() as desktop:
+            program = Program(desktop, BINARY, "--background")
+            program.wait_for_line("Started")
+            program.quit()
+            damage(desktop.home / "data/strandloom/strandloom.sqlite")
+            self.assertIn("The store is damaged", self.problems(desktop)["store"])
+            Program(desktop, BINARY).wait_for_line("Failed to check the store: The store is damaged")
 
 
 if __name__ == "__main__":

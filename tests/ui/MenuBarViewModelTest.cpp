@@ -139,6 +139,9 @@ private Q_SLOTS:
         panel.clipboard.setLimitation(u"Copies cannot be seen here."_s);
         QCOMPARE(panel.model.notice(), u"Copies cannot be seen here."_s);
         QCOMPARE(changes.count(), 1);
+        panel.model.setNotice(u"Damaged."_s);
+        QCOMPARE(panel.model.notice(), u"Damaged."_s);
+        panel.model.setNotice({});
         {
             const FullDisk disk;
             panel.store.add(u"https://a.example/kept"_s);
