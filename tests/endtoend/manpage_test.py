@@ -105,8 +105,8 @@ class ManPage(unittest.TestCase):
         for file in (PACKAGING / "completions").iterdir():
             with self.subTest(file.name):
                 text = file.read_text()
-                pattern = r"-l ([a-z]+)" if file.suffix == ".fish" else r"--([a-z]+)"
-                self.assertEqual(options, set(re.findall(pattern, text)))
+                pattern = r"^complete .*-l ([a-z]+)" if file.suffix == ".fish" else r"--([a-z]+)"
+                self.assertEqual(options, set(re.findall(pattern, text, re.M)))
                 self.assertEqual({command for command in commands
                                   if not re.search(rf"\b{command}\b", text)}, set())
 
