@@ -188,7 +188,8 @@ def plan_the_digest(desktop, widgets):
     widgets.toggle("Clear links after sending")
     settings_tab(widgets, "Data")
     widgets.choose("Auto-delete after", "30 days")
-    preferences = (desktop.home / "config/strandloom/settings.ini").read_text().split()
+    preferences = (desktop.home / "config/strandloom/settings.ini").read_text()
+    preferences = preferences.replace('"', "").splitlines()
     for line in ("emailDigestEnabled=true", "emailSendHour=1", "clearAfterEmail=true",
                  "autoPruneDays=30", "emailAddress=reader@example.org"):
         expect(line in preferences, line)

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+#include "ExportView.h"
+
+#include "ExportService.h"
+#include "ExportViewModel.h"
+#include "FakeSaveDialog.h"
+#include "InlineExportView.h"
+#include "InlineExportViewModel.h"
+#include "TestStore.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDateEdit>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+struct ExportDesk {
+    TestStore store;
+    FakeSaveDialog dialog;
+    ExportService exports{{store.context(), dialog, [](QList<LinkId>) -> Task<> { co_return; },
+                           store.clock, u"en_US"_s}};
+
+    ExportDesk()
+    {
+        store.add(u"https://a.example/one"_s);
+        store.add(u"https://b.example/two"_s);
+    }
+};
+
+template <typename Control>
+Control *named(const QWidget &screen, const QString &name)
+{
+    for (Control *const control : screen.findChildren<Control *>()) {
+        if (control->accessibleName() == name)
+            return control;
+    }
+    return nullptr;
+}
+
+QPushButton *button(const QWidget &screen, const QString &text)
+{
+    for (QPushButton *const candidate : screen.findChildren<QPushButton *>()) {
+        if (candidate->text() == text)
+            return candidate;
+    }
+    return nullptr;
+}
+
+QStringList entries(const QComboBox &picker)
+{
+    QStringList found;
+    for (int index = 0; index < picker.count(); ++index)
+        found.append(picker.itemText(index));
+    return found;
+}
+
+void choose(QComboBox &picker, const QString &entry)
+{
+    picker.setCurrentText(entry);
+    Q_EMIT picker.activated(picker.currentIndex());
+}
+
+bool shows(const QWidget &screen, const QString &text)
+{
+    const auto labels = screen.findChildren<QLabel *>();
+    return std::any_of(labels.begin(), labels.end(),
+                       [&](const QLabel *label) { return label->text() == text; });
+}
+
+} // namespace
+
+class ExportViewTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theWindowOffersWhatItShould()
+    {
+        ExportDesk desk;
+        const ExportView view(std::make_shared<ExportViewModel>(desk.exports));
+        QCOMPARE(view.windowTitle(), u"Export Links"_s);
+        auto *const range = named<QComboBox>(view, u"Date Range"_s);
+        QCOMPARE(entries(*range),
+                 QStringList({u"Today"_s, u"Yesterday"_s, u"Last 7 Days"_s, u"Last 30 Days"_s,
+                              u"Custom"_s}));
+        QCOMPARE(range->currentText(), u"Today"_s);
+        const auto *const format = named<QComboBox>(view, u"Format"_s);
+        QCOMPARE(entries(*format),
+                 QStringList({u"Text (.txt)"_s, u"Markdown (.md)"_s, u"PDF (.pdf)"_s}));
+        QCOMPARE(format->currentText(), u"Markdown (.md)"_s);
+        QTRY_VERIFY(shows(view, u"2 links to export"_s));
+        QVERIFY(!view.findChild<QCheckBox *>()->isChecked());
+        QVERIFY(button(view, u"Export"_s)->isDefault());
+
+        auto *const search = named<QLineEdit>(view, u"Filter links..."_s);
+        QTest::keyClicks(search, u"TWO"_s);
+        QTRY_VERIFY(shows(view, u"1 links to export"_s));
+        for (const QString &entry : {u"Custom"_s, u"Today"_s}) {
+            choose(*range, entry);
+            for (const QString &day : {u"From"_s, u"To"_s})
+                QCOMPARE(named<QDateEdit>(view, day)->isVisibleTo(&view), entry == u"Custom");
+        }
+    }
+
+    void theWindowWritesAndCloses()
+    {
+        ExportDesk desk;
+        desk.dialog.answer = desk.store.temporary.filePath(u"links.md"_s);
+        const QPointer<ExportView> view =
+            new ExportView(std::make_shared<ExportViewModel>(desk.exports));
+        view->show();
+        QTest::keyClick(view, Qt::Key_Return);
+        QVERIFY(!button(*view, u"Export"_s)->isEnabled());
+        QTRY_VERIFY(!view);
+        QCOMPARE(desk.dialog.requests.value(0).suggestedName, u"links.md"_s);
+        QVERIFY(QFile::exists(*desk.dialog.answer));
+    }
+
+    void escapeClosesTheWindow()
+    {
+        ExportDesk desk;
+        const QPointer<ExportView> view =
+            new ExportView(std::make_shared<ExportViewModel>(desk.exports));
+        view->show();
+        QTest::keyClick(view, Qt::Key_Escape);
+        QTRY_VERIFY(!view);
+        QVERIFY(desk.dialog.requests.isEmpty());
+    }
+
+    void theCompactScreenOffersWhatItShould()
+    {
+        ExportDesk desk;
+        const InlineExportView view(std::make_shared<InlineExportViewModel>(desk.exports));
+        const auto *const range = named<QComboBox>(view, u"Date Range"_s);
+        QCOMPARE(entries(*range),
+                 QStringList({u"Today"_s, u"Yesterday"_s, u"Last 7 Days"_s, u"Last 30 Days"_s,
+                              u"All Time"_s}));
+        QCOMPARE(range->currentText(), u"Last 7 Days"_s);
+        const auto *const format = named<QComboBox>(view, u"Format"_s);
+        QCOMPARE(entries(*format), QStringList({u"Plain Text"_s, u"Markdown"_s, u"PDF"_s}));
+        QCOMPARE(format->currentText(), u"Markdown"_s);
+        QVERIFY(named<QLineEdit>(view, u"Search links..."_s));
+        QTRY_VERIFY(shows(view, u"Links to export: 2"_s));
+        QSignalSpy done(&view, &InlineExportView::done);
+        button(view, u"Cancel"_s)->click();
+        QCOMPARE(done.size(), 1);
+        button(view, u"Export"_s)->click();
+        QTRY_COMPARE(desk.dialog.requests.value(0).suggestedName, u"links-export.md"_s);
+        QTRY_VERIFY(button(view, u"Export"_s)->isEnabled());
+        QCOMPARE(done.size(), 1); // the user has cancelled the dialog: the screen stays
+    }
+};
+
+QTEST_MAIN(ExportViewTest)
+#include "ExportViewTest.moc"
