@@ -235,26 +235,6 @@ class Desktop:
         self.close()
 
 
-def start_sway(desktop):
-    """A Wayland compositor without a screen, on which further programs of `desktop` start."""
-    folder = desktop.home / "sway"
-    folder.mkdir()
-    (folder / "config").write_text("xwayland disable\nswaybg_command -\n")
-    environment = {**os.environ, "XDG_RUNTIME_DIR": str(folder), "WLR_BACKENDS": "headless",
-                   "WLR_RENDERER": "pixman", "WLR_LIBINPUT_NO_DEVICES": "1"}
-    unprivileged = []
-    if os.geteuid() == 0:  # which sway refuses
-        os.chown(folder, 65534, 65534)
-        desktop.home.chmod(0o711)
-        unprivileged = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
-    desktop.processes.append(subprocess.Popen(
-        [*unprivileged, "sway", "--config", folder / "config"], env=environment,
-        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
-    wait_until((folder / "wayland-1").exists, "sway")
-    del desktop.environment["DISPLAY"]
-    desktop.environment["WAYLAND_DISPLAY"] = str(folder / "wayland-1")
-
-
 def windows(desktop, title="Strandloom"):
     """The ids of the visible windows with that title."""
     found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"],

@@ -5,15 +5,18 @@ come and go, a pause, and what `doctor` makes of it all."""
 
 import json
 import pathlib
+import shutil
 import sqlite3
 import subprocess
 import sys
+import time
 import unittest
 import uuid
 
 import dbus
 
-from desktop import Desktop, Program, start_sway, wait_until, windows
+from desktop import Desktop, Program, wait_until, windows
+from wayland import start_mutter, start_sway
 
 BINARY = str(pathlib.Path(sys.argv.pop(1)).resolve())
 NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"}
@@ -171,6 +174,44 @@ class Pause(unittest.TestCase):
                 self.assertEqual(ask(desktop, "--pause"), 0)
             self.assertEqual([link["url"] for link in program.list()[1]],
                              ["https://resumed.example/1", "https://resumed.example/0"])
+
+
+class Wayland(unittest.TestCase):
+    def copies_are_links(self, desktop):
+        """Twenty copies of a Wayland program, 20 ms apart, and two more with a pause in between."""
+        desktop.environment["QT_QPA_PLATFORM"] = "offscreen"  # Qt's Wayland part may be missing
+        program = Program(desktop, BINARY, "--background")
+        program.wait_for_line("Started")
+        self.assertEqual(ask(desktop), 0)  # opens the panel
+        urls = [f"https://quick.example/{number}" for number in range(20)]
+
+        def copy(url):
+            subprocess.run(["wl-copy", url], env=desktop.environment, check=True, timeout=10)
+        for url in urls:
+            copy(url)
+            time.sleep(0.02)
+        program.wait_for_line("Captured link: " + urls[-1])
+        self.assertEqual(ask(desktop, "--pause"), 0)
+        copy("https://paused.example")
+        self.assertEqual(ask(desktop, "--resume"), 0)
+        urls.append("https://resumed.example")
+        copy(urls[-1])
+        program.wait_for_line("Captured link: " + urls[-1])
+        self.assertEqual([link["url"] for link in program.list()[1]], urls[::-1])
+
+    def test_sway(self):
+        with Desktop(tray=False) as desktop:
+            start_sway(desktop)
+            self.copies_are_links(desktop)
+
+    @unittest.skipUnless(shutil.which("mutter"), "mutter is not installed")
+    def test_mutter(self):
+        with Desktop(tray=False) as desktop:
+            start_mutter(desktop)
+            self.copies_are_links(desktop)
+            report = subprocess.run([BINARY, "doctor"], env=desktop.environment, text=True,
+                                    capture_output=True).stdout
+            self.assertIn("the compositor offers no data control but shares all copies", report)
 
 
 class Doctor(unittest.TestCase):
