@@ -161,9 +161,7 @@ def export_all(desktop, program, widgets, output, panel):
         expect((b"%PDF" if extension == "pdf" else b"A Trailing Slash") in path.read_bytes(),
                f"{path.name} is written")
     desktop.key("Escape")
-    desktop.click(*desktop.tray_icon(), button=3)
-    desktop.run("sleep", "0.3")
-    desktop.key("Down", "Down", "Down", "Return")
+    desktop.run(program.binary, "--export")
     window = desktop.window("Export Links.*")
     widgets.type("Filter links...", "trailing")
     widgets.find("1 links to export")
