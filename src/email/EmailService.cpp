@@ -81,15 +81,15 @@ QString description(const EmailError &error)
 {
     switch (error.kind) {
     case Kind::sendFailed:
-        return u"Failed to send email: " + error.detail;
+        return EmailService::tr("Failed to send email: ") + error.detail;
     case Kind::notConfigured:
-        return u"Email service is not configured."_s;
+        return EmailService::tr("Email service is not configured.");
     case Kind::invalidEmail:
-        return u"Please enter a valid email address."_s;
+        return EmailService::tr("Please enter a valid email address.");
     case Kind::noLinks:
-        return u"No links to send."_s;
+        return EmailService::tr("No links to send.");
     case Kind::requestFailed:
-        return u"Failed to connect to the email service."_s;
+        return EmailService::tr("Failed to connect to the email service.");
     case Kind::transport:
         return error.detail;
     }

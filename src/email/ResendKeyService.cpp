@@ -42,15 +42,15 @@ std::optional<QString> configurationFault(const QString &apiKey, const QString &
     const QString key = withoutSpace(apiKey);
     const QString address = withoutSpace(fromEmail);
     if (key.isEmpty())
-        return u"API key cannot be empty"_s;
+        return ResendKeyService::tr("API key cannot be empty");
     if (!key.startsWith(u"re_"))
-        return u"Invalid API key format. Resend keys start with 're_'"_s;
+        return ResendKeyService::tr("Invalid API key format. Resend keys start with 're_'");
     if (hasFewerCharacters(QStringView(key), shortestKey))
-        return u"API key is too short"_s;
+        return ResendKeyService::tr("API key is too short");
     if (address.isEmpty())
-        return u"From email address is required"_s;
+        return ResendKeyService::tr("From email address is required");
     if (!isEmailAddress(address))
-        return u"Invalid email address format"_s;
+        return ResendKeyService::tr("Invalid email address format");
     return std::nullopt;
 }
 

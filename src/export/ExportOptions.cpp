@@ -1,21 +1,32 @@
 // SPDX-License-Identifier: MIT
 #include "ExportOptions.h"
 
+#include <QCoreApplication>
+
 using namespace Qt::StringLiterals;
+
+namespace
+{
+
+struct Texts {
+    Q_DECLARE_TR_FUNCTIONS(ExportOptions)
+};
+
+} // namespace
 
 QString label(DateRangeOption range)
 {
     switch (range) {
     case DateRangeOption::today:
-        return u"Today"_s;
+        return Texts::tr("Today");
     case DateRangeOption::yesterday:
-        return u"Yesterday"_s;
+        return Texts::tr("Yesterday");
     case DateRangeOption::last7Days:
-        return u"Last 7 Days"_s;
+        return Texts::tr("Last 7 Days");
     case DateRangeOption::last30Days:
-        return u"Last 30 Days"_s;
+        return Texts::tr("Last 30 Days");
     case DateRangeOption::custom:
-        return u"Custom"_s;
+        return Texts::tr("Custom");
     }
     Q_UNREACHABLE();
 }
@@ -24,15 +35,15 @@ QString label(InlineDateRangeOption range)
 {
     switch (range) {
     case InlineDateRangeOption::today:
-        return u"Today"_s;
+        return Texts::tr("Today");
     case InlineDateRangeOption::yesterday:
-        return u"Yesterday"_s;
+        return Texts::tr("Yesterday");
     case InlineDateRangeOption::last7Days:
-        return u"Last 7 Days"_s;
+        return Texts::tr("Last 7 Days");
     case InlineDateRangeOption::last30Days:
-        return u"Last 30 Days"_s;
+        return Texts::tr("Last 30 Days");
     case InlineDateRangeOption::all:
-        return u"All Time"_s;
+        return Texts::tr("All Time");
     }
     Q_UNREACHABLE();
 }
@@ -41,11 +52,11 @@ QString label(ExportFormat format)
 {
     switch (format) {
     case ExportFormat::text:
-        return u"Text (.txt)"_s;
+        return Texts::tr("Text (.txt)");
     case ExportFormat::markdown:
-        return u"Markdown (.md)"_s;
+        return Texts::tr("Markdown (.md)");
     case ExportFormat::pdf:
-        return u"PDF (.pdf)"_s;
+        return Texts::tr("PDF (.pdf)");
     }
     Q_UNREACHABLE();
 }
@@ -54,11 +65,11 @@ QString label(InlineExportFormat format)
 {
     switch (format) {
     case InlineExportFormat::text:
-        return u"Plain Text"_s;
+        return Texts::tr("Plain Text");
     case InlineExportFormat::markdown:
-        return u"Markdown"_s;
+        return Texts::tr("Markdown");
     case InlineExportFormat::pdf:
-        return u"PDF"_s;
+        return Texts::tr("PDF");
     }
     Q_UNREACHABLE();
 }

@@ -36,7 +36,7 @@ void ExportViewModel::setCustomEndDay(const QDate &day)
 
 QString ExportViewModel::countText() const
 {
-    return QString::number(linkCount()) + u" links to export";
+    return tr("%1 links to export").arg(linkCount());
 }
 
 DateSpan ExportViewModel::dates() const

@@ -1,10 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "EmailScheduler.h"
-#include "ExportService.h"
-#include "FakeSaveDialog.h"
-#include "FakeUrlOpener.h"
-#include "MailDesk.h"
-#include "Preferences.h"
+#include "SettingsDesk.h"
 #include "settings/DataTabContent.h"
 #include "settings/EmailSettingsTab.h"
 #include "settings/EmailSetupSheet.h"
@@ -16,13 +11,11 @@
 #include "settings/InlineSettingsView.h"
 #include "settings/SettingsView.h"
 #include "settings/StorageSettingsTab.h"
-#include "updates/UpdaterManager.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -34,36 +27,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-
-/// Everything the settings work with, on a fresh installation.
-struct SettingsDesk : MailDesk {
-    Preferences preferences{folder.filePath(u"settings.ini"_s)};
-    EmailScheduler scheduler{{*service, keys, preferences, clock}};
-    FakeSaveDialog dialog;
-    ExportService exports{
-        {context(), dialog, [](QList<LinkId>) -> Task<> { co_return; }, clock, u"en_US"_s}};
-    UpdaterManager updates{preferences};
-    FakeUrlOpener browser;
-    AppInfo pages{QString()};
-    QList<bool> logins;
-    SettingsParts parts{context(),
-                        preferences,
-                        keys,
-                        *service,
-                        scheduler,
-                        exports,
-                        updates,
-                        browser,
-                        pages,
-                        clock,
-                        [this](bool on) { logins.append(on); }};
-
-    QString written() const
-    {
-        QFile file(folder.filePath(u"settings.ini"_s));
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
-};
 
 using MakeScreen = std::function<QWidget *(const SettingsParts &)>;
 

@@ -20,11 +20,13 @@ QString limitationOf(ClipboardReach reach)
     case ClipboardReach::sharedX11:
         return {};
     case ClipboardReach::x11Programs:
-        return u"This desktop shows Strandloom only what is copied in X11 programs. "
-               "Links copied elsewhere are not recorded."_s;
+        return ThreadedClipboard::tr(
+            "This desktop shows Strandloom only what is copied in X11 programs. "
+            "Links copied elsewhere are not recorded.");
     case ClipboardReach::none:
-        return u"Strandloom cannot watch the clipboard here: the compositor offers no "
-               "data-control interface and no X server answers. Links are not recorded."_s;
+        return ThreadedClipboard::tr(
+            "Strandloom cannot watch the clipboard here: the compositor offers no "
+            "data-control interface and no X server answers. Links are not recorded.");
     }
     Q_UNREACHABLE();
 }

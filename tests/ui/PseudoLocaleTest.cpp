@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+#include "ExportView.h"
+#include "ExportViewModel.h"
+#include "InlineExportView.h"
+#include "InlineExportViewModel.h"
+#include "SettingsDesk.h"
+#include "settings/EmailSettingsViewModel.h"
+#include "settings/EmailSetupSheet.h"
+#include "settings/InlineSettingsView.h"
+#include "settings/SettingsView.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QTabBar>
+#include <QTest>
+#include <QTranslator>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int panelWidth = 380;
+
+/// Every text 40 % longer, and marked.
+class LongTexts : public QTranslator
+{
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char *, const char *text, const char *, int) const override
+    {
+        const QString source = QString::fromUtf8(text);
+        return u'[' + source + u" été"_s.repeated(source.size() / 10) + u']';
+    }
+};
+
+/// Those that no translator sees: numbers, addresses and the like.
+bool isUntranslatable(const QString &text)
+{
+    return text.isEmpty() || text == u"Strandloom" || text.contains(u"@")
+        || !std::any_of(text.begin(), text.end(), [](QChar c) { return c.isLetter(); });
+}
+
+bool hasRoom(const QLabel &label)
+{
+    return label.wordWrap() ? label.height() >= label.heightForWidth(label.width())
+                            : label.width() >= label.sizeHint().width();
+}
+
+/// What is wrong with the texts of a window.
+QStringList faults(const QWidget &window)
+{
+    QStringList found;
+    const auto check = [&](const QWidget &widget, const QString &text, bool hasRoom) {
+        if (!widget.isVisibleTo(&window) || isUntranslatable(text))
+            return;
+        if (!text.contains(u'['))
+            found.append(u"not translated: "_s + text);
+        if (!hasRoom)
+            found.append(u"cut off: "_s + text);
+        const QRect place(widget.mapTo(&window, QPoint()), widget.size());
+        if (place.right() > window.width() || place.left() < 0)
+            found.append(u"outside: "_s + text);
+    };
+    for (const QLabel *const label : window.findChildren<QLabel *>())
+        check(*label, label->text(), hasRoom(*label));
+    for (const QAbstractButton *const button : window.findChildren<QAbstractButton *>())
+        check(*button, button->text(), button->width() >= button->minimumSizeHint().width());
+    for (const QTabBar *const tabs : window.findChildren<QTabBar *>()) {
+        for (int index = 0; index < tabs->count(); ++index)
+            check(*tabs, tabs->tabText(index), true);
+    }
+    return found;
+}
+
+} // namespace
+
+class PseudoLocaleTest : public QObject
+{
+    Q_OBJECT
+
+    LongTexts m_texts;
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(QApplication::installTranslator(&m_texts)); }
+
+    void tabsOfThePanel()
+    {
+        for (const bool isConfigured : {false, true}) {
+            SettingsDesk desk;
+            if (!isConfigured)
+                desk.secrets.contents.clear();
+            else
+                QTRY_VERIFY(desk.keys.isConfigured());
+            InlineSettingsView view(desk.parts);
+            for (const SettingsTab tab : settingsTabs) {
+                view.resize(panelWidth, 600);
+                view.select(tab);
+                view.show();
+                view.resize(panelWidth, view.contentHeight());
+                QCoreApplication::processEvents();
+                QCOMPARE(faults(view).join(u"; "_s), QString());
+            }
+        }
+    }
+
+    void compactExport()
+    {
+        SettingsDesk desk;
+        InlineExportView view(std::make_shared<InlineExportViewModel>(desk.exports));
+        view.resize(panelWidth - 24, view.sizeHint().height());
+        view.show();
+        QCOMPARE(faults(view).join(u"; "_s), QString());
+    }
+
+    void windows()
+    {
+        SettingsDesk desk;
+        SettingsView settings(desk.parts);
+        settings.show();
+        for (int index = 0; index < settings.count(); ++index) {
+            settings.setCurrentIndex(index);
+            QCoreApplication::processEvents();
+            QCOMPARE(faults(settings).join(u"; "_s), QString());
+        }
+        auto *const window = new ExportView(std::make_shared<ExportViewModel>(desk.exports));
+        window->show();
+        QCOMPARE(faults(*window).join(u"; "_s), QString());
+        window->close();
+        EmailSettingsViewModel model(desk.parts);
+        auto *const sheet = new EmailSetupSheet(desk.parts, model, nullptr);
+        sheet->open();
+        QCoreApplication::processEvents();
+        QCOMPARE(faults(*sheet).join(u"; "_s), QString());
+        sheet->close();
+    }
+};
+
+QTEST_MAIN(PseudoLocaleTest)
+#include "PseudoLocaleTest.moc"

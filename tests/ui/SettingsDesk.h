@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "EmailScheduler.h"
+#include "ExportService.h"
+#include "FakeSaveDialog.h"
+#include "FakeUrlOpener.h"
+#include "MailDesk.h"
+#include "Preferences.h"
+#include "settings/SettingsParts.h"
+#include "updates/UpdaterManager.h"
+
+#include <QFile>
+
+/// Everything the settings work with, on a fresh installation.
+struct SettingsDesk : MailDesk {
+    Preferences preferences{folder.filePath(QStringLiteral("settings.ini"))};
+    EmailScheduler scheduler{{*service, keys, preferences, clock}};
+    FakeSaveDialog dialog;
+    ExportService exports{{context(), dialog, [](QList<LinkId>) -> Task<> { co_return; }, clock,
+                           QStringLiteral("en_US")}};
+    UpdaterManager updates{preferences};
+    FakeUrlOpener browser;
+    AppInfo pages{QString()};
+    QList<bool> logins;
+    SettingsParts parts{context(),
+                        preferences,
+                        keys,
+                        *service,
+                        scheduler,
+                        exports,
+                        updates,
+                        browser,
+                        pages,
+                        clock,
+                        [this](bool on) { logins.append(on); }};
+
+    QString written() const
+    {
+        QFile file(folder.filePath(QStringLiteral("settings.ini")));
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
+};
