@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ElidedLabel.h"
 
+#include "Accessibility.h"
 #include "TintedIcon.h"
 
 #include <QPainter>
@@ -9,6 +10,7 @@ ElidedLabel::ElidedLabel(Rank rank, QWidget *parent)
     : QWidget(parent)
     , m_rank(rank)
 {
+    installAccessibility();
     // A title may take what is left of the row; a time or a count needs all of itself.
     setSizePolicy(rank == Rank::primary ? QSizePolicy::Ignored : QSizePolicy::Fixed,
                   QSizePolicy::Fixed);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "LinkListView.h"
 
+#include "Accessibility.h"
 #include "LinkRowView.h"
 #include "MenuBarViewModel.h"
 
@@ -23,6 +24,7 @@ LinkListView::LinkListView(MenuBarViewModel &model, QWidget *parent)
     : QAbstractScrollArea(parent)
     , m_model(model)
 {
+    installAccessibility();
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setFocusPolicy(Qt::StrongFocus);

@@ -6,7 +6,6 @@
 #include "IconButton.h"
 #include "IconLabel.h"
 #include "LinkListView.h"
-#include "ListAccessibility.h"
 #include "MenuBarViewModel.h"
 #include "PanelPlacement.h"
 #include "Spinner.h"
@@ -40,7 +39,6 @@ MenuBarView::MenuBarView(MenuBarViewModel &model, MakeSettings makeSettings)
     , m_screens(new QStackedWidget)
     , m_list(new LinkListView(model))
 {
-    installListAccessibility();
     setWindowTitle(u"Strandloom"_s);
     setAccessibleName(u"Strandloom"_s);
     setBackgroundRole(QPalette::Base);

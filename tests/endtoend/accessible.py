@@ -111,6 +111,8 @@ def main():
     def windows():
         for application in children(Atspi.get_desktop(0)):
             if "trandloom" in (application.get_name() or ""):
+                application.set_cache_mask(Atspi.Cache.NONE)  # nobody here listens for changes
+                application.clear_cache()
                 yield from children(application)
 
     def walk(node, depth=0):

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "ListAccessibility.h"
 #include "TestPanel.h"
 
 #include <QAccessible>
@@ -75,8 +74,6 @@ class LinkListViewTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase() { installListAccessibility(); }
-
     void hasWidgetsForTheRowsInViewOnly()
     {
         ShownList shown;

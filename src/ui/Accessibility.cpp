@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "ListAccessibility.h"
+#include "Accessibility.h"
 
+#include "ElidedLabel.h"
 #include "LinkListView.h"
 #include "LinkRowView.h"
 
@@ -64,21 +65,41 @@ private:
     const LinkRowView &m_row;
 };
 
-QAccessibleInterface *listInterface(const QString &, QObject *object)
+class TextInterface final : public QAccessibleWidget
+{
+public:
+    explicit TextInterface(ElidedLabel *label)
+        : QAccessibleWidget(label, QAccessible::StaticText)
+        , m_label(*label)
+    {
+    }
+
+    QString text(QAccessible::Text kind) const override
+    {
+        return kind == QAccessible::Name ? m_label.text() : QAccessibleWidget::text(kind);
+    }
+
+private:
+    const ElidedLabel &m_label;
+};
+
+QAccessibleInterface *interfaceOf(const QString &, QObject *object)
 {
     if (auto *const list = qobject_cast<LinkListView *>(object))
         return new ListInterface(list);
     if (auto *const row = qobject_cast<LinkRowView *>(object))
         return new RowInterface(row);
+    if (auto *const label = qobject_cast<ElidedLabel *>(object))
+        return new TextInterface(label);
     return nullptr;
 }
 
 } // namespace
 
-void installListAccessibility()
+void installAccessibility()
 {
     static const bool isInstalled = [] {
-        QAccessible::installFactory(listInterface);
+        QAccessible::installFactory(interfaceOf);
         return true;
     }();
     Q_UNUSED(isInstalled)
