@@ -4,11 +4,11 @@
 #include "Heartbeat.h"
 #include "PeakMemory.h"
 #include "Program.h"
+#include "RealClipboard.h"
 #include "SwayServer.h"
 #include "TextsTold.h"
 #include "XvfbServer.h"
 #include "clipboard/DesktopClipboard.h"
-#include "clipboard/ThreadedClipboard.h"
 
 #include <QElapsedTimer>
 #include <QSignalSpy>
@@ -19,43 +19,6 @@
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-
-namespace
-{
-
-const QString unseen = u"Strandloom cannot watch the clipboard here: the compositor offers no "
-                       "data-control interface and no X server answers. Links are not recorded."_s;
-const QString halfSeen = u"This desktop shows Strandloom only what is copied in X11 programs. "
-                         "Links copied elsewhere are not recorded."_s;
-
-/// The real ones are too long for a test.
-ClipboardLimits shortLimits()
-{
-    ClipboardLimits limits;
-    limits.step = 300ms;
-    limits.total = 900ms;
-    limits.greeting = 500ms;
-    limits.firstPause = 50ms;
-    return limits;
-}
-
-std::unique_ptr<ThreadedClipboard> makeClipboard(const QByteArray &display)
-{
-    return std::make_unique<ThreadedClipboard>(
-        std::make_unique<WaylandClipboard>(display, shortLimits()));
-}
-
-/// Connected, reading, and at count 1. Null when that takes too long.
-std::unique_ptr<ThreadedClipboard> makeReadingClipboard(const QByteArray &display)
-{
-    auto clipboard = makeClipboard(display);
-    clipboard->startReading();
-    clipboard->setText(u"first"_s);
-    const bool isReady = QTest::qWaitFor([&] { return clipboard->text() == u"first"_s; }, 10'000);
-    return isReady ? std::move(clipboard) : nullptr;
-}
-
-} // namespace
 
 class WaylandClipboardTest : public QObject
 {
@@ -113,7 +76,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, copy);
         QFETCH(std::optional<QString>, text);
         Program compositor = small();
-        const auto clipboard = makeReadingClipboard(m_small);
+        const auto clipboard = makeReadingClipboard<WaylandClipboard>(m_small);
         QVERIFY(clipboard);
         const long memory = peakMemoryKiB();
         const Heartbeat heartbeat;
@@ -139,7 +102,7 @@ private Q_SLOTS:
     void countsEachOfABurst()
     {
         Program compositor = small();
-        const auto clipboard = makeReadingClipboard(m_small);
+        const auto clipboard = makeReadingClipboard<WaylandClipboard>(m_small);
         QVERIFY(clipboard);
         compositor.tell("copy copies=200");
         QTRY_COMPARE(clipboard->text(), u"https://owner.example/200"_s);
@@ -151,7 +114,7 @@ private Q_SLOTS:
         Program compositor = small();
         compositor.tell("copy");
         QTRY_VERIFY(compositor.hasSaid("ready"));
-        const auto clipboard = makeClipboard(m_small);
+        const auto clipboard = makeClipboard<WaylandClipboard>(m_small);
         QTRY_VERIFY(compositor.hasSaid("watched"));
         compositor.tell("copy");
         QTRY_COMPARE(clipboard->changeCount(), 1); // without what was there before
@@ -167,7 +130,7 @@ private Q_SLOTS:
     void keepsTheTextOfAProgramThatEnds()
     {
         Program compositor = small();
-        const auto clipboard = makeReadingClipboard(m_small);
+        const auto clipboard = makeReadingClipboard<WaylandClipboard>(m_small);
         QVERIFY(clipboard);
         compositor.tell("copy text=a\nclear"); // what it wrote is still in the pipe
         QTRY_COMPARE(clipboard->text(), u"a"_s);
@@ -189,7 +152,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, text);
         Program compositor = small();
-        const auto clipboard = makeReadingClipboard(m_small);
+        const auto clipboard = makeReadingClipboard<WaylandClipboard>(m_small);
         QVERIFY(clipboard);
         const QSignalSpy changed(clipboard.get(), &ClipboardSource::changed);
         clipboard->setText(text);
@@ -203,7 +166,7 @@ private Q_SLOTS:
     void countsWhatIsCopiedAtTheSameTime()
     {
         Program compositor = small();
-        const auto clipboard = makeReadingClipboard(m_small);
+        const auto clipboard = makeReadingClipboard<WaylandClipboard>(m_small);
         QVERIFY(clipboard);
         for (int i = 0; i < 100; ++i) {
             compositor.tell("copy");
@@ -226,7 +189,7 @@ private Q_SLOTS:
         QFETCH(QStringList, offers);
         QFETCH(QByteArray, bound);
         Program first = small(offers);
-        const auto clipboard = makeReadingClipboard(m_small);
+        const auto clipboard = makeReadingClipboard<WaylandClipboard>(m_small);
         QVERIFY(clipboard);
         QCOMPARE(clipboard->limitation(), QString());
         first.end();
@@ -258,7 +221,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, after);
         Program compositor = small({u"ext"_s, u"seatless"_s});
         QTRY_VERIFY(compositor.hasSaid("ready"));
-        const auto clipboard = makeClipboard(m_small);
+        const auto clipboard = makeClipboard<WaylandClipboard>(m_small);
         clipboard->startReading();
         clipboard->setText(u"waits for a seat"_s);
         QTRY_VERIFY(compositor.hasSaid("bound ext"));
@@ -277,13 +240,13 @@ private Q_SLOTS:
     void isNotHeldByAFrozenCompositor()
     {
         const Program compositor = small();
-        auto clipboard = makeReadingClipboard(m_small);
+        auto clipboard = makeReadingClipboard<WaylandClipboard>(m_small);
         QVERIFY(clipboard);
         compositor.signal(SIGSTOP);
         const Heartbeat heartbeat;
         for (int i = 0; i < 2'000; ++i) // more than the socket takes
             clipboard->setText(u"too much"_s);
-        auto late = makeClipboard(m_small);
+        auto late = makeClipboard<WaylandClipboard>(m_small);
         QTRY_COMPARE(late->limitation(), unseen);
         QVERIFY(heartbeat.longestHold() < 50ms);
         QElapsedTimer elapsed;
@@ -349,7 +312,7 @@ private Q_SLOTS:
     {
         SwayServer sway;
         QVERIFY(sway.start());
-        const auto clipboard = makeReadingClipboard(sway.display());
+        const auto clipboard = makeReadingClipboard<WaylandClipboard>(sway.display());
         QVERIFY(clipboard);
         const TextsTold told(*clipboard);
         QStringList copies;
@@ -367,7 +330,7 @@ private Q_SLOTS:
     {
         SwayServer sway;
         QVERIFY(sway.start());
-        const auto clipboard = makeReadingClipboard(sway.display());
+        const auto clipboard = makeReadingClipboard<WaylandClipboard>(sway.display());
         QVERIFY(clipboard);
         sway.stop();
         QTRY_COMPARE(clipboard->limitation(), unseen);

@@ -4,9 +4,9 @@
 #include "Heartbeat.h"
 #include "PeakMemory.h"
 #include "Program.h"
+#include "RealClipboard.h"
 #include "TextsTold.h"
 #include "XvfbServer.h"
-#include "clipboard/ThreadedClipboard.h"
 #include "clipboard/X11Connection.h"
 
 #include <QElapsedTimer>
@@ -17,26 +17,6 @@
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-
-namespace
-{
-
-const QString unseen = u"Strandloom cannot watch the clipboard here: the compositor offers no "
-                       "data-control interface and no X server answers. Links are not recorded."_s;
-const QString halfSeen = u"This desktop shows Strandloom only what is copied in X11 programs. "
-                         "Links copied elsewhere are not recorded."_s;
-
-/// The real ones are too long for a test.
-ClipboardLimits shortLimits()
-{
-    ClipboardLimits limits;
-    limits.step = 300ms;
-    limits.total = 900ms;
-    limits.firstPause = 50ms;
-    return limits;
-}
-
-} // namespace
 
 class X11ClipboardTest : public QObject
 {
@@ -49,21 +29,6 @@ private:
     Program manager(const QStringList &arguments = {}) const
     {
         return Program(SMALL_CLIPBOARD_MANAGER, arguments, {u"DISPLAY"_s, m_server.display()});
-    }
-    std::unique_ptr<ThreadedClipboard> makeClipboard() const
-    {
-        return std::make_unique<ThreadedClipboard>(
-            std::make_unique<X11Clipboard>(m_server.display(), shortLimits()));
-    }
-    /// Connected, reading, and at count 1. Null when that takes too long.
-    std::unique_ptr<ThreadedClipboard> makeReadingClipboard() const
-    {
-        auto clipboard = makeClipboard();
-        clipboard->startReading();
-        clipboard->setText(u"first"_s);
-        const bool isReady =
-            QTest::qWaitFor([&] { return clipboard->text() == u"first"_s; }, 10'000);
-        return isReady ? std::move(clipboard) : nullptr;
     }
     /// What `xclip` reads, as an unrelated program.
     QByteArray pasted() const
@@ -86,7 +51,7 @@ private Q_SLOTS:
 
     void readsTheCopyMadeWhileAnotherIsRead()
     {
-        const auto clipboard = makeReadingClipboard();
+        const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
         const Program owner = this->owner({u"copies-while-answering"_s});
         QTRY_COMPARE(clipboard->text(), u"https://owner.example/2"_s);
@@ -125,7 +90,7 @@ private Q_SLOTS:
     {
         QFETCH(QStringList, arguments);
         QFETCH(std::optional<QString>, text);
-        const auto clipboard = makeReadingClipboard();
+        const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
         const long memory = peakMemoryKiB();
         const Heartbeat heartbeat;
@@ -151,7 +116,7 @@ private Q_SLOTS:
 
     void countsEachOfABurst()
     {
-        const auto clipboard = makeReadingClipboard();
+        const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
         const Program burst = owner({u"copies=200"_s});
         QTRY_COMPARE(clipboard->text(), u"https://owner.example/200"_s);
@@ -160,7 +125,7 @@ private Q_SLOTS:
 
     void losesNoQuickCopies()
     {
-        const auto clipboard = makeReadingClipboard();
+        const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
         const TextsTold told(*clipboard);
         const Program quick = owner({u"copies=20"_s, u"interval=20"_s});
@@ -172,7 +137,7 @@ private Q_SLOTS:
 
     void countsButNeverAsksBeforeReading()
     {
-        const auto clipboard = makeClipboard();
+        const auto clipboard = makeClipboard<X11Clipboard>(m_server.display());
         clipboard->setText(u"mine"_s);
         QTRY_COMPARE(clipboard->changeCount(), 1);
         Program early = owner({});
@@ -186,7 +151,7 @@ private Q_SLOTS:
 
     void countsAnOwnerThatDiesAtOnce()
     {
-        const auto clipboard = makeReadingClipboard();
+        const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
         const Program hasty = owner({u"dies"_s});
         QTRY_COMPARE(clipboard->changeCount(), 2);
@@ -214,7 +179,7 @@ private Q_SLOTS:
         QFETCH(bool, isReadingBefore);
         Program keeper = this->manager({manager});
         QTRY_VERIFY(keeper.hasSaid("ready"));
-        const auto clipboard = makeClipboard();
+        const auto clipboard = makeClipboard<X11Clipboard>(m_server.display());
         clipboard->setText(u"connected"_s);
         QTRY_COMPARE(clipboard->changeCount(), 1);
         QTRY_VERIFY(keeper.hasSaid("kept"));
@@ -239,7 +204,7 @@ private Q_SLOTS:
 
     void takesFewerTypesOfTheSameTextForNoCopy()
     {
-        const auto clipboard = makeReadingClipboard();
+        const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
         Program bridge = owner({u"copies=2"_s, u"interval=300"_s, u"sheds-types"_s, u"text=a"_s});
         QTRY_COMPARE(bridge.timesSaid("answered"), 4);
@@ -252,7 +217,7 @@ private Q_SLOTS:
     {
         Program keeper = manager({u"grabs"_s});
         QTRY_VERIFY(keeper.hasSaid("ready"));
-        const auto clipboard = makeReadingClipboard();
+        const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
         const TextsTold told(*clipboard);
         const Program first = owner({u"text=a"_s});
@@ -273,7 +238,7 @@ private Q_SLOTS:
     void givesItsTextToOthers()
     {
         QFETCH(QString, text);
-        const auto clipboard = makeReadingClipboard();
+        const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
         const QSignalSpy changed(clipboard.get(), &ClipboardSource::changed);
         clipboard->setText(text);
@@ -287,7 +252,7 @@ private Q_SLOTS:
     {
         Program keeper = manager();
         QTRY_VERIFY(keeper.hasSaid("ready"));
-        auto clipboard = makeReadingClipboard();
+        auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
         QTRY_VERIFY(keeper.hasSaid("kept"));
         clipboard.reset();
@@ -298,7 +263,7 @@ private Q_SLOTS:
     {
         Program keeper = manager({u"deaf"_s});
         QTRY_VERIFY(keeper.hasSaid("ready"));
-        auto clipboard = makeReadingClipboard();
+        auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
         QElapsedTimer elapsed;
         elapsed.start();
@@ -308,7 +273,7 @@ private Q_SLOTS:
 
     void connectsAgain()
     {
-        const auto clipboard = makeReadingClipboard();
+        const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
         m_server.stop();
         QTRY_COMPARE(clipboard->limitation(), unseen);
@@ -326,7 +291,7 @@ private Q_SLOTS:
         m_server.freeze();
         const auto thaw = qScopeGuard([this] { m_server.thaw(); });
         const Heartbeat heartbeat;
-        auto clipboard = makeClipboard();
+        auto clipboard = makeClipboard<X11Clipboard>(m_server.display());
         clipboard->setText(u"text"_s);
         QTRY_COMPARE_WITH_TIMEOUT(clipboard->limitation(), unseen, 10'000);
         QVERIFY(heartbeat.longestHold() < 50ms);
@@ -362,7 +327,7 @@ private Q_SLOTS:
 
         qputenv("WAYLAND_DISPLAY", "wayland-0");
         const auto restore = qScopeGuard([] { qunsetenv("WAYLAND_DISPLAY"); });
-        const auto clipboard = makeReadingClipboard();
+        const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
         QCOMPARE(clipboard->limitation(), limitation);
     }
