@@ -71,13 +71,6 @@ class Activation(unittest.TestCase):
             desktop.copy("https://nothing-runs.example")
             self.assertEqual((ask(desktop, "list"), windows(desktop)), (1, []))
 
-    def test_many_starts_without_a_bus_leave_one_process(self):
-        with Desktop() as desktop:
-            starts = [Program(desktop, BINARY, **NO_BUS) for _ in range(50)]
-            wait_until(lambda: sum(s.process.poll() is None for s in starts) == 1, "one process")
-            self.assertEqual({s.process.poll() for s in starts}, {None, 0})
-            desktop.window("Strandloom")
-
     def test_launchers_call_the_actions(self):
         with Desktop() as desktop:
             program = Program(desktop, BINARY, "--background")
