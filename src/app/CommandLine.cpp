@@ -162,9 +162,8 @@ bool canStart(ApplicationAction action)
 int tellRunningProgram(int argc, char **argv, ApplicationAction action)
 {
     const QCoreApplication core(argc, argv);
-    if (SingleInstance::tell(action))
-        return int(ExitCode::done);
-    return fail(u"the program is not running"_s, ExitCode::notRunning);
+    const auto told = SingleInstance::tell(action);
+    return told ? int(ExitCode::done) : fail(told.error(), ExitCode::notRunning);
 }
 
 int runProgram(int argc, char **argv)

@@ -61,7 +61,7 @@ bool isRunningOnBus()
     return bus.interface()->isServiceRegistered(SingleInstance::serviceName).value();
 }
 
-void tellOnBus(ApplicationAction action, const QVariantMap &launchData)
+Expected<void, QString> tellOnBus(ApplicationAction action, const QVariantMap &launchData)
 {
     const bool opens = action == ApplicationAction::open;
     auto call = QDBusMessage::createMethodCall(SingleInstance::serviceName,
@@ -74,15 +74,19 @@ void tellOnBus(ApplicationAction action, const QVariantMap &launchData)
     const auto answer = QDBusConnection::sessionBus().call(
         call, QDBus::Block, int(std::chrono::milliseconds(patience).count()));
     if (answer.type() == QDBusMessage::ErrorMessage)
-        debugLog(u"Failed to activate the running instance: " + answer.errorMessage());
+        return Unexpected{QString(u"the program does not answer: "_s + answer.errorMessage())};
+    return {};
 }
 
 /// A start right after must not take one that is about to end for the program.
 template <typename IsRunning>
-void waitForEnd(IsRunning isRunning)
+Expected<void, QString> waitForEnd(IsRunning isRunning)
 {
-    for (const QDeadlineTimer limit(patience); isRunning() && !limit.hasExpired();)
-        QThread::msleep(10);
+    for (const QDeadlineTimer limit(patience); isRunning(); QThread::msleep(10)) {
+        if (limit.hasExpired())
+            return Unexpected{QString(u"the program does not end"_s)};
+    }
+    return {};
 }
 
 } // namespace
@@ -119,7 +123,8 @@ SingleInstance::Role SingleInstance::claimOnBus(ApplicationAction action,
                                          QDBusConnectionInterface::DontAllowReplacement);
     if (reply.value() == QDBusConnectionInterface::ServiceRegistered)
         return Role::first;
-    tellOnBus(action, launchData);
+    if (const auto told = tellOnBus(action, launchData); !told)
+        debugLog(u"Failed to activate the running instance: "_s + told.error());
     return Role::second;
 }
 
@@ -139,18 +144,18 @@ SingleInstance::Role SingleInstance::claimLockFile(ApplicationAction action)
     return Role::second;
 }
 
-bool SingleInstance::tell(ApplicationAction action)
+Expected<void, QString> SingleInstance::tell(ApplicationAction action)
 {
     const QLockFile file(lockPath());
     const bool hasBus = QDBusConnection::sessionBus().isConnected();
     const auto isRunning = [&] { return hasBus ? isRunningOnBus() : lockOwner(file).has_value(); };
     if (!isRunning())
-        return false;
-    if (hasBus)
-        tellOnBus(action, {});
-    else if (const auto owner = lockOwner(file))
+        return Unexpected{QString(u"the program is not running"_s)};
+    if (hasBus) {
+        if (auto told = tellOnBus(action, {}); !told)
+            return told;
+    } else if (const auto owner = lockOwner(file)) {
         ::kill(*owner, signalFor(action));
-    if (action == ApplicationAction::quit)
-        waitForEnd(isRunning);
-    return true;
+    }
+    return action == ApplicationAction::quit ? waitForEnd(isRunning) : Expected<void, QString>();
 }

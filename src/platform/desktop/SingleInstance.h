@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Expected.h"
 #include "desktop/ApplicationAction.h"
 
 #include <QObject>
@@ -35,9 +36,10 @@ public:
     /// `launchData()` gave.
     Role claim(ApplicationAction action, const QVariantMap &launchData);
 
-    /// Asks the running instance for `action`, and waits for it to end when that is `quit`; false
-    /// when none runs. For a process that is not going to be the program.
-    static bool tell(ApplicationAction action);
+    /// Asks the running instance for `action`, and waits for it to end when that is `quit`. The
+    /// error, that there is none or that it does not answer, is a sentence for the user. For a
+    /// process that is not going to be the program.
+    static Expected<void, QString> tell(ApplicationAction action);
 
 Q_SIGNALS:
     /// Somebody started the program again, or chose it in a launcher.
