@@ -44,7 +44,7 @@ void ApplicationAdaptor::request(ApplicationAction action, const QVariantMap &pl
     const auto forget = qScopeGuard([] { qunsetenv(tokenVariable); });
     const QVariant token = platformData.value(tokenKey, platformData.value(startupIdKey));
     qputenv(tokenVariable, token.toString().toUtf8());
-    Q_EMIT requested(action);
+    m_perform(action);
 }
 
 QVariantMap launchData()

@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <QVariantMap>
 
+#include <functional>
+
 class QDBusMessage;
 
 /// The D-Bus side of the running program: how launchers and further starts reach it.
@@ -15,8 +17,12 @@ class ApplicationAdaptor : public QDBusAbstractAdaptor
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 public:
-    explicit ApplicationAdaptor(QObject *parent)
+    using Perform = std::function<void(ApplicationAction)>;
+
+    /// A window that is activated within `perform` may come to the front.
+    ApplicationAdaptor(QObject *parent, Perform perform)
         : QDBusAbstractAdaptor(parent)
+        , m_perform(std::move(perform))
     {
     }
 
@@ -29,12 +35,10 @@ public Q_SLOTS:
                         const QVariantMap &platformData, const QDBusMessage &call);
     // NOLINTEND(readability-identifier-naming)
 
-Q_SIGNALS:
-    /// A window that is activated while this is being handled may come to the front.
-    void requested(ApplicationAction action);
-
 private:
     void request(ApplicationAction action, const QVariantMap &platformData);
+
+    Perform m_perform; // no signal, which would be sent to the bus as well
 };
 
 /// What the launcher of this process left in its environment so that a window may come to the

@@ -94,8 +94,7 @@ Expected<void, QString> waitForEnd(IsRunning isRunning)
 SingleInstance::SingleInstance(QObject *parent)
     : QObject(parent)
 {
-    auto *application = new ApplicationAdaptor(this);
-    connect(application, &ApplicationAdaptor::requested, this, &SingleInstance::requested);
+    new ApplicationAdaptor(this, [this](ApplicationAction action) { Q_EMIT requested(action); });
 }
 
 SingleInstance::~SingleInstance()
