@@ -15,6 +15,11 @@ import time
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 
+# For the builds that look for leaks.
+LEAK_OPTIONS = (f"suppressions={pathlib.Path(__file__).with_name('leaks.supp')}"
+                ":print_suppressions=0")
+
+
 class Failure(Exception):
     """An expectation that did not hold."""
 
@@ -99,6 +104,7 @@ class Desktop:
             "XDG_CONFIG_HOME": str(self.home / "config"),
             "XDG_CACHE_HOME": str(self.home / "cache"),
             "LC_ALL": "C.UTF-8",
+            "LSAN_OPTIONS": LEAK_OPTIONS,
             "QT_QPA_PLATFORM": "xcb",
             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
             "QT_LOGGING_RULES": "strandloom.debug=true",
