@@ -272,6 +272,10 @@ void MenuBarView::present()
     show();
     raise();
     activateWindow();
+    // Hidden and shown so quickly that the desktop has not taken the keyboard away meanwhile, it
+    // will not be given either.
+    if (windowHandle() == QGuiApplication::focusWindow())
+        QApplication::setActiveWindow(this);
     m_list->setFocus();
 }
 
