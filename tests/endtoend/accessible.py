@@ -62,6 +62,10 @@ class Accessibility:
         self.click(entry, "list item")
         wait_until(lambda: self.find(name, "combo box")["text"] == entry, f"{entry} chosen")
 
+    def act(self, action, role, name):
+        """As assistive technology does without a pointer: to "focus" or "press" what begins so."""
+        wait_until(lambda: self._ask(name=name, role=role, action=action), f"{action} {name}")
+
     def tree(self, window):
         """A line for each widget of a window: depth, role, name."""
         return self._ask(tree=window)
@@ -121,6 +125,11 @@ def main():
             for child in children(node):
                 yield from walk(child, depth + 1)
 
+    def act(node, action):
+        if action == "focus":
+            return Atspi.Component.grab_focus(node)
+        return Atspi.Action.do_action(node, 0)
+
     def answer(question):
         found = []
         for window in windows():
@@ -129,6 +138,10 @@ def main():
             for depth, node in walk(window):
                 if "tree" in question:
                     found.append([depth, node.get_role_name(), name_of(node), states(node)])
+                elif "action" in question:
+                    if (node.get_role_name() == question["role"] and showing(node)
+                            and name_of(node).startswith(question["name"])):
+                        return act(node, question["action"])
                 elif name_of(node) == question["name"] and showing(node):
                     found.append(described(node))
         return found

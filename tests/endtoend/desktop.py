@@ -223,6 +223,8 @@ class Desktop:
         for process in reversed(self.processes):
             process.terminate()
         for process in reversed(self.processes):
+            for stream in filter(None, (process.stdin, process.stdout)):
+                stream.close()
             try:
                 process.wait(5)
             except subprocess.TimeoutExpired:

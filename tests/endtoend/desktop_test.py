@@ -15,6 +15,7 @@ import uuid
 
 import dbus
 
+from accessible import Accessibility
 from desktop import Desktop, Program, wait_until, windows
 from wayland import start_mutter, start_sway
 
@@ -200,6 +201,11 @@ class Wayland(unittest.TestCase):
         with Desktop(tray=False) as desktop:
             start_sway(desktop)
             self.copies_are_links(desktop)
+            widgets = Accessibility(desktop)
+            widgets.act("focus", "list item", "https://quick.example/19, ")
+            widgets.act("press", "push button", "Copy URL")
+            wait_until(lambda: desktop.run("wl-paste", "--no-newline") ==
+                       "https://quick.example/19", "the panel's copy")
 
     @unittest.skipUnless(shutil.which("mutter"), "mutter is not installed")
     def test_mutter(self):
