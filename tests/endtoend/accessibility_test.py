@@ -7,7 +7,7 @@ import sys
 import unittest
 
 from accessible import Accessibility
-from desktop import Desktop, Program, Site, wait_until
+from desktop import Desktop, MailApi, Program, Site, wait_until
 
 BINARY = str(pathlib.Path(sys.argv.pop(1)).resolve())
 PAGES = {"/one": (200, {}, b"<title>First Page</title>"),
@@ -32,8 +32,12 @@ class Screens(unittest.TestCase):
     def setUp(self):
         self.desktop = Desktop()
         self.addCleanup(self.desktop.close)
-        self.desktop.environment["STRANDLOOM_INFO"] = "/nowhere"
-        self.program = Program(self.desktop, BINARY)
+        self.desktop.start_keyring()
+        self.api = MailApi()
+        self.addCleanup(self.api.close)
+        information = self.desktop.home / "strandloom.ini"
+        information.write_text(f"MailAPI=http://127.0.0.1:{self.api.server.server_port}\n")
+        self.program = Program(self.desktop, BINARY, STRANDLOOM_INFO=str(information))
         self.program.wait_for_line("Tray icon shown")
         self.panel = self.program.open_panel()
         self.widgets = Accessibility(self.desktop)
@@ -129,9 +133,10 @@ class Screens(unittest.TestCase):
         self.desktop.key("space")
         wait_until((self.desktop.home / "config/autostart/app.strandloom.desktop").exists,
                    "the login item")
+        self.mail_by_keyboard()
         self.tab_to("push button: Back")
-        self.tab_to("page tab: General")
-        self.desktop.key("Right", "Right")
+        self.tab_to("page tab: Email")
+        self.desktop.key("Right")
         self.tab_to("text: Domain to exclude")
         self.desktop.run("xdotool", "type", "a.example")
         self.desktop.key("Return")
@@ -139,11 +144,49 @@ class Screens(unittest.TestCase):
         self.tab_to("push button: Remove a.example")
         self.desktop.key("space")
         self.widgets.gone("Remove a.example")
+        self.export_by_keyboard()
         self.tab_to("push button: Back")
         self.desktop.key("space")
         self.widgets.find("1 links")
-        self.desktop.key("Escape")
-        wait_until(lambda: not self.widgets.all("1 links"), "the panel to close")
+        self.tab_to("push button: Quit Strandloom")
+        self.desktop.key("space")
+        self.assertEqual(self.program.process.wait(10), 0)
+
+    def mail_by_keyboard(self):
+        self.tab_to("push button: Back")
+        self.tab_to("page tab: General")
+        self.desktop.key("Right")
+        self.tab_to("push button: Set Up Email...")
+        self.desktop.key("space")
+        self.desktop.window("Resend API Setup.*")
+        self.widgets.find("API Key", "password text")
+        self.desktop.run("xdotool", "type", "re_keyboard_0123456789")
+        self.desktop.key("Tab")
+        self.desktop.run("xdotool", "type", "loom@example.org")
+        self.desktop.key("Return")
+        self.widgets.find("Sending from: loom@example.org")
+        self.tab_to("text: Send To")
+        self.desktop.run("xdotool", "type", "reader@example.org")
+        self.tab_to("push button: Send Now")
+        self.desktop.key("space")
+        self.widgets.find("Email sent successfully!")
+        self.assertEqual(self.api.received[0][2]["to"], ["reader@example.org"])
+
+    def export_by_keyboard(self):
+        self.tab_to("push button: Back")
+        self.tab_to("page tab: Excluded")
+        self.desktop.key("Right")
+        self.tab_to("push button: Export Links...")
+        self.desktop.key("space")
+        self.tab_to("push button: Export")
+        self.desktop.key("space")
+        self.desktop.window("Save.*")
+        path = self.desktop.home / "links.md"
+        self.desktop.key("ctrl+a")
+        self.desktop.run("xdotool", "type", str(path))
+        self.desktop.key("Return")
+        wait_until(path.exists, path)
+        self.widgets.find("Stored Links: 1")
 
 
 if __name__ == "__main__":
