@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
+#include "ElidedLabel.h"
 #include "ExportView.h"
 #include "ExportViewModel.h"
 #include "InlineExportView.h"
 #include "InlineExportViewModel.h"
+#include "MenuBarView.h"
 #include "SettingsDesk.h"
+#include "TestPanel.h"
+#include "UpdateView.h"
 #include "settings/EmailSettingsViewModel.h"
 #include "settings/EmailSetupSheet.h"
 #include "settings/InlineSettingsView.h"
@@ -35,10 +39,11 @@ public:
     }
 };
 
-/// Those that no translator sees: numbers, addresses and the like.
+/// Those that no translator sees: numbers, times, addresses and the like.
 bool isUntranslatable(const QString &text)
 {
     return text.isEmpty() || text == u"Strandloom" || text.contains(u"@")
+        || text.contains(u".example") || text.endsWith(u"AM") || text.endsWith(u"PM")
         || !std::any_of(text.begin(), text.end(), [](QChar c) { return c.isLetter(); });
 }
 
@@ -65,6 +70,8 @@ QStringList faults(const QWidget &window)
     };
     for (const QLabel *const label : window.findChildren<QLabel *>())
         check(*label, label->text(), hasRoom(*label));
+    for (const ElidedLabel *const label : window.findChildren<ElidedLabel *>())
+        check(*label, label->text(), true);
     for (const QAbstractButton *const button : window.findChildren<QAbstractButton *>())
         check(*button, button->text(), button->width() >= button->minimumSizeHint().width());
     for (const QTabBar *const tabs : window.findChildren<QTabBar *>()) {
@@ -84,6 +91,31 @@ class PseudoLocaleTest : public QObject
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(QApplication::installTranslator(&m_texts)); }
+
+    void linksOfThePanel()
+    {
+        for (const int count : {0, 3}) {
+            TestPanel desk;
+            desk.addLinks(count);
+            MenuBarView panel(desk.model, {});
+            panel.show();
+            TestPanel::settle();
+            QCOMPARE(faults(panel).join(u"; "_s), QString());
+        }
+    }
+
+    void updates()
+    {
+        using Kind = UpdateStatus::Kind;
+        FakeUrlOpener browser;
+        UpdateView view(browser);
+        for (const Kind kind :
+             {Kind::checking, Kind::upToDate, Kind::newVersion, Kind::fromSystemPackages}) {
+            view.present({kind});
+            QCoreApplication::processEvents();
+            QCOMPARE(faults(view).join(u"; "_s), QString());
+        }
+    }
 
     void tabsOfThePanel()
     {
