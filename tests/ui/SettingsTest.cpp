@@ -155,22 +155,31 @@ private Q_SLOTS:
         const std::unique_ptr<QWidget> view(make(desk.parts));
         if (auto *const picker = labelled<QComboBox>(*view, label)) {
             QCOMPARE(picker->currentText(), shown);
+            QCOMPARE(desk.written(), QString());
             picker->setCurrentText(entry);
             Q_EMIT picker->activated(picker->currentIndex());
         } else {
             auto *const field = labelled<QLineEdit>(*view, label);
             QVERIFY(field);
             QCOMPARE(field->text(), shown);
+            QCOMPARE(desk.written(), QString());
             QTest::keyClicks(field, entry);
         }
         QVERIFY2(desk.written().contains(line), qPrintable(desk.written()));
     }
 
+    void strangeValuesAreShownAndLeftAsTheyAre_data()
+    {
+        QTest::addColumn<int>("pruneDays");
+        QTest::newRow("before never") << -5;
+        QTest::newRow("between two entries") << 45;
+    }
     void strangeValuesAreShownAndLeftAsTheyAre()
     {
+        QFETCH(int, pruneDays);
         SettingsDesk desk;
         desk.preferences.set(preferenceKeys::emailSendHour, 99);
-        desk.preferences.set(preferenceKeys::autoPruneDays, -5);
+        desk.preferences.set(preferenceKeys::autoPruneDays, pruneDays);
         const QString before = desk.written();
         InlineSettingsView inlineView(desk.parts);
         inlineView.select(SettingsTab::email);
