@@ -207,6 +207,15 @@ private Q_SLOTS:
         QCOMPARE(labelled<QLineEdit>(inlineView, u"Send To"_s)->text(), u"a@b.example"_s);
     }
 
+    void timesReadTheSameFromRightToLeft()
+    {
+        QApplication::setLayoutDirection(Qt::RightToLeft);
+        const auto back = qScopeGuard([] { QApplication::setLayoutDirection(Qt::LeftToRight); });
+        SettingsDesk desk;
+        const EmailSettingsTab window(desk.parts);
+        QCOMPARE(window.findChild<QTimeEdit *>()->text(), u"08:00"_s);
+    }
+
     void textsStandAsGiven()
     {
         SettingsDesk desk;

@@ -26,6 +26,7 @@ EmailSettingsTab::EmailSettingsTab(const SettingsParts &parts, QWidget *parent)
     const auto reschedule = [&scheduler = parts.scheduler](const auto &) {
         scheduler.scheduleNextEmail();
     };
+    m_sendTime->setLayoutDirection(Qt::LeftToRight); // Qt would turn 08:00 into 00:08
     m_sendTime->setDisplayFormat(u"HH:mm"_s);
     showSendTime();
     connect(m_sendTime, &QTimeEdit::editingFinished, this, &EmailSettingsTab::chooseSendTime);
