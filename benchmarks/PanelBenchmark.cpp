@@ -12,8 +12,8 @@
 #include "MenuBarViewModel.h"
 #include "SummaryService.h"
 #include "SystemClock.h"
+#include "UrlOpener.h"
 #include "WebContentExtractor.h"
-#include "desktop/UrlOpener.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

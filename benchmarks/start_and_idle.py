@@ -8,7 +8,7 @@ import statistics
 import sys
 import time
 
-sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "tests/endtoend"))
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "demo"))
 from desktop import Desktop, Program  # noqa: E402
 
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "Expected.h"
+#include "SecretServiceState.h"
 #include "StoreError.h"
-#include "secrets/SecretServiceState.h"
 
 #include <QList>
 #include <QProcessEnvironment>

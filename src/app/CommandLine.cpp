@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "CommandLine.h"
 
+#include "SingleInstance.h"
 #include "StrandloomApp.h"
 #include "commands/AddCommand.h"
 #include "commands/BackupCommand.h"
@@ -14,7 +15,6 @@
 #include "commands/RemoveCommand.h"
 #include "commands/RestoreCommand.h"
 #include "commands/Terminal.h"
-#include "desktop/SingleInstance.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

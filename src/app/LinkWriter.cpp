@@ -6,7 +6,7 @@
 #include "LinksAdaptor.h"
 #include "ModelContainer.h"
 #include "ModelContext.h"
-#include "desktop/SingleInstance.h"
+#include "SingleInstance.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>

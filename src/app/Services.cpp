@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "Services.h"
 
+#include "MakeClipboardSource.h"
 #include "ModelContainer.h"
-#include "clipboard/MakeClipboardSource.h"
-#include "updates/SignedFeed.h"
-#include "updates/SystemPackages.h"
+#include "SignedFeed.h"
+#include "SystemPackages.h"
 
 #include <QCoreApplication>
 

@@ -2,23 +2,23 @@
 #pragma once
 
 #include "AppInfo.h"
+#include "ClipboardSource.h"
+#include "CurlHttpClient.h"
+#include "DateText.h"
 #include "EmailScheduler.h"
 #include "EmailService.h"
 #include "ExportService.h"
+#include "FileSaveDialog.h"
+#include "LibsecretStore.h"
 #include "LocalMLService.h"
+#include "LoginItem.h"
 #include "Preferences.h"
 #include "ResendKeyService.h"
 #include "SummaryService.h"
+#include "UpdateController.h"
+#include "UpdaterManager.h"
+#include "UrlOpener.h"
 #include "WebContentExtractor.h"
-#include "clipboard/ClipboardSource.h"
-#include "desktop/FileSaveDialog.h"
-#include "desktop/LoginItem.h"
-#include "desktop/UrlOpener.h"
-#include "http/CurlHttpClient.h"
-#include "secrets/LibsecretStore.h"
-#include "text/DateText.h"
-#include "updates/UpdateController.h"
-#include "updates/UpdaterManager.h"
 
 #include <QThreadPool>
 

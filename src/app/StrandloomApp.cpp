@@ -2,6 +2,7 @@
 #include "StrandloomApp.h"
 
 #include "AppState.h"
+#include "ApplicationAdaptor.h"
 #include "DebugLog.h"
 #include "ExitCode.h"
 #include "ExportView.h"
@@ -12,12 +13,11 @@
 #include "ModelContainer.h"
 #include "ModelContext.h"
 #include "Services.h"
+#include "SingleInstance.h"
 #include "SystemClock.h"
+#include "TrayIcon.h"
+#include "UnixSignal.h"
 #include "UpdateView.h"
-#include "desktop/ApplicationAdaptor.h"
-#include "desktop/SingleInstance.h"
-#include "desktop/TrayIcon.h"
-#include "desktop/UnixSignal.h"
 #include "settings/InlineSettingsView.h"
 #include "settings/SettingsView.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "desktop/ApplicationAction.h"
-#include "desktop/ColorScheme.h"
+#include "ApplicationAction.h"
+#include "ColorScheme.h"
 
 #include <QObject>
 #include <QPointer>

@@ -2,10 +2,11 @@
 #include "ClipboardMonitor.h"
 
 #include "AutoPrune.h"
+#include "ClipboardSource.h"
 #include "DebugLog.h"
+#include "LinkAddress.h"
 #include "ModelContext.h"
 #include "UrlGate.h"
-#include "clipboard/ClipboardSource.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "LinkIntake.h"
 
+#include "LinkAddress.h"
 #include "ModelContext.h"
 #include "UrlGate.h"
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "PageTitle.h"
 
-#include "text/Entities.h"
-#include "text/Pattern.h"
-#include "text/WhiteSpace.h"
+#include "Entities.h"
+#include "Pattern.h"
+#include "WhiteSpace.h"
 
 namespace
 {

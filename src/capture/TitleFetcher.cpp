@@ -2,12 +2,12 @@
 #include "TitleFetcher.h"
 
 #include "DebugLog.h"
+#include "HttpClient.h"
 #include "ModelContext.h"
+#include "PageText.h"
 #include "PageTitle.h"
+#include "WebAddress.h"
 #include "async/OnPool.h"
-#include "http/HttpClient.h"
-#include "text/PageText.h"
-#include "text/WebAddress.h"
 
 using namespace Qt::StringLiterals;
 

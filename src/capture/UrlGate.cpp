@@ -1,26 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "UrlGate.h"
 
-#include "text/WebAddress.h"
+#include "WebAddress.h"
 
 #include <algorithm>
-
-std::optional<QString> webAddressIn(const QString &text)
-{
-    const QString trimmed = text.trimmed();
-    const bool isWeb = trimmed.startsWith(u"http://") || trimmed.startsWith(u"https://");
-    if (!isWeb || !WebAddress::parse(trimmed))
-        return std::nullopt;
-    return trimmed;
-}
-
-QString normalizedUrl(const QString &address)
-{
-    QString url = address.trimmed();
-    if (url.size() >= 2 && url.endsWith(u'/'))
-        url.chop(1);
-    return url;
-}
 
 bool isExcluded(const QString &url, const QStringList &domains)
 {

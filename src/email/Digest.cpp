@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Digest.h"
 
-#include "text/DateText.h"
-#include "text/WebAddress.h"
+#include "DateText.h"
+#include "WebAddress.h"
 
 #include <algorithm>
 

@@ -2,6 +2,7 @@
 #include "EmailService.h"
 
 #include "AppInfo.h"
+#include "DateText.h"
 #include "DebugLog.h"
 #include "Digest.h"
 #include "ModelContext.h"
@@ -9,7 +10,6 @@
 #include "SummaryService.h"
 #include "async/OnPool.h"
 #include "async/Turn.h"
-#include "text/DateText.h"
 
 #include <QCryptographicHash>
 #include <QJsonArray>

@@ -3,8 +3,8 @@
 
 #include "CapturedLink.h"
 #include "Expected.h"
+#include "HttpClient.h"
 #include "async/Scope.h"
-#include "http/HttpClient.h"
 
 #include <QObject>
 #include <QProperty>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "ResendKeyService.h"
 
+#include "Characters.h"
 #include "DebugLog.h"
-#include "text/Characters.h"
-#include "text/WhiteSpace.h"
+#include "WhiteSpace.h"
 
 #include <QRegularExpression>
 

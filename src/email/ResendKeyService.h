@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "SecretStore.h"
 #include "async/Scope.h"
-#include "secrets/SecretStore.h"
 
 #include <QObject>
 #include <QProperty>

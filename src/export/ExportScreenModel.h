@@ -3,7 +3,7 @@
 
 #include "Candidates.h"
 #include "ExportService.h"
-#include "desktop/SaveDialog.h"
+#include "SaveDialog.h"
 
 #include <memory>
 

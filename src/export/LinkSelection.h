@@ -3,7 +3,7 @@
 
 #include "CapturedLink.h"
 #include "DateSpan.h"
-#include "text/LocalizedSearch.h"
+#include "LocalizedSearch.h"
 
 /// What the selection looks at in a visible link, made for being looked at often.
 struct Candidate {

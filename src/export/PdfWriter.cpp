@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "PdfWriter.h"
 
+#include "DateText.h"
 #include "PdfCanvas.h"
-#include "text/DateText.h"
 
 #include <cmath>
 #include <mutex>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "TextWriter.h"
 
-#include "text/DateText.h"
+#include "DateText.h"
 
 #include <QStringEncoder>
 

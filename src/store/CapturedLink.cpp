@@ -1,6 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "CapturedLink.h"
 
+#include "WebAddress.h"
+
+using namespace Qt::StringLiterals;
+
+QString displayTitle(const CapturedLink &link)
+{
+    if (link.title)
+        return *link.title;
+    const QString host = hostOf(link.url);
+    return host.isEmpty() ? u"Untitled"_s : host;
+}
+
 ListPosition positionOf(const CapturedLink &link)
 {
     return {link.copiedAt, link.id};

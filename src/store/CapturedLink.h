@@ -22,6 +22,9 @@ struct CapturedLink {
     bool isVisible = true; ///< false: kept, but in no list and no export
 };
 
+/// What heads a link: its title (even an empty one), else the host of its URL, else "Untitled".
+QString displayTitle(const CapturedLink &link);
+
 /// As they were inserted, or as lists show them.
 enum class LinkOrder { store, newestFirst };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "EvidencePacket.h"
 
-#include "text/WebAddress.h"
+#include "WebAddress.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

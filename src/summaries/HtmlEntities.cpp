@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "HtmlEntities.h"
 
-#include "text/Entities.h"
+#include "Entities.h"
 
 namespace
 {

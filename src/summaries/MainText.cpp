@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "MainText.h"
 
+#include "Characters.h"
 #include "HtmlEntities.h"
 #include "Markup.h"
-#include "text/Characters.h"
-#include "text/WhiteSpace.h"
+#include "WhiteSpace.h"
 
 namespace
 {

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "PageEvidence.h"
 
+#include "Characters.h"
 #include "HtmlEntities.h"
 #include "MainText.h"
 #include "Markup.h"
-#include "text/Characters.h"
-#include "text/PageText.h"
-#include "text/Pattern.h"
-#include "text/WhiteSpace.h"
+#include "PageText.h"
+#include "Pattern.h"
+#include "WhiteSpace.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "SummaryService.h"
 
+#include "Characters.h"
 #include "DebugLog.h"
 #include "LocalMLService.h"
 #include "ModelContext.h"
 #include "WebContentExtractor.h"
-#include "text/Characters.h"
 
 #include <QScopeGuard>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "SummaryText.h"
 
+#include "Characters.h"
 #include "EvidencePacket.h"
-#include "text/Characters.h"
 
 using namespace Qt::StringLiterals;
 

@@ -2,9 +2,9 @@
 #include "WebContentExtractor.h"
 
 #include "PageEvidence.h"
+#include "PageText.h"
+#include "WebAddress.h"
 #include "async/OnPool.h"
-#include "text/PageText.h"
-#include "text/WebAddress.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;

@@ -3,9 +3,9 @@
 
 #include "EvidencePacket.h"
 #include "Expected.h"
+#include "HttpClient.h"
 #include "async/Task.h"
 #include "async/Turn.h"
-#include "http/HttpClient.h"
 
 #include <variant>
 

@@ -2,11 +2,11 @@
 #include "MenuBarViewModel.h"
 
 #include "Calendar.h"
+#include "ClipboardSource.h"
 #include "DebugLog.h"
 #include "ModelContext.h"
 #include "SummaryService.h"
-#include "clipboard/ClipboardSource.h"
-#include "desktop/UrlOpener.h"
+#include "UrlOpener.h"
 
 #include <QScopeGuard>
 

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "CapturedLink.h"
+#include "DateText.h"
 #include "LinkListModel.h"
 #include "async/Scope.h"
-#include "text/DateText.h"
 
 #include <QObject>
 

@@ -2,7 +2,7 @@
 #include "UpdateView.h"
 
 #include "FormParts.h"
-#include "desktop/UrlOpener.h"
+#include "UrlOpener.h"
 
 #include <QBoxLayout>
 #include <QLabel>

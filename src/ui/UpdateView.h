@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "updates/UpdateController.h"
+#include "UpdateController.h"
 
 #include <QDialog>
 

@@ -2,8 +2,8 @@
 #include "PageTitle.h"
 
 #include "PageMaker.h"
+#include "PageText.h"
 #include "ReferenceTitle.h"
-#include "text/PageText.h"
 
 #include <QTest>
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include "CurlHttpClient.h"
 #include "DiagnosticLines.h"
 #include "MailApiDouble.h"
 #include "MailDesk.h"
 #include "Waiting.h"
-#include "http/CurlHttpClient.h"
 
 #include <QDirIterator>
 #include <QTest>

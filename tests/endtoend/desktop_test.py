@@ -16,7 +16,7 @@ import uuid
 import dbus
 
 from accessible import Accessibility
-from desktop import Desktop, Program, wait_until, windows
+from desktop import TRAY_HOST, Desktop, Program, wait_until, windows
 from wayland import start_mutter, start_sway
 
 BINARY = str(pathlib.Path(sys.argv.pop(1)).resolve())
@@ -96,10 +96,9 @@ class StatusNotifierTray:
     """A tray host that a test starts and ends."""
 
     def __init__(self, desktop):
-        script = pathlib.Path(__file__).parent / "tray_host.py"
         self.log = desktop.home / "tray.log"
         with open(self.log, "w") as log:
-            self.process = subprocess.Popen(["/usr/bin/python3", script], env=desktop.environment,
+            self.process = subprocess.Popen(["/usr/bin/python3", TRAY_HOST], env=desktop.environment,
                                             stdin=subprocess.PIPE, stdout=log, text=True)
         desktop.processes.append(self.process)
         desktop.wait_for_bus_name("org.kde.StatusNotifierWatcher")

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "clipboard/ClipboardSource.h"
+#include "ClipboardSource.h"
 
 /// A clipboard in memory; `copy` plays the part of another program.
 class FakeClipboard final : public ClipboardSource

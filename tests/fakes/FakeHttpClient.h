@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "http/HttpClient.h"
+#include "HttpClient.h"
 
 #include <QList>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "SaveDialog.h"
 #include "async/LoopTurn.h"
-#include "desktop/SaveDialog.h"
 
 #include <QList>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "SecretStore.h"
 #include "SystemClock.h"
-#include "secrets/SecretStore.h"
 
 /// A keyring in memory that answers one loop turn later.
 class FakeSecretStore final : public SecretStore

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "desktop/UrlOpener.h"
+#include "UrlOpener.h"
 
 #include <QStringList>
 

@@ -3,7 +3,7 @@
 // what it is asked, and ends with status 3 when a window it answers to is gone, as programs do that
 // take such an error for fatal.
 
-#include "clipboard/X11Connection.h"
+#include "X11Connection.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "clipboard/ClipboardLimits.h"
-#include "clipboard/ThreadedClipboard.h"
+#include "ClipboardLimits.h"
+#include "ThreadedClipboard.h"
 
 #include <QTest>
 

@@ -3,9 +3,9 @@
 // has gone, or asks for it before it goes. As arguments: `deaf`, it never answers the latter;
 // `grabs`, it announces each text at once; `unnamed`, it does not tell that it is a manager.
 
-#include "clipboard/SelectionOwner.h"
-#include "clipboard/SelectionReader.h"
-#include "clipboard/X11Connection.h"
+#include "SelectionOwner.h"
+#include "SelectionReader.h"
+#include "X11Connection.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>

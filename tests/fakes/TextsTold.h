@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "clipboard/ClipboardSource.h"
+#include "ClipboardSource.h"
 
 #include <QStringList>
 

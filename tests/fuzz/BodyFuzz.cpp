@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Demand.h"
-#include "text/PageText.h"
+#include "PageText.h"
 
 #include <QUtf8StringView>
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include "Characters.h"
 #include "Demand.h"
 #include "MainText.h"
 #include "PageEvidence.h"
+#include "PageText.h"
 #include "SummaryText.h"
-#include "text/Characters.h"
-#include "text/PageText.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size)
 {

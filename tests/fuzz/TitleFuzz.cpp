@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Demand.h"
+#include "PageText.h"
 #include "PageTitle.h"
-#include "text/PageText.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size)
 {

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Demand.h"
+#include "LinkAddress.h"
 #include "UrlGate.h"
-#include "text/WebAddress.h"
+#include "WebAddress.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "text/DateText.h"
+#include "DateText.h"
 
 #include <QTest>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "CurlHttpClient.h"
 #include "FakeHttpClient.h"
 #include "LoopbackServer.h"
 #include "Waiting.h"
-#include "http/CurlHttpClient.h"
 
 #include <QTcpSocket>
 #include <QTest>

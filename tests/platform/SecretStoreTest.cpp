@@ -2,8 +2,8 @@
 #include "FakeSecretStore.h"
 #include "Heartbeat.h"
 #include "KeyringSession.h"
+#include "LibsecretStore.h"
 #include "Waiting.h"
-#include "secrets/LibsecretStore.h"
 
 #include <QDBusConnection>
 #include <QDBusContext>

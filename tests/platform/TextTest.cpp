@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "text/Characters.h"
-#include "text/PageText.h"
-#include "text/WebAddress.h"
-#include "text/WhiteSpace.h"
+#include "Characters.h"
+#include "PageText.h"
+#include "WebAddress.h"
+#include "WhiteSpace.h"
 
 #include <QTest>
 

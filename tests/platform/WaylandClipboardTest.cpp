@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "clipboard/WaylandClipboard.h"
+#include "WaylandClipboard.h"
 
+#include "DesktopClipboard.h"
 #include "Heartbeat.h"
 #include "PeakMemory.h"
 #include "Program.h"
@@ -8,7 +9,6 @@
 #include "SwayServer.h"
 #include "TextsTold.h"
 #include "XvfbServer.h"
-#include "clipboard/DesktopClipboard.h"
 
 #include <QElapsedTimer>
 #include <QSignalSpy>

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "clipboard/X11Clipboard.h"
+#include "X11Clipboard.h"
 
 #include "Heartbeat.h"
 #include "PeakMemory.h"
 #include "Program.h"
 #include "RealClipboard.h"
 #include "TextsTold.h"
+#include "X11Connection.h"
 #include "XvfbServer.h"
-#include "clipboard/X11Connection.h"
 
 #include <QElapsedTimer>
 #include <QSignalSpy>

@@ -3,8 +3,8 @@
 
 #include "MainText.h"
 #include "PageMaker.h"
+#include "PageText.h"
 #include "ReferencePacket.h"
-#include "text/PageText.h"
 
 #include <QJsonDocument>
 #include <QTest>

@@ -7,8 +7,8 @@
 #include "FakeUrlOpener.h"
 #include "MailDesk.h"
 #include "Preferences.h"
+#include "UpdaterManager.h"
 #include "settings/SettingsParts.h"
-#include "updates/UpdaterManager.h"
 
 #include <QFile>
 

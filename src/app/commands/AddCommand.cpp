@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "commands/AddCommand.h"
 
+#include "CurlHttpClient.h"
 #include "LinkWriter.h"
 #include "SystemClock.h"
 #include "TitleFetcher.h"
 #include "async/Scope.h"
 #include "commands/Terminal.h"
-#include "http/CurlHttpClient.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

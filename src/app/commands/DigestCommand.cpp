@@ -2,12 +2,12 @@
 #include "commands/DigestCommand.h"
 
 #include "AppInfo.h"
+#include "DateText.h"
 #include "Digest.h"
 #include "ModelContainer.h"
 #include "StoreReader.h"
 #include "SystemClock.h"
 #include "commands/Terminal.h"
-#include "text/DateText.h"
 
 #include <QCommandLineParser>
 

@@ -2,16 +2,16 @@
 #include "commands/DoctorCommand.h"
 
 #include "CheckUp.h"
+#include "ClipboardSource.h"
+#include "EmbeddingTray.h"
+#include "LoginItem.h"
+#include "MakeClipboardSource.h"
 #include "ModelContainer.h"
 #include "Preferences.h"
+#include "StatusNotifierHost.h"
 #include "StoreDatabase.h"
 #include "StoreReader.h"
-#include "clipboard/ClipboardSource.h"
-#include "clipboard/MakeClipboardSource.h"
 #include "commands/Terminal.h"
-#include "desktop/EmbeddingTray.h"
-#include "desktop/LoginItem.h"
-#include "desktop/StatusNotifierHost.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

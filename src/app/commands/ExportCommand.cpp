@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/ExportCommand.h"
 
+#include "DateText.h"
 #include "ExportFile.h"
 #include "LinkSelection.h"
 #include "LinkStream.h"
@@ -9,7 +10,6 @@
 #include "StoreReader.h"
 #include "SystemClock.h"
 #include "commands/Terminal.h"
-#include "text/DateText.h"
 
 #include <QCommandLineParser>
 

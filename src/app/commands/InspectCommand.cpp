@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/InspectCommand.h"
 
+#include "CurlHttpClient.h"
 #include "PageEvidence.h"
 #include "PageTitle.h"
 #include "SummaryText.h"
@@ -8,7 +9,6 @@
 #include "WebContentExtractor.h"
 #include "async/Scope.h"
 #include "commands/Terminal.h"
-#include "http/CurlHttpClient.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

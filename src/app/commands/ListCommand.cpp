@@ -2,12 +2,12 @@
 #include "commands/ListCommand.h"
 
 #include "Calendar.h"
+#include "DateText.h"
 #include "LinkSelection.h"
 #include "LinkStream.h"
 #include "ModelContainer.h"
 #include "StoreReader.h"
 #include "commands/Terminal.h"
-#include "text/DateText.h"
 
 #include <QCommandLineParser>
 #include <QDateTime>

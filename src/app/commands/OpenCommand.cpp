@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "commands/OpenCommand.h"
 
+#include "UrlOpener.h"
 #include "commands/Targets.h"
 #include "commands/Terminal.h"
-#include "desktop/UrlOpener.h"
 
 #include <QCommandLineParser>
 

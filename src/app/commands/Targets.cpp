@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "commands/Targets.h"
 
+#include "LinkAddress.h"
 #include "ModelContainer.h"
 #include "StoreReader.h"
-#include "UrlGate.h"
 #include "commands/Terminal.h"
 
 #include <algorithm>

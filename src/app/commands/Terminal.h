@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "ByteSink.h"
 #include "ExitCode.h"
 #include "Expected.h"
-#include "ExportDocument.h"
 
 #include <QStringList>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/ApplicationAdaptor.h"
+#include "ApplicationAdaptor.h"
 
 #include <QDBusConnection>
 #include <QDBusError>

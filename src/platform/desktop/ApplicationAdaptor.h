@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "desktop/ApplicationAction.h"
+#include "ApplicationAction.h"
 
 #include <QDBusAbstractAdaptor>
 #include <QStringList>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/ColorScheme.h"
+#include "ColorScheme.h"
 
 #include "DebugLog.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/EmbeddingTray.h"
+#include "EmbeddingTray.h"
 
-#include "clipboard/X11Connection.h"
+#include "X11Connection.h"
 
 #include <QSocketNotifier>
 

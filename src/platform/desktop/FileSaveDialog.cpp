@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/FileSaveDialog.h"
+#include "FileSaveDialog.h"
 
 #include <QApplication>
 #include <QDir>

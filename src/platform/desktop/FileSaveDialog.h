@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "desktop/SaveDialog.h"
+#include "SaveDialog.h"
 
 /// The desktop's own file dialog, as the toolkit offers it, on the active window. Never blocks the
 /// main loop.

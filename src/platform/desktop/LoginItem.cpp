@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/LoginItem.h"
+#include "LoginItem.h"
 
 #include "DebugLog.h"
 

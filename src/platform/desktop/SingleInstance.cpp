@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/SingleInstance.h"
+#include "SingleInstance.h"
 
+#include "ApplicationAdaptor.h"
 #include "DebugLog.h"
-#include "desktop/ApplicationAdaptor.h"
-#include "desktop/UnixSignal.h"
+#include "UnixSignal.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>

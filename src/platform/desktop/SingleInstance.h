@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "ApplicationAction.h"
 #include "Expected.h"
-#include "desktop/ApplicationAction.h"
 
 #include <QObject>
 #include <QVariantMap>

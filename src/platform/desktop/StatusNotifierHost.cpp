@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/StatusNotifierHost.h"
+#include "StatusNotifierHost.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

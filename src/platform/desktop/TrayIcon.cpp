@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/TrayIcon.h"
+#include "TrayIcon.h"
 
 #include "DebugLog.h"
-#include "desktop/EmbeddingTray.h"
-#include "desktop/StatusNotifierHost.h"
+#include "EmbeddingTray.h"
+#include "StatusNotifierHost.h"
 
 #include <QGuiApplication>
 #include <QMenu>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/UnixSignal.h"
+#include "UnixSignal.h"
 
 #include <QSocketNotifier>
 

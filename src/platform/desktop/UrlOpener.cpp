@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/UrlOpener.h"
+#include "UrlOpener.h"
 
 #include "DebugLog.h"
-#include "text/WebAddress.h"
+#include "WebAddress.h"
 
 #include <QProcess>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "secrets/LibsecretStore.h"
+#include "LibsecretStore.h"
 
 #include "async/OnPool.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "secrets/SecretStore.h"
+#include "SecretStore.h"
 
 #include <QThreadPool>
 

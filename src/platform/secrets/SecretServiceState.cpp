@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "secrets/SecretServiceState.h"
+#include "SecretServiceState.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

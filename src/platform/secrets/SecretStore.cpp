@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "secrets/SecretStore.h"
+#include "SecretStore.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "text/Characters.h"
+#include "Characters.h"
 
 #include <algorithm>
 #include <memory>

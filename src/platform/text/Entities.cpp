@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "text/Entities.h"
+#include "Entities.h"
 
 std::string decodeEntities(std::string text, std::span<const Entity> table)
 {

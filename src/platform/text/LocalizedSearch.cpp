@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "text/LocalizedSearch.h"
+#include "LocalizedSearch.h"
 
 #include <QString>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "text/PageText.h"
+#include "PageText.h"
 
 #include <QStringDecoder>
 #include <QUtf8StringView>

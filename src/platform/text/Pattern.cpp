@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "text/Pattern.h"
+#include "Pattern.h"
 
 #include <QtGlobal>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "text/WebAddress.h"
+#include "WebAddress.h"
 
 #include <QUrl>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "text/WhiteSpace.h"
+#include "WhiteSpace.h"
 
 #include <array>
 #include <unicode/uchar.h>

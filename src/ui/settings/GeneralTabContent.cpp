@@ -4,8 +4,8 @@
 #include "Caption.h"
 #include "FormParts.h"
 #include "Preferences.h"
+#include "UpdaterManager.h"
 #include "settings/PreferenceControls.h"
-#include "updates/UpdaterManager.h"
 
 #include <QBoxLayout>
 #include <QCheckBox>

@@ -2,7 +2,7 @@
 #include "settings/ProviderPages.h"
 
 #include "AppInfo.h"
-#include "desktop/UrlOpener.h"
+#include "UrlOpener.h"
 
 #include <QLabel>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "http/CurlHttpClient.h"
+#include "CurlHttpClient.h"
 
-#include "http/HttpExchange.h"
+#include "HttpExchange.h"
 
 #include <optional>
 

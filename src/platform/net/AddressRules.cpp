@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "http/AddressRules.h"
+#include "AddressRules.h"
 
 #include <algorithm>
 #include <array>

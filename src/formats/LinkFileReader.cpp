@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "LinkFileReader.h"
 
+#include "LinkAddress.h"
 #include "LinkJson.h"
-#include "UrlGate.h"
 
 #include <QIODevice>
 #include <QJsonDocument>

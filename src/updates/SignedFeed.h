@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "UpdateController.h"
+#include "UpdateFeed.h"
 #include "async/Scope.h"
-#include "updates/UpdateController.h"
-#include "updates/UpdateFeed.h"
 
 #include <QUrl>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "http/CurlHttpClient.h"
+#include "CurlHttpClient.h"
 
 #include <QTimer>
 

@@ -3,8 +3,8 @@
 
 #include "Clock.h"
 #include "Expected.h"
-#include "updates/Minisign.h"
-#include "updates/UpdateError.h"
+#include "Minisign.h"
+#include "UpdateError.h"
 
 #include <QVersionNumber>
 

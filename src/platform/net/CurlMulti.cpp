@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "http/CurlMulti.h"
+#include "CurlMulti.h"
 
 #include <QSocketNotifier>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "updates/UpdateController.h"
+#include "UpdateController.h"
 
 /// Where the system's packages bring the updates: there is nothing to look for.
 class SystemPackages final : public UpdateController

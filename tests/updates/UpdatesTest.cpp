@@ -2,10 +2,10 @@
 #include "FakeClock.h"
 #include "LoopbackServer.h"
 #include "Preferences.h"
-#include "http/CurlHttpClient.h"
-#include "updates/SignedFeed.h"
-#include "updates/SystemPackages.h"
-#include "updates/UpdaterManager.h"
+#include "CurlHttpClient.h"
+#include "SignedFeed.h"
+#include "SystemPackages.h"
+#include "UpdaterManager.h"
 
 #include <QSignalSpy>
 #include <QTcpSocket>

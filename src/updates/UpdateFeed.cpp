@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "updates/UpdateFeed.h"
+#include "UpdateFeed.h"
 
 #include "Calendar.h"
 

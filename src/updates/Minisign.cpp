@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "updates/Minisign.h"
+#include "Minisign.h"
 
 #include <algorithm>
 #include <sodium.h>

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "ExportDocument.h"
+#include "ByteSink.h"
+#include "CapturedLink.h"
 
 /// A format in which links are written one by one, so that any number of them needs little memory.
 struct LinkFormat {

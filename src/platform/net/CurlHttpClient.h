@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "AddressRules.h"
+#include "CurlMulti.h"
+#include "HttpClient.h"
 #include "async/Turn.h"
-#include "http/AddressRules.h"
-#include "http/CurlMulti.h"
-#include "http/HttpClient.h"
 
 #include <functional>
 

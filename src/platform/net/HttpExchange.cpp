@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "http/HttpExchange.h"
+#include "HttpExchange.h"
 
 #include <algorithm>
 #include <arpa/inet.h>

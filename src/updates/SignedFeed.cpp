@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "updates/SignedFeed.h"
+#include "SignedFeed.h"
 
 #include "AtomicFile.h"
+#include "Characters.h"
 #include "DebugLog.h"
-#include "http/HttpClient.h"
-#include "text/Characters.h"
+#include "HttpClient.h"
 
 #include <QFile>
 

@@ -15,6 +15,7 @@ import time
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 
+TRAY_HOST = pathlib.Path(__file__).with_name("tray_host.py")
 # For the builds that look for leaks.
 LEAK_OPTIONS = (f"suppressions={pathlib.Path(__file__).with_name('leaks.supp')}"
                 ":print_suppressions=0")

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "updates/UpdaterManager.h"
+#include "UpdaterManager.h"
 
 #include "DebugLog.h"
 #include "Preferences.h"
-#include "updates/UpdateController.h"
+#include "UpdateController.h"
 
 using namespace Qt::StringLiterals;
 

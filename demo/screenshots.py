@@ -98,7 +98,7 @@ def main(binary, folder):
                 desktop.environment["QT_SCALE_FACTOR"] = str(scale)
                 desktop.start_keyring()
                 dark_desktop(desktop, scheme == "dark")
-                information = pathlib.Path(__file__).parents[2] / "packaging/strandloom.ini"
+                information = pathlib.Path(__file__).parents[1] / "packaging/strandloom.ini"
                 program = Program(desktop, binary, STRANDLOOM_INFO=str(information))
                 program.wait_for_line(f"Colour scheme: {scheme}")
                 desktop.click(*wait_until(desktop.tray_icon, "the icon in the tray"))
