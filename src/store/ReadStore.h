@@ -3,8 +3,6 @@
 
 #include "StoreDatabase.h"
 
-#include <QFileInfo>
-
 /// What `read` makes of the store in `folder`, whether the program runs or not; absent when there
 /// is none. `read` may be called twice, and throws what SQLiteCpp throws. Any thread.
 template <typename Read>
@@ -13,8 +11,10 @@ auto readStore(const QString &folder, Read read)
 {
     using Result = std::optional<std::invoke_result_t<Read, StoreDatabase &>>;
     const QString path = StoreDatabase::pathIn(folder);
-    const auto hasLog = [&path] { return QFileInfo::exists(path + u"-wal"); };
-    if (!QFileInfo::exists(path))
+    const auto isStored = isStoreFileThere(path);
+    if (!isStored)
+        return Unexpected{isStored.error()};
+    if (!*isStored)
         return Result();
     const auto readOnce = [&]() -> Expected<Result, StoreError> {
         const auto store = StoreDatabase::openReadOnly(folder);
@@ -23,7 +23,10 @@ auto readStore(const QString &folder, Read read)
         return (*store)->attempt([&] { return Result(read(**store)); });
     };
 
-    const bool hadLog = hasLog();
+    const auto hadLog = isStoreFileThere(StoreDatabase::logOf(path));
     auto result = readOnce();
-    return hasLog() == hadLog ? result : readOnce(); // the program started or ended meanwhile
+    const auto hasLog = isStoreFileThere(StoreDatabase::logOf(path));
+    if (!hadLog || !hasLog)
+        return Unexpected{hadLog ? hasLog.error() : hadLog.error()};
+    return *hasLog == *hadLog ? result : readOnce(); // the program started or ended meanwhile
 }

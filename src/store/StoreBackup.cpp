@@ -10,6 +10,7 @@
 #include <QDateTime>
 #include <QFile>
 
+#include <cerrno>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -44,13 +45,20 @@ Done copyFile(const QString &from, const QString &to)
     return (*store)->attempt([&] { copyInto(**store, to); });
 }
 
+/// Gives a file a second name; true when there was none.
 bool linkIfThere(const QString &from, const QString &to)
 {
-    return !QFileInfo::exists(from)
-        || link(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
+    return link(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0
+        || errno == ENOENT;
 }
 
-/// Gives the store, and its log where that cannot be folded into it, a second name.
+bool remove(const QString &path)
+{
+    return unlink(QFile::encodeName(path).constData()) == 0 || errno == ENOENT;
+}
+
+/// Gives the store, and its log where that cannot be folded into it, a second name, and takes the
+/// log out of the place of the store, lest it is played into the other one.
 Expected<QString, StoreError> keepOld(const QString &folder)
 {
     // Opening and closing folds the log in. Where that fails, the store is damaged and kept so.
@@ -59,10 +67,10 @@ Expected<QString, StoreError> keepOld(const QString &folder)
     const QString path = StoreDatabase::pathIn(folder);
     const QString now = QDateTime::currentDateTime().toString(u"yyyy-MM-dd-HHmmss-zzz");
     const QString kept = folder + u"/strandloom-" + now + u".sqlite";
-    if (!linkIfThere(path, kept) || !linkIfThere(path + u"-wal", kept + u"-wal"))
+    const QString log = StoreDatabase::logOf(path);
+    if (!linkIfThere(path, kept) || !linkIfThere(log, StoreDatabase::logOf(kept)) || !remove(log)
+        || !remove(StoreDatabase::indexOf(path)))
         return cannotOpen(kept + u": " + qt_error_string());
-    QFile::remove(path + u"-wal"); // it must not be played into the other store
-    QFile::remove(path + u"-shm");
     return kept;
 }
 
@@ -106,14 +114,21 @@ Expected<std::optional<QString>, StoreError> restoreStore(const QString &folder,
     if (const auto checked = checkStoreFile(file->draft()); !checked)
         return Unexpected{checked.error()};
 
+    const QString old = StoreDatabase::pathIn(folder);
+    const auto hasOld = isStoreFileThere(old);
+    if (!hasOld)
+        return Unexpected{hasOld.error()};
     std::optional<QString> kept;
-    if (QFileInfo::exists(StoreDatabase::pathIn(folder))) {
-        const auto old = keepOld(folder);
-        if (!old)
-            return Unexpected{old.error()};
-        kept = *old;
+    if (*hasOld) {
+        const auto keptOld = keepOld(folder);
+        if (!keptOld)
+            return Unexpected{keptOld.error()};
+        kept = *keptOld;
     }
-    if (const auto committed = file->commit(); !committed)
+    if (const auto committed = file->commit(); !committed) {
+        if (kept) // its log belongs to it again
+            linkIfThere(StoreDatabase::logOf(*kept), StoreDatabase::logOf(old));
         return cannotOpen(description(committed.error()));
+    }
     return kept;
 }

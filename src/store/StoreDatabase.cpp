@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "StoreDatabase.h"
 
+#include "FilePresence.h"
+
 #include <QFile>
 #include <QFileInfo>
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <sqlite3.h>
 #include <unistd.h>
@@ -44,21 +47,6 @@ SELECT id, showInDock, launchAtLogin, checkForUpdates, emailDigestEnabled, email
     emailSendTime, autoPruneDays FROM appSettings LIMIT 0;
 )";
 
-QByteArray logOf(const QString &path)
-{
-    return QFile::encodeName(path + u"-wal");
-}
-
-QByteArray indexOf(const QString &path)
-{
-    return QFile::encodeName(path + u"-shm");
-}
-
-bool exists(const QByteArray &name)
-{
-    return access(name.constData(), F_OK) == 0;
-}
-
 std::optional<StoreError> systemFailure(const QString &path)
 {
     const Kind kind = errno == ENOSPC || errno == EDQUOT ? Kind::full : Kind::cannotOpen;
@@ -88,6 +76,21 @@ std::optional<StoreError> writeSchema(const QByteArray &name)
     return std::nullopt;
 }
 
+bool remove(const QString &path)
+{
+    return unlink(QFile::encodeName(path).constData()) == 0 || errno == ENOENT;
+}
+
+/// Replaces nothing, whatever has come to be there.
+bool putInPlace(const QByteArray &draft, const QByteArray &name)
+{
+    if (renameat2(AT_FDCWD, draft.constData(), AT_FDCWD, name.constData(), RENAME_NOREPLACE) == 0)
+        return true;
+    if (errno != EINVAL && errno != ENOSYS)
+        return false;
+    return link(draft.constData(), name.constData()) == 0 && unlink(draft.constData()) == 0;
+}
+
 /// Builds the store under another name first, so that there is a whole one or none.
 std::optional<StoreError> create(const QString &path)
 {
@@ -98,9 +101,9 @@ std::optional<StoreError> create(const QString &path)
         unlink(draft.constData());
         return error;
     }
-    unlink(logOf(path).constData()); // of a store that is gone; it must not be played back
-    unlink(indexOf(path).constData());
-    if (rename(draft.constData(), QFile::encodeName(path).constData()) != 0)
+    // The log of a store that is gone must not be played back into this one.
+    if (!remove(StoreDatabase::logOf(path)) || !remove(StoreDatabase::indexOf(path))
+        || !putInPlace(draft, QFile::encodeName(path)))
         return systemFailure(path);
     return std::nullopt;
 }
@@ -137,10 +140,31 @@ QString StoreDatabase::pathIn(const QString &folder)
     return folder + u"/strandloom.sqlite";
 }
 
+QString StoreDatabase::logOf(const QString &path)
+{
+    return path + u"-wal";
+}
+
+QString StoreDatabase::indexOf(const QString &path)
+{
+    return path + u"-shm";
+}
+
+Expected<bool, StoreError> isStoreFileThere(const QString &path)
+{
+    const auto there = isThere(path);
+    if (!there)
+        return Unexpected{StoreError{Kind::cannotOpen, description(there.error())}};
+    return *there;
+}
+
 StoreDatabase::Opened StoreDatabase::open(const QString &folder)
 {
     const QString path = pathIn(folder);
-    if (!exists(QFile::encodeName(path))) {
+    const auto isStored = isStoreFileThere(path);
+    if (!isStored)
+        return Unexpected{isStored.error()};
+    if (!*isStored) {
         if (const auto error = create(path))
             return Unexpected{*error};
     }
@@ -163,11 +187,15 @@ StoreDatabase::Opened StoreDatabase::openFileReadOnly(const QString &path)
 {
     if (const auto error = unusableFile(QFileInfo(path)))
         return Unexpected{*error};
+    const auto hasLog = isStoreFileThere(logOf(path));
+    const auto hasIndex = isStoreFileThere(indexOf(path));
+    if (!hasLog || !hasIndex)
+        return Unexpected{hasLog ? hasIndex.error() : hasLog.error()};
     // Without a log nobody writes, and only as "immutable" does SQLite make no files beside it. A
     // log without its index was left by a program that ended early, or copied here without it.
-    const Access access = !exists(logOf(path)) ? Access::immutable
-        : !exists(indexOf(path))               ? Access::unshared
-                                               : Access::readOnly;
+    const Access access = !*hasLog ? Access::immutable
+        : !*hasIndex               ? Access::unshared
+                                   : Access::readOnly;
     auto store = connect(path, access);
     if (!store)
         return store;

@@ -37,6 +37,9 @@ private:
     SQLite::Statement &m_statement;
 };
 
+/// Whether the store, or a file beside it, is at `path`, by the rule of `isThere`.
+Expected<bool, StoreError> isStoreFileThere(const QString &path);
+
 /// The open store file, known to be ours and of this version. One thread at a time.
 class StoreDatabase
 {
@@ -44,6 +47,9 @@ public:
     using Opened = Expected<std::unique_ptr<StoreDatabase>, StoreError>;
 
     static QString pathIn(const QString &folder);
+    /// The write-ahead log beside the store at `path`, and the log's index.
+    static QString logOf(const QString &path);
+    static QString indexOf(const QString &path);
 
     /// Opens the store in `folder` for writing, and makes a new one where there is none. Whatever
     /// is damaged, foreign or newer is left as it is. The caller holds the `StoreLock`.

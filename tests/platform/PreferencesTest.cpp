@@ -104,6 +104,9 @@ private Q_SLOTS:
         Preferences preferences(path());
         preferences.set(preferenceKeys::emailAddress, u"first"_s);
         preferences.set(preferenceKeys::emailAddress, value);
+        struct stat status = {};
+        QCOMPARE(stat(QFile::encodeName(path()).constData(), &status), 0);
+        QCOMPARE(status.st_mode & 0777, 0600u); // it holds the mail address
         const QSettings settings(path(), QSettings::IniFormat);
         QCOMPARE(settings.status(), QSettings::NoError);
         QCOMPARE(settings.value("emailAddress"_L1), QVariant(value));

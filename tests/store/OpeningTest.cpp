@@ -126,6 +126,13 @@ void OpeningTest::refusesWhatIsNoStoreOfOursAndLeavesItAlone_data()
             QVERIFY(QDir().mkdir(StoreDatabase::pathIn(folder)));
         },
         Kind::cannotOpen);
+    row(
+        "on a disk that is not mounted",
+        [](const QString &folder) {
+            const QString path = StoreDatabase::pathIn(folder);
+            QVERIFY(QFile::remove(path) && QFile::link(u"/nowhere/store"_s, path));
+        },
+        Kind::cannotOpen);
 }
 
 void OpeningTest::refusesWhatIsNoStoreOfOursAndLeavesItAlone()

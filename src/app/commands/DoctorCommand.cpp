@@ -17,7 +17,6 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEventLoop>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -66,8 +65,9 @@ private:
 StoreCondition storeCondition()
 {
     const QString folder = ModelContainer::defaultFolder();
-    if (!QFileInfo::exists(StoreDatabase::pathIn(folder)))
-        return false;
+    const auto isStored = isStoreFileThere(StoreDatabase::pathIn(folder));
+    if (!isStored || !*isStored)
+        return isStored;
     const auto isSound = checkIntegrity(folder);
     return isSound ? StoreCondition(true) : Unexpected{isSound.error()};
 }

@@ -104,9 +104,10 @@ Expected<AtomicFile, FileError> AtomicFile::open(const QString &path, FileAudien
     return file;
 }
 
-Expected<void, FileError> AtomicFile::replace(const QString &path, QByteArrayView bytes)
+Expected<void, FileError> AtomicFile::replace(const QString &path, QByteArrayView bytes,
+                                              FileAudience audience)
 {
-    auto file = open(path);
+    auto file = open(path, audience);
     if (!file)
         return Unexpected{file.error()};
     file->write(bytes); // `commit` tells of its failure

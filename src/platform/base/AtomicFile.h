@@ -29,7 +29,8 @@ public:
     static Expected<AtomicFile, FileError> open(const QString &path,
                                                 FileAudience audience = FileAudience::everybody);
     /// All at once: `bytes` become the content of the file at `path`.
-    static Expected<void, FileError> replace(const QString &path, QByteArrayView bytes);
+    static Expected<void, FileError> replace(const QString &path, QByteArrayView bytes,
+                                             FileAudience audience = FileAudience::everybody);
 
     AtomicFile(AtomicFile &&other) noexcept;
     AtomicFile &operator=(AtomicFile &&) = delete;

@@ -3,6 +3,7 @@
 
 #include "Calendar.h"
 #include "DebugLog.h"
+#include "FilePresence.h"
 #include "IniText.h"
 
 #include <QDateTime>
@@ -24,10 +25,12 @@ constexpr qint64 sizeLimit = 1 << 20; // bytes; a thousand times what is ever wr
 /// QSettings does the reading alone: where a lock file was left behind, its writing waits for ever.
 QHash<QString, QString> valuesIn(const QString &path)
 {
-    const QFileInfo file(path);
-    if (!file.exists())
+    const auto hasFile = isThere(path);
+    if (hasFile && !*hasFile)
         return {};
-    const bool isReadable = file.isFile() && file.isReadable() && file.size() <= sizeLimit;
+    const QFileInfo file(path);
+    const bool isReadable =
+        hasFile && file.isFile() && file.isReadable() && file.size() <= sizeLimit;
     if (!isReadable) {
         debugLog(u"Failed to read preferences: " + path);
         return {};
@@ -47,14 +50,21 @@ QHash<QString, QString> valuesIn(const QString &path)
 /// What is to stay of the file at `path`.
 Expected<QByteArray, FileError> textOf(const QString &path)
 {
-    const QFileInfo info(path);
-    if (!info.exists())
+    const auto hasFile = isThere(path);
+    if (!hasFile)
+        return Unexpected{hasFile.error()};
+    if (!*hasFile)
         return QByteArray();
+    const QFileInfo info(path);
     QFile file(path);
     if (!info.isFile() || !file.open(QIODevice::ReadOnly))
         return Unexpected{FileError{path, info.isDir() ? EISDIR : EACCES}};
-    if (file.size() <= sizeLimit)
-        return file.readAll();
+    if (file.size() <= sizeLimit) {
+        QByteArray text = file.readAll();
+        if (file.error() != QFile::NoError)
+            return Unexpected{FileError{path, EIO}}; // half a text would replace the whole
+        return text;
+    }
     const QString aside = path + u".damaged";
     QFile::remove(aside);
     if (!file.rename(aside))
@@ -140,5 +150,5 @@ Expected<void, FileError> Preferences::write(QLatin1StringView key, const QStrin
     const auto text = textOf(m_path);
     if (!text)
         return Unexpected{text.error()};
-    return AtomicFile::replace(m_path, withIniValue(*text, key, value));
+    return AtomicFile::replace(m_path, withIniValue(*text, key, value), FileAudience::owner);
 }
