@@ -9,7 +9,6 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
-#include <QDBusVariant>
 #include <QPalette>
 #include <QStyle>
 
@@ -75,8 +74,10 @@ void ColorScheme::follow()
     auto bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
-    bus.connect(service, path, settings, u"SettingChanged"_s, this,
-                SLOT(settingChanged(QString, QString, QDBusVariant)));
+    qRegisterMetaType<QDBusVariant>(); // no signal comes into a slot of a type not known by name
+    if (!bus.connect(service, path, settings, u"SettingChanged"_s, this,
+                     SLOT(settingChanged(QString, QString, QDBusVariant))))
+        debugLog(u"Failed to listen to the settings portal"_s);
     auto *const portal =
         new QDBusServiceWatcher(service, bus, QDBusServiceWatcher::WatchForRegistration, this);
     connect(portal, &QDBusServiceWatcher::serviceRegistered, this, &ColorScheme::ask);

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QDBusVariant>
 #include <QObject>
-
-class QDBusVariant;
 
 /// Keeps the program's palette in step with the desktop's choice of dark or light, as the settings
 /// portal tells it, live. Where the toolkit's own theme already follows the desktop nothing is

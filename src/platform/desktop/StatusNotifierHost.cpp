@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "StatusNotifierHost.h"
 
+#include "DebugLog.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -45,8 +47,10 @@ StatusNotifierHost::StatusNotifierHost(QObject *parent)
     connect(watch, &QDBusServiceWatcher::serviceOwnerChanged, this,
             &StatusNotifierHost::watcherChanged);
     for (const auto &signal :
-         {u"StatusNotifierHostRegistered"_s, u"StatusNotifierHostUnregistered"_s})
-        bus.connect(service, path, service, signal, this, SLOT(ask()));
+         {u"StatusNotifierHostRegistered"_s, u"StatusNotifierHostUnregistered"_s}) {
+        if (!bus.connect(service, path, service, signal, this, SLOT(ask())))
+            debugLog(u"Failed to listen to the tray: "_s + signal);
+    }
     ask();
 }
 
