@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QString>
+#include <QDialog>
 
 #include <functional>
-
-class QWidget;
 
 /// A question before something that cannot be undone.
 struct Confirmation {
@@ -14,5 +12,13 @@ struct Confirmation {
     QString action; ///< the label of the button that does it; the other one is "Cancel"
 };
 
-/// Asks on top of `window`, without blocking, and calls `confirmed` when the user agrees.
-void confirm(QWidget *window, const Confirmation &confirmation, std::function<void()> confirmed);
+class ConfirmationView : public QDialog
+{
+    Q_OBJECT
+public:
+    ConfirmationView(const Confirmation &confirmation, QWidget *parent);
+};
+
+/// Asks on top of the window of `screen`, without blocking, and calls `confirmed` when the user
+/// agrees. The question goes with `screen`.
+void confirm(QWidget *screen, const Confirmation &confirmation, std::function<void()> confirmed);

@@ -6,6 +6,7 @@
 #include "ExportViewModel.h"
 #include "FormParts.h"
 #include "OptionPicker.h"
+#include "Outline.h"
 #include "Spinner.h"
 
 #include <QBoxLayout>
@@ -61,7 +62,7 @@ ExportView::ExportView(std::shared_ptr<ExportViewModel> model, QWidget *parent)
     auto *const search = new QLineEdit;
     search->setPlaceholderText(tr("Filter links..."));
     search->setAccessibleName(tr("Filter links..."));
-    connect(search, &QLineEdit::textEdited, state, &ExportViewModel::setSearchText);
+    connect(search, &QLineEdit::textChanged, state, &ExportViewModel::setSearchText);
     m_form->addRow(search);
     addRow(m_form, tr("Format"),
            optionPicker(exportFormats, state->selectedFormat(),
@@ -129,6 +130,5 @@ void ExportView::mousePressEvent(QMouseEvent *event)
 void ExportView::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::Mid));
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    drawOutline(painter, rect(), palette().color(QPalette::Mid));
 }

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "FormParts.h"
 
+#include "Tone.h"
+
+#include <QEvent>
 #include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -29,6 +32,27 @@ QWidget *divider()
     return line;
 }
 
+namespace
+{
+
+/// Keeps the wheel from a control that does not have the focus: whoever scrolls past it wants to
+/// change nothing.
+class WheelGuard : public QObject
+{
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() != QEvent::Wheel || static_cast<QWidget *>(watched)->hasFocus())
+            return false;
+        event->ignore(); // so that it scrolls what is around
+        return true;
+    }
+};
+
+} // namespace
+
 QFormLayout *makeForm()
 {
     auto *const form = new QFormLayout;
@@ -41,6 +65,8 @@ QFormLayout *makeForm()
 void addRow(QFormLayout *form, const QString &label, QWidget *control)
 {
     control->setAccessibleName(label);
+    control->setFocusPolicy(Qt::StrongFocus); // not by the wheel
+    control->installEventFilter(new WheelGuard(control));
     control->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     form->addRow(label, control);
 }
@@ -49,7 +75,7 @@ QPushButton *destructiveButton(const QString &text)
 {
     auto *const button = new QPushButton(text);
     QPalette palette;
-    palette.setColor(QPalette::ButtonText, QColor(0xd6, 0x45, 0x45)); // readable on dark and light
+    palette.setColor(QPalette::ButtonText, toneColor(Tone::error, button->palette()));
     button->setPalette(palette);
     return button;
 }

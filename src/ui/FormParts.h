@@ -17,7 +17,8 @@ QLabel *heading(const QString &text);
 QWidget *divider();
 /// Labels in one column, controls as wide as there is room in the other.
 QFormLayout *makeForm();
-/// `label` also becomes the control's accessible name.
+/// `label` also becomes the control's accessible name. The wheel changes the control only while it
+/// has the focus.
 void addRow(QFormLayout *form, const QString &label, QWidget *control);
 /// For what cannot be undone.
 QPushButton *destructiveButton(const QString &text);

@@ -12,9 +12,16 @@ IconLabel::IconLabel(const QString &icon, int size, QWidget *parent)
     setFixedSize(size, size);
 }
 
+void IconLabel::setIcon(const QString &icon, Tone tone)
+{
+    m_icon = tintedIcon(icon, tone);
+    m_opacity = 1;
+    update();
+}
+
 void IconLabel::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.setOpacity(0.6); // of second rank, as the texts beside it
+    painter.setOpacity(m_opacity);
     m_icon.paint(&painter, rect());
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Tone.h"
+
 #include <QIcon>
 #include <QWidget>
 
@@ -11,9 +13,12 @@ class IconLabel : public QWidget
 public:
     IconLabel(const QString &icon, int size, QWidget *parent = nullptr);
 
+    void setIcon(const QString &icon, Tone tone);
+
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
     QIcon m_icon;
+    qreal m_opacity = 0.6; ///< of second rank, as the texts beside it
 };

@@ -22,8 +22,9 @@ namespace
 class TintedIconEngine final : public QIconEngine
 {
 public:
-    explicit TintedIconEngine(QString name)
+    TintedIconEngine(QString name, std::optional<Tone> tone)
         : m_name(std::move(name))
+        , m_tone(tone)
     {
     }
 
@@ -42,7 +43,9 @@ private:
     QPixmap render(const QSize &pixels, QIcon::Mode mode) const
     {
         const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
-        const QColor color = QGuiApplication::palette().color(group, QPalette::WindowText);
+        const QPalette palette = QGuiApplication::palette();
+        const QColor color =
+            m_tone ? toneColor(*m_tone, palette) : palette.color(group, QPalette::WindowText);
         const QString key = u"tinted/%1/%2x%3/%4"_s.arg(m_name)
                                 .arg(pixels.width())
                                 .arg(pixels.height())
@@ -63,14 +66,15 @@ private:
     }
 
     QString m_name;
+    std::optional<Tone> m_tone;
 };
 
 } // namespace
 
-QIcon tintedIcon(const QString &name)
+QIcon tintedIcon(const QString &name, std::optional<Tone> tone)
 {
     initializeIcons();
-    return QIcon(new TintedIconEngine(name));
+    return QIcon(new TintedIconEngine(name, tone));
 }
 
 QColor secondaryTextColor(const QPalette &palette)

@@ -3,9 +3,13 @@
 
 #include "Caption.h"
 #include "FormParts.h"
+#include "ResendKeyService.h"
+#include "StatusLine.h"
+#include "TintedIcon.h"
 #include "settings/EmailSettingsViewModel.h"
 #include "settings/ProviderPages.h"
 
+#include <QAction>
 #include <QBoxLayout>
 #include <QEvent>
 #include <QFormLayout>
@@ -19,6 +23,7 @@ namespace
 {
 
 constexpr int sheetWidth = 380;
+const QString rightAddress = u"me@mine.example"_s; ///< with which only the key can be wrong
 
 QLayout *steps()
 {
@@ -37,6 +42,11 @@ QLayout *steps()
     return column;
 }
 
+QAction *errorMark(QLineEdit &field)
+{
+    return field.addAction(tintedIcon(u"error"_s, Tone::error), QLineEdit::TrailingPosition);
+}
+
 } // namespace
 
 EmailSetupSheet::EmailSetupSheet(const SettingsParts &parts, EmailSettingsViewModel &model,
@@ -45,7 +55,9 @@ EmailSetupSheet::EmailSetupSheet(const SettingsParts &parts, EmailSettingsViewMo
     , m_model(model)
     , m_apiKey(new QLineEdit)
     , m_fromEmail(new QLineEdit)
-    , m_error(new QLabel)
+    , m_keyMark(errorMark(*m_apiKey))
+    , m_addressMark(errorMark(*m_fromEmail))
+    , m_error(new StatusLine)
 {
     setWindowTitle(tr("Resend API Setup"));
     setAttribute(Qt::WA_DeleteOnClose);
@@ -54,8 +66,6 @@ EmailSetupSheet::EmailSetupSheet(const SettingsParts &parts, EmailSettingsViewMo
     m_apiKey->setEchoMode(QLineEdit::Password);
     m_apiKey->setPlaceholderText(tr("re_xxxxxxxxx..."));
     m_fromEmail->setPlaceholderText(tr("digest@yourdomain.com"));
-    m_error->setWordWrap(true);
-    m_error->setTextFormat(Qt::PlainText);
     auto *const form = makeForm();
     addRow(form, tr("API Key"), m_apiKey);
     addRow(form, tr("From Email"), m_fromEmail);
@@ -118,6 +128,7 @@ void EmailSetupSheet::save()
 void EmailSetupSheet::refresh()
 {
     const auto error = m_hasTried ? m_model.validationError() : std::nullopt;
-    m_error->setText(error.value_or(QString()));
-    m_error->setVisible(error.has_value());
+    m_error->tell(Tone::error, error);
+    m_keyMark->setVisible(error && configurationFault(m_apiKey->text(), rightAddress));
+    m_addressMark->setVisible(error && !m_keyMark->isVisible());
 }

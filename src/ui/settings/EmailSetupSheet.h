@@ -6,8 +6,9 @@
 #include <QDialog>
 
 class EmailSettingsViewModel;
-class QLabel;
+class QAction;
 class QLineEdit;
+class StatusLine;
 
 /// Asks for the mail provider's key and the sender address. Stays open until they are saved or the
 /// user cancels.
@@ -30,6 +31,8 @@ private:
     EmailSettingsViewModel &m_model;
     QLineEdit *m_apiKey;
     QLineEdit *m_fromEmail;
-    QLabel *m_error;
+    QAction *m_keyMark; ///< seen in the field that an error is about
+    QAction *m_addressMark;
+    StatusLine *m_error;
     bool m_hasTried = false; ///< an error of an earlier sheet is none of this one
 };

@@ -2,6 +2,7 @@
 #include "settings/EmailTabContent.h"
 
 #include "Caption.h"
+#include "Card.h"
 #include "Confirmation.h"
 #include "EmailScheduler.h"
 #include "FormParts.h"
@@ -9,6 +10,7 @@
 #include "IconLabel.h"
 #include "Preferences.h"
 #include "Spinner.h"
+#include "StatusLine.h"
 #include "settings/EmailSetupSheet.h"
 #include "settings/PreferenceControls.h"
 #include "settings/ProviderPages.h"
@@ -17,7 +19,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
-#include <QFrame>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -64,8 +65,7 @@ EmailTabContent::EmailTabContent(const SettingsParts &parts, QWidget *parent)
 
 QWidget *EmailTabContent::makeSetupCard()
 {
-    auto *const card = new QFrame;
-    card->setFrameShape(QFrame::StyledPanel);
+    auto *const card = new Card;
     auto *const title = heading(tr("Email Setup Required"));
     auto *const text = new Caption(tr("To send emails, you'll need a free Resend API key. This "
                                       "keeps your data private - emails are sent directly from "
@@ -87,9 +87,7 @@ QWidget *EmailTabContent::makeSetupCard()
 
 QWidget *EmailTabContent::makeSender()
 {
-    m_senderText = new QLabel;
-    m_senderText->setTextFormat(Qt::PlainText);
-    m_senderText->setWordWrap(true);
+    m_senderText = new Caption({}, Caption::Rank::primary);
     auto *const change = new QPushButton(tr("Change..."));
     connect(change, &QPushButton::clicked, this, &EmailTabContent::showSetup);
     auto *const remove = new IconButton(u"trash"_s, tr("Remove"));
@@ -114,16 +112,14 @@ void EmailTabContent::addPreferences(QVBoxLayout *column)
     addRow(form, tr("Send To"),
            preferenceField(preferences, preferenceKeys::emailAddress, tr("you@example.com"),
                            reschedule));
-    auto *const time = makeForm();
-    addRow(time, tr("Send at"),
+    form->addRow(heading(tr("Send Time")));
+    addRow(form, tr("Send at"),
            preferencePicker(preferences, preferenceKeys::emailSendHour, defaultHour, hours(),
                             reschedule));
 
     column->addWidget(preferenceToggle(preferences, preferenceKeys::emailDigestEnabled, false,
                                        tr("Enable Daily Email Digest"), reschedule));
     column->addLayout(form);
-    column->addWidget(heading(tr("Send Time")));
-    column->addLayout(time);
     column->addWidget(preferenceToggle(preferences, preferenceKeys::clearAfterEmail, true,
                                        tr("Clear links after sending"), reschedule));
 }
@@ -136,9 +132,7 @@ QLayout *EmailTabContent::makeSending()
     auto *const busy = new QWidget;
     busy->setFixedSize(20, 20);
     m_spinner = new Spinner(busy);
-    m_outcome = new QLabel;
-    m_outcome->setWordWrap(true);
-    m_outcome->setTextFormat(Qt::PlainText);
+    m_outcome = new StatusLine;
 
     auto *const line = new QHBoxLayout;
     line->addWidget(m_count, 1);
@@ -149,7 +143,7 @@ QLayout *EmailTabContent::makeSending()
 
 void EmailTabContent::showSetup()
 {
-    (new EmailSetupSheet(m_parts, m_model, window()))->open();
+    (new EmailSetupSheet(m_parts, m_model, this))->open();
 }
 
 void EmailTabContent::confirmRemoval()
@@ -169,7 +163,8 @@ void EmailTabContent::refresh()
     m_count->setText(m_model.countText());
     m_send->setEnabled(!m_model.isSending());
     m_spinner->setVisible(m_model.isSending());
-    m_outcome->setText(m_model.sendSuccess() ? tr("Email sent successfully!")
-                                             : m_model.sendError().value_or(QString()));
-    m_outcome->setVisible(!m_outcome->text().isEmpty());
+    if (m_model.sendSuccess())
+        m_outcome->tell(Tone::success, tr("Email sent successfully!"));
+    else
+        m_outcome->tell(Tone::error, m_model.sendError());
 }

@@ -6,10 +6,10 @@
 #include <QWidget>
 
 class Caption;
-class QLabel;
 class QPushButton;
 class QVBoxLayout;
 class Spinner;
+class StatusLine;
 
 class EmailTabContent : public QWidget
 {
@@ -28,11 +28,11 @@ private:
 
     const SettingsParts m_parts;
     EmailSettingsViewModel m_model;
-    QLabel *m_senderText = nullptr; // before what makes it
+    Caption *m_senderText = nullptr; // before what makes it
     QWidget *m_setupCard;
     QWidget *m_sender;
     Caption *m_count = nullptr;
     QPushButton *m_send = nullptr;
     Spinner *m_spinner = nullptr;
-    QLabel *m_outcome = nullptr;
+    StatusLine *m_outcome = nullptr;
 };
