@@ -18,19 +18,21 @@ using namespace Qt::StringLiterals;
 InlineExportView::InlineExportView(std::shared_ptr<InlineExportViewModel> model, QWidget *parent)
     : QWidget(parent)
     , m_model(std::move(model))
-    , m_count(heading({}))
+    , m_count(new QLabel)
 {
+    m_count->setFont(scaledFont(m_count->font(), 1.0, QFont::Medium));
     InlineExportViewModel *const state = m_model.get();
-    auto *const dates = makeForm();
-    addRow(dates, tr("Date Range"),
+    auto *const form = makeForm();
+    addRow(form, tr("Date Range"),
            optionPicker(inlineDateRangeOptions, state->dateRange(),
                         [state](InlineDateRangeOption range) { state->setDateRange(range); }));
     auto *const search = new QLineEdit;
     search->setPlaceholderText(tr("Search links..."));
     search->setAccessibleName(tr("Search links..."));
-    connect(search, &QLineEdit::textEdited, state, &InlineExportViewModel::setSearchText);
-    auto *const formats = makeForm();
-    addRow(formats, tr("Format"),
+    connect(search, &QLineEdit::textChanged, state, &InlineExportViewModel::setSearchText);
+    form->addRow(search);
+    form->addRow(divider());
+    addRow(form, tr("Format"),
            optionPicker(inlineExportFormats, state->exportFormat(),
                         [state](InlineExportFormat format) { state->setExportFormat(format); }));
     auto *const clear = new QCheckBox(tr("Clear from list after export"));
@@ -39,10 +41,7 @@ InlineExportView::InlineExportView(std::shared_ptr<InlineExportViewModel> model,
     auto *const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(10);
-    column->addLayout(dates);
-    column->addWidget(search);
-    column->addWidget(divider());
-    column->addLayout(formats);
+    column->addLayout(form);
     column->addWidget(divider());
     column->addWidget(m_count);
     column->addWidget(clear);

@@ -4,7 +4,7 @@
 #include <QComboBox>
 
 /// A picker of the values of an enumeration, in the order of `options`, each by its `label`. The
-/// first to be chosen is `chosen`; `choose` is called when the user chooses another.
+/// first to be chosen is `chosen`; `choose` is called when another is chosen.
 template <typename Options, typename Option, typename Choose>
 QComboBox *optionPicker(const Options &options, Option chosen, Choose choose)
 {
@@ -12,7 +12,7 @@ QComboBox *optionPicker(const Options &options, Option chosen, Choose choose)
     for (const Option option : options)
         picker->addItem(label(option), int(option));
     picker->setCurrentIndex(picker->findData(int(chosen)));
-    QObject::connect(picker, &QComboBox::activated, picker, [picker, choose](int index) {
+    QObject::connect(picker, &QComboBox::currentIndexChanged, picker, [picker, choose](int index) {
         choose(static_cast<Option>(picker->itemData(index).toInt()));
     });
     return picker;

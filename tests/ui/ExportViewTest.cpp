@@ -64,12 +64,6 @@ QStringList entries(const QComboBox &picker)
     return found;
 }
 
-void choose(QComboBox &picker, const QString &entry)
-{
-    picker.setCurrentText(entry);
-    Q_EMIT picker.activated(picker.currentIndex());
-}
-
 bool shows(const QWidget &screen, const QString &text)
 {
     const auto labels = screen.findChildren<QLabel *>();
@@ -102,11 +96,11 @@ private Q_SLOTS:
         QVERIFY(!view.findChild<QCheckBox *>()->isChecked());
         QVERIFY(button(view, u"Export"_s)->isDefault());
 
-        auto *const search = named<QLineEdit>(view, u"Filter links..."_s);
-        QTest::keyClicks(search, u"TWO"_s);
+        // As assistive technology sets it: what is filtered out must not be exported.
+        named<QLineEdit>(view, u"Filter links..."_s)->setText(u"TWO"_s);
         QTRY_VERIFY(shows(view, u"1 links to export"_s));
         for (const QString &entry : {u"Custom"_s, u"Today"_s}) {
-            choose(*range, entry);
+            range->setCurrentText(entry);
             for (const QString &day : {u"From"_s, u"To"_s})
                 QCOMPARE(named<QDateEdit>(view, day)->isVisibleTo(&view), entry == u"Custom");
         }
@@ -151,6 +145,8 @@ private Q_SLOTS:
         QCOMPARE(format->currentText(), u"Markdown"_s);
         QVERIFY(named<QLineEdit>(view, u"Search links..."_s));
         QTRY_VERIFY(shows(view, u"Links to export: 2"_s));
+        named<QLineEdit>(view, u"Search links..."_s)->setText(u"TWO"_s);
+        QTRY_VERIFY(shows(view, u"Links to export: 1"_s));
         QSignalSpy done(&view, &InlineExportView::done);
         button(view, u"Cancel"_s)->click();
         QCOMPARE(done.size(), 1);

@@ -14,15 +14,19 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-QWidget *rowOf(const ExcludedDomain &excluded, ExcludedDomainsModel &model)
+QWidget *removerOf(const ExcludedDomain &excluded, ExcludedDomainsModel &model)
 {
-    auto *const name = new ElidedLabel(ElidedLabel::Rank::primary);
-    name->setText(excluded.domain);
     auto *const remove =
         new IconButton(u"remove"_s, ExcludedDomainsEditor::tr("Remove %1").arg(excluded.domain));
     QObject::connect(remove, &IconButton::clicked, &model,
                      [&model, id = excluded.id] { model.remove(id); });
+    return remove;
+}
 
+QWidget *rowOf(const ExcludedDomain &excluded, QWidget *remove)
+{
+    auto *const name = new ElidedLabel(ElidedLabel::Rank::primary);
+    name->setText(excluded.domain);
     auto *const row = new QWidget;
     auto *const line = new QHBoxLayout(row);
     line->setContentsMargins(0, 0, 0, 0);
@@ -69,6 +73,8 @@ void ExcludedDomainsEditor::add()
 
 void ExcludedDomainsEditor::refresh()
 {
+    const qsizetype focused = m_removers.indexOf(window()->focusWidget());
+    m_removers.clear();
     if (m_list)
         m_list->deleteLater(); // not now: one of its buttons may be what was pressed
     m_list = new QWidget;
@@ -76,9 +82,14 @@ void ExcludedDomainsEditor::refresh()
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(2);
     const QList<ExcludedDomain> domains = m_model.domains();
-    for (const ExcludedDomain &excluded : domains)
-        rows->addWidget(rowOf(excluded, m_model));
+    for (const ExcludedDomain &excluded : domains) {
+        m_removers.append(removerOf(excluded, m_model));
+        rows->addWidget(rowOf(excluded, m_removers.last()));
+    }
     if (domains.isEmpty())
         rows->addWidget(new Caption(tr("No excluded domains")));
     m_column->addWidget(m_list);
+    m_list->show(); // so that it can take the focus
+    if (focused >= 0) // whoever removes by keyboard goes on with the next
+        m_removers.value(std::min(focused, m_removers.size() - 1), m_newDomain)->setFocus();
 }

@@ -25,4 +25,5 @@ private:
     QLineEdit *m_newDomain = nullptr;
     QVBoxLayout *m_column;
     QWidget *m_list = nullptr;
+    QList<QWidget *> m_removers; ///< the buttons of the list, in its order
 };

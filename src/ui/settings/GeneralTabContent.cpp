@@ -17,7 +17,7 @@ GeneralTabContent::GeneralTabContent(const SettingsParts &parts, QWidget *parent
     UpdaterManager &updates = parts.updates;
     auto *const automatic = new QCheckBox(tr("Automatically install updates"));
     automatic->setChecked(updates.autoInstallUpdates());
-    connect(automatic, &QCheckBox::clicked, &updates, &UpdaterManager::setAutoInstallUpdates);
+    connect(automatic, &QCheckBox::toggled, &updates, &UpdaterManager::setAutoInstallUpdates);
     connect(&updates, &UpdaterManager::autoInstallUpdatesChanged, automatic,
             [automatic, &updates] { automatic->setChecked(updates.autoInstallUpdates()); });
     auto *const check = new QPushButton(tr("Check for Updates Now"));

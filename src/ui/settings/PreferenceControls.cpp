@@ -22,11 +22,15 @@ void follow(Preferences &preferences, QLatin1StringView key, QWidget *control, S
                      });
 }
 
-/// What the user's act does: writes, then tells.
-template <typename Value>
-auto writer(Preferences &preferences, QLatin1StringView key, std::function<void(Value)> afterwards)
+/// Writes what a control has come to hold, then tells, unless it is what `stored` gives: the
+/// control then only follows.
+template <typename Value, typename Stored>
+auto writer(Preferences &preferences, QLatin1StringView key, Stored stored,
+            std::function<void(Value)> afterwards)
 {
-    return [&preferences, key, afterwards = std::move(afterwards)](const Value &value) {
+    return [&preferences, key, stored, afterwards = std::move(afterwards)](const Value &value) {
+        if (value == stored())
+            return;
         preferences.set(key, value);
         if (afterwards)
             afterwards(value);
@@ -39,11 +43,12 @@ QCheckBox *preferenceToggle(Preferences &preferences, QLatin1StringView key, boo
                             const QString &label, std::function<void(bool)> afterwards)
 {
     auto *const toggle = new QCheckBox(label);
-    follow(preferences, key, toggle, [&preferences, key, shownDefault, toggle] {
-        toggle->setChecked(preferences.boolean(key).value_or(shownDefault));
-    });
-    QObject::connect(toggle, &QCheckBox::clicked, toggle,
-                     writer<bool>(preferences, key, std::move(afterwards)));
+    const auto stored = [&preferences, key, shownDefault] {
+        return preferences.boolean(key).value_or(shownDefault);
+    };
+    follow(preferences, key, toggle, [toggle, stored] { toggle->setChecked(stored()); });
+    QObject::connect(toggle, &QCheckBox::toggled, toggle,
+                     writer<bool>(preferences, key, stored, std::move(afterwards)));
     return toggle;
 }
 
@@ -53,14 +58,18 @@ QComboBox *preferencePicker(Preferences &preferences, QLatin1StringView key, int
     auto *const picker = new QComboBox;
     for (const PickerEntry &entry : entries)
         picker->addItem(entry.label, entry.value);
-    follow(preferences, key, picker, [&preferences, key, shownDefault, picker] {
-        const int value = preferences.integer(key).value_or(shownDefault);
-        picker->setPlaceholderText(QString::number(value));
-        picker->setCurrentIndex(picker->findData(value));
+    const auto stored = [&preferences, key, shownDefault] {
+        return preferences.integer(key).value_or(shownDefault);
+    };
+    follow(preferences, key, picker, [picker, stored] {
+        picker->setPlaceholderText(QString::number(stored()));
+        picker->setCurrentIndex(picker->findData(stored()));
     });
-    const auto write = writer<int>(preferences, key, std::move(afterwards));
-    QObject::connect(picker, &QComboBox::activated, picker,
-                     [picker, write](int index) { write(picker->itemData(index).toInt()); });
+    const auto write = writer<int>(preferences, key, stored, std::move(afterwards));
+    QObject::connect(picker, &QComboBox::currentIndexChanged, picker, [picker, write](int index) {
+        if (index >= 0)
+            write(picker->itemData(index).toInt());
+    });
     return picker;
 }
 
@@ -69,12 +78,12 @@ QLineEdit *preferenceField(Preferences &preferences, QLatin1StringView key,
 {
     auto *const field = new QLineEdit;
     field->setPlaceholderText(placeholder);
-    follow(preferences, key, field, [&preferences, key, field] {
-        const QString value = preferences.string(key).value_or(QString());
-        if (field->text() != value) // setting it would move the cursor
-            field->setText(value);
+    const auto stored = [&preferences, key] { return preferences.string(key).value_or(QString()); };
+    follow(preferences, key, field, [field, stored] {
+        if (field->text() != stored()) // setting it would move the cursor
+            field->setText(stored());
     });
-    QObject::connect(field, &QLineEdit::textEdited, field,
-                     writer<QString>(preferences, key, std::move(afterwards)));
+    QObject::connect(field, &QLineEdit::textChanged, field,
+                     writer<QString>(preferences, key, stored, std::move(afterwards)));
     return field;
 }

@@ -12,8 +12,8 @@ class QComboBox;
 class QLineEdit;
 
 /// Controls bound to one preference each: they show its value, or `shownDefault` while it has none,
-/// follow it when it changes elsewhere, and write it only when the user changes the control. Then
-/// `afterwards` is called with the new value. `preferences` outlives the control.
+/// follow it when it changes elsewhere, and write it only when the control is changed, by whatever
+/// means. Then `afterwards` is called with the new value. `preferences` outlives the control.
 
 struct PickerEntry {
     QString label;

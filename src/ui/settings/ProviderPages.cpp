@@ -4,21 +4,25 @@
 #include "AppInfo.h"
 #include "UrlOpener.h"
 
-#include <QLabel>
-
-using namespace Qt::StringLiterals;
+#include <QPushButton>
 
 QWidget *providerLink(const SettingsParts &parts, QLatin1StringView page, const QString &label)
 {
     const auto address = parts.info.value(page);
     if (!address)
         return nullptr;
-    auto *const link =
-        new QLabel(u"<a href=\"%1\">%2</a>"_s.arg(address->toHtmlEscaped(), label.toHtmlEscaped()));
-    link->setTextInteractionFlags(Qt::TextBrowserInteraction);
-    link->setAccessibleName(label);
+    auto *const link = new QPushButton(label);
+    link->setFlat(true);
+    link->setAutoDefault(false);
+    link->setCursor(Qt::PointingHandCursor);
+    QFont underlined = link->font();
+    underlined.setUnderline(true);
+    link->setFont(underlined);
+    QPalette palette;
+    palette.setColor(QPalette::ButtonText, link->palette().color(QPalette::Link));
+    link->setPalette(palette);
     link->setToolTip(*address);
-    QObject::connect(link, &QLabel::linkActivated, link,
-                     [&opener = parts.urlOpener](const QString &url) { opener.open(url); });
+    QObject::connect(link, &QPushButton::clicked, link,
+                     [&opener = parts.urlOpener, url = *address] { opener.open(url); });
     return link;
 }
