@@ -63,6 +63,16 @@ void present(QWidget &window)
     window.activateWindow();
 }
 
+/// A dialog that waits for its answer comes to the front, with what was typed into it, and what
+/// else was asked for is not done: it would be behind the dialog. False when none is open.
+bool presentOpenDialog()
+{
+    QWidget *const dialog = QApplication::activeModalWidget();
+    if (dialog)
+        present(*dialog);
+    return dialog;
+}
+
 int dieOfStoreError(const StoreError &error)
 {
     const QString message = u"Could not create ModelContainer: "_s + description(error);
@@ -147,6 +157,8 @@ void StrandloomApp::openWithoutTray()
 
 void StrandloomApp::openPanel()
 {
+    if (presentOpenDialog())
+        return;
     m_appState->initialize();
     if (m_tray->isShown())
         panel().showAsPanel(m_tray->geometry());
@@ -156,7 +168,7 @@ void StrandloomApp::openPanel()
 
 void StrandloomApp::togglePanel()
 {
-    if (m_panel && m_panel->isVisible())
+    if (m_panel && m_panel->isVisible() && !QApplication::activeModalWidget())
         m_panel->hide();
     else
         openPanel();
@@ -176,6 +188,8 @@ MenuBarView &StrandloomApp::panel()
         connect(m_appState.get(), &AppState::isCapturingPausedChanged, this,
                 &StrandloomApp::showNotice);
         showNotice();
+        connect(m_panelModel.get(), &MenuBarViewModel::resumeRequested, m_appState.get(),
+                [this] { m_appState->setCapturingPaused(false); });
         const auto makeSettings = [this] { return new InlineSettingsView(settingsParts()); };
         m_panel = std::make_unique<MenuBarView>(*m_panelModel, makeSettings);
         connect(m_panel.get(), &MenuBarView::quitRequested, qApp, &QCoreApplication::quit);
@@ -185,6 +199,8 @@ MenuBarView &StrandloomApp::panel()
 
 void StrandloomApp::openSettings()
 {
+    if (presentOpenDialog())
+        return;
     if (!m_settings)
         m_settings = new SettingsView(settingsParts());
     present(*m_settings);
@@ -192,6 +208,8 @@ void StrandloomApp::openSettings()
 
 void StrandloomApp::openExport()
 {
+    if (presentOpenDialog())
+        return;
     if (!m_export)
         m_export = new ExportView(std::make_shared<ExportViewModel>(m_services.exports));
     present(*m_export);
@@ -231,9 +249,7 @@ void StrandloomApp::showNotice()
     if (m_appState->isStoreDamaged())
         m_panelModel->setNotice(
             tr("The store is damaged. Export your links and restore a backup."));
-    else
-        m_panelModel->setNotice(m_appState->isCapturingPaused() ? tr("Capturing is paused.")
-                                                                : QString());
+    m_panelModel->setPaused(m_appState->isCapturingPaused());
 }
 
 void StrandloomApp::showModelLoad()
@@ -249,7 +265,6 @@ int runStrandloom(int argc, char **argv, const Start &start)
     QApplication application(argc, argv);
     Q_INIT_RESOURCE(appicons);
     application.setApplicationName(u"strandloom"_s);
-    application.setApplicationDisplayName(u"Strandloom"_s);
     application.setApplicationVersion(QStringLiteral(STRANDLOOM_VERSION));
     application.setDesktopFileName(u"app.strandloom"_s);
     application.setWindowIcon(

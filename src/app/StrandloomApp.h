@@ -40,6 +40,7 @@ public:
     ~StrandloomApp() override;
 
     void perform(ApplicationAction action);
+    // While a dialog of ours is open, these bring it to the front and do nothing else.
     /// Shows the panel; the first time starts capturing.
     void openPanel();
     /// What a click on the tray icon does.

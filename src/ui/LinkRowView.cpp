@@ -170,7 +170,8 @@ void LinkRowView::contextMenuEvent(QContextMenuEvent *event)
     if (m_row.summary)
         menu->addAction(tr("Copy Summary"), &model, [&model, id] { model.copySummary(id); });
     menu->addSeparator();
-    menu->addAction(tr("Delete"), &model, [&model, id] { model.remove(id); });
+    menu->addAction(tintedIcon(u"trash"_s, Tone::error), tr("Delete"), &model,
+                    [&model, id] { model.remove(id); });
     menu->popup(event->globalPos());
 }
 

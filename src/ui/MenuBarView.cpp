@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "MenuBarView.h"
 
+#include "Caption.h"
 #include "ElidedLabel.h"
 #include "FormParts.h"
 #include "IconButton.h"
 #include "IconLabel.h"
 #include "LinkListView.h"
 #include "MenuBarViewModel.h"
+#include "Outline.h"
 #include "PanelPlacement.h"
 #include "Spinner.h"
 #include "TintedIcon.h"
@@ -14,12 +16,15 @@
 
 #include <QApplication>
 #include <QBoxLayout>
+#include <QDialog>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QScreen>
 #include <QStackedWidget>
+#include <QWindow>
 
 using namespace Qt::StringLiterals;
 
@@ -51,6 +56,7 @@ MenuBarView::MenuBarView(MenuBarViewModel &model, MakeSettings makeSettings)
     resize(panelSize);
 
     connect(&m_model, &MenuBarViewModel::changed, this, &MenuBarView::refresh);
+    connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &MenuBarView::followFocus);
     refresh();
 }
 
@@ -78,7 +84,7 @@ QWidget *MenuBarView::makeSettingsScreen()
     auto *const back = new QToolButton;
     back->setAutoRaise(true);
     back->setFocusPolicy(Qt::TabFocus);
-    back->setIcon(tintedIcon(u"chevron-left"_s));
+    back->setIcon(tintedIcon(isRightToLeft() ? u"chevron-right"_s : u"chevron-left"_s));
     back->setText(tr("Back"));
     back->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     connect(back, &QToolButton::clicked, this,
@@ -120,13 +126,15 @@ QWidget *MenuBarView::makeHeader()
 
 QWidget *MenuBarView::makeNotice()
 {
-    m_notice = new QLabel;
-    m_notice->setWordWrap(true);
-    m_notice->setTextFormat(Qt::PlainText);
+    m_notice = new Caption({}, Caption::Rank::primary);
+    m_resume = new QPushButton(tr("Resume"));
+    m_resume->setAutoDefault(false);
+    connect(m_resume, &QPushButton::clicked, &m_model, &MenuBarViewModel::resumeRequested);
     m_noticeLine = new QWidget;
     auto *const line = new QHBoxLayout(m_noticeLine);
     line->setContentsMargins(12, 0, 12, 8);
-    line->addWidget(m_notice);
+    line->addWidget(m_notice, 1);
+    line->addWidget(m_resume);
     return m_noticeLine;
 }
 
@@ -197,6 +205,7 @@ void MenuBarView::refresh()
     m_count->setText(m_model.countText());
     m_notice->setText(m_model.notice());
     m_noticeLine->setVisible(!m_model.notice().isEmpty());
+    m_resume->setVisible(m_model.isPaused());
     m_modelLoadLine->setVisible(m_model.modelLoad().has_value());
     m_modelLoad->setValue(int(m_model.modelLoad().value_or(0) * 100));
     m_summarize->setToolTip(m_model.summarizeToolTip());
@@ -210,16 +219,19 @@ void MenuBarView::refresh()
 void MenuBarView::showScreen()
 {
     const bool isSettings = m_model.currentScreen() == MenuBarScreen::settings;
-    if (isSettings && !m_settings)
-        m_screens->addWidget(makeSettingsScreen());
-    if (m_screens->currentIndex() == int(isSettings))
+    if (isSettings == (m_settings != nullptr))
         return;
-    m_screens->setCurrentIndex(int(isSettings));
-    place();
-    if (isSettings)
+    if (isSettings) {
+        m_screens->setCurrentIndex(m_screens->addWidget(makeSettingsScreen()));
         m_settings->setFocus();
-    else
+    } else {
+        QWidget *const left = m_screens->currentWidget();
+        m_screens->removeWidget(left);
+        left->deleteLater(); // not now: its own Back may be what was pressed
+        m_settings = nullptr;
         m_list->setFocus();
+    }
+    place();
 }
 
 void MenuBarView::showAsPanel(const std::optional<QRect> &trayIcon)
@@ -269,9 +281,7 @@ void MenuBarView::present()
 {
     m_model.recountToday();
     m_list->startAnew();
-    show();
-    raise();
-    activateWindow();
+    bringToFront();
     // Hidden and shown so quickly that the desktop has not taken the keyboard away meanwhile, it
     // will not be given either.
     if (windowHandle() == QGuiApplication::focusWindow())
@@ -279,13 +289,52 @@ void MenuBarView::present()
     m_list->setFocus();
 }
 
+void MenuBarView::bringToFront()
+{
+    show();
+    raise();
+    activateWindow();
+}
+
 bool MenuBarView::event(QEvent *event)
 {
     // A menu or a dialog of ours takes the activation too, and must not lose its parent.
     if (event->type() == QEvent::WindowDeactivate && m_isPanel && !QApplication::activePopupWidget()
-        && !QApplication::activeModalWidget())
+        && !openDialog())
         hide();
     return QWidget::event(event);
+}
+
+/// The dialog that was opened from here and waits for its answer; null when there is none.
+QDialog *MenuBarView::openDialog() const
+{
+    QWidget *const dialog = QApplication::activeModalWidget();
+    const QWidget *window = dialog;
+    while (window && window != this)
+        window = window->parentWidget() ? window->parentWidget()->window() : nullptr;
+    return window ? qobject_cast<QDialog *>(dialog) : nullptr;
+}
+
+/// The user who turns from a dialog to another window wants to see that: the panel would stay above
+/// it.
+void MenuBarView::followFocus(const QWindow *focused)
+{
+    const void *const before = std::exchange(m_focused, focused);
+    QDialog *const dialog = openDialog();
+    if (!m_isPanel || !isVisible() || !dialog || before != dialog->windowHandle())
+        return;
+    while (focused && focused != windowHandle())
+        focused = focused->transientParent();
+    if (focused)
+        return;
+    connect(dialog, &QDialog::finished, this, &MenuBarView::bringToFront, Qt::SingleShotConnection);
+    hide();
+}
+
+void MenuBarView::hideEvent(QHideEvent *)
+{
+    if (!openDialog())
+        m_model.setCurrentScreen(MenuBarScreen::links); // a screen begins anew when it is next seen
 }
 
 void MenuBarView::keyPressEvent(QKeyEvent *event)
@@ -301,6 +350,5 @@ void MenuBarView::paintEvent(QPaintEvent *)
     if (!m_isPanel)
         return;
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::Mid));
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    drawOutline(painter, rect(), palette().color(QPalette::Mid));
 }

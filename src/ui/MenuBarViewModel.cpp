@@ -59,7 +59,15 @@ QString MenuBarViewModel::notice() const
 {
     if (m_parts.modelContext.hasUnsavedChanges())
         return tr("Links cannot be saved at the moment. They are kept until they can.");
-    return m_notice.isEmpty() ? m_parts.clipboard.limitation() : m_notice;
+    if (!m_notice.isEmpty())
+        return m_notice;
+    return m_isPaused ? tr("Capturing is paused.") : m_parts.clipboard.limitation();
+}
+
+void MenuBarViewModel::setPaused(bool isPaused)
+{
+    m_isPaused = isPaused;
+    Q_EMIT changed();
 }
 
 void MenuBarViewModel::setNotice(const QString &notice)

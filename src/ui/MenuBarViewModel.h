@@ -62,6 +62,9 @@ public:
     QString notice() const;
     /// What the program found out besides; empty when there is nothing to tell.
     void setNotice(const QString &notice);
+    /// Nothing is captured because the user wants it so; the panel offers to go on.
+    bool isPaused() const { return m_isPaused; }
+    void setPaused(bool isPaused);
 
     /// From 0 to 1; absent when the model is not being loaded.
     std::optional<double> modelLoad() const { return m_modelLoad; }
@@ -81,6 +84,8 @@ public:
 Q_SIGNALS:
     /// Some text or flag is another. Rows announce themselves through `links()`.
     void changed();
+    /// The user wants to go on capturing.
+    void resumeRequested();
 
 private:
     Task<> summarizeListed();
@@ -92,6 +97,7 @@ private:
     qint64 m_today = 0;
     std::unique_ptr<Alarm> m_midnight;
     QString m_notice;
+    bool m_isPaused = false;
     std::optional<double> m_modelLoad;
     bool m_isSummarizing = false;
     Scope m_tasks;

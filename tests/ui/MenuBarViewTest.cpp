@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "MenuBarView.h"
 
+#include "Card.h"
 #include "IconButton.h"
 #include "PanelPlacement.h"
 #include "Spinner.h"
@@ -10,6 +11,7 @@
 #include <QDialog>
 #include <QLabel>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -101,11 +103,46 @@ private Q_SLOTS:
         QVERIFY(showsLabel(view, u"No Links Yet"_s));
     }
 
+    void outlinesAreWholeAtEveryScale()
+    {
+        for (const qreal scale : {1., 1.25, 1.5, 1.75, 2.}) {
+            QWidget window;
+            window.resize(101, 61);
+            Card card(&window);
+            card.setGeometry(11, 7, 77, 45);
+            QImage image((QSizeF(window.size()) * scale).toSize(), QImage::Format_RGB32);
+            image.setDevicePixelRatio(scale);
+            window.render(&image);
+            const QRgb line = card.palette().color(QPalette::Mid).rgb();
+            const QRect place =
+                QRectF(QPointF(card.pos()) * scale, QSizeF(card.size()) * scale).toRect();
+            for (int x = place.left(); x <= place.right(); ++x) {
+                QCOMPARE(image.pixel(x, place.top()), line);
+                QCOMPARE(image.pixel(x, place.bottom()), line);
+            }
+            for (int y = place.top(); y <= place.bottom(); ++y) {
+                QCOMPARE(image.pixel(place.left(), y), line);
+                QCOMPARE(image.pixel(place.right(), y), line);
+            }
+            QVERIFY(image.pixel(place.center()) != line);
+        }
+    }
+
     void showsTheNoticeOnlyWhileThereIsOne()
     {
         TestPanel panel;
         MenuBarView view(panel.model, {});
         view.showAsWindow();
+        QSignalSpy resumes(&panel.model, &MenuBarViewModel::resumeRequested);
+        panel.model.setPaused(true);
+        QVERIFY(showsLabel(view, u"Capturing is paused."_s));
+        const auto buttons = view.findChildren<QPushButton *>();
+        QCOMPARE(buttons.size(), 1);
+        QVERIFY(buttons.first()->isVisible());
+        buttons.first()->click();
+        QCOMPARE(resumes.size(), 1);
+        panel.model.setPaused(false);
+        QVERIFY(!buttons.first()->isVisible());
         panel.clipboard.setLimitation(u"Copies cannot be seen here."_s);
         QVERIFY(showsLabel(view, u"Copies cannot be seen here."_s));
         panel.clipboard.setLimitation({});
@@ -163,7 +200,11 @@ private Q_SLOTS:
         dialog.open();
         QVERIFY(QTest::qWaitForWindowActive(&dialog));
         QVERIFY(view.isVisible());
+        other.activateWindow(); // to look something up: the dialog stays, and the panel comes back
+        QTRY_VERIFY(!view.isVisible());
+        QVERIFY(dialog.isVisible());
         dialog.reject();
+        QVERIFY(view.isVisible());
 
         view.showAsWindow();
         QVERIFY(QTest::qWaitForWindowActive(&view));

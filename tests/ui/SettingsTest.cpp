@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include "Confirmation.h"
+#include "InlineExportView.h"
+#include "MenuBarView.h"
 #include "SettingsDesk.h"
+#include "StatusLine.h"
+#include "TestPanel.h"
 #include "settings/DataTabContent.h"
 #include "settings/EmailSettingsTab.h"
 #include "settings/EmailSetupSheet.h"
@@ -13,15 +18,16 @@
 #include "settings/StorageSettingsTab.h"
 
 #include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
-#include <QTabBar>
+#include <QPushButton>
 #include <QTest>
 #include <QTimeEdit>
+#include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
 
@@ -37,7 +43,7 @@ MakeScreen screen()
 }
 
 template <typename Control>
-Control *labelled(QWidget &screen, const QString &label)
+Control *labelled(const QWidget &screen, const QString &label)
 {
     for (Control *const control : screen.findChildren<Control *>()) {
         const auto *const button = qobject_cast<QAbstractButton *>(control);
@@ -47,24 +53,48 @@ Control *labelled(QWidget &screen, const QString &label)
     return nullptr;
 }
 
-QStringList texts(const QWidget &screen)
+bool shows(const QWidget &screen, const QString &text)
 {
-    QStringList found;
-    for (const QLabel *const label : screen.findChildren<QLabel *>()) {
-        if (label->isVisibleTo(&screen))
-            found.append(label->text());
+    const auto labels = screen.findChildren<QLabel *>();
+    return std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) {
+        return label->isVisibleTo(&screen) && label->text() == text;
+    });
+}
+
+QString valueOf(const QWidget &control)
+{
+    if (const auto *const toggle = qobject_cast<const QCheckBox *>(&control))
+        return toggle->isChecked() ? u"on"_s : u"off"_s;
+    return control.property(qobject_cast<const QComboBox *>(&control) ? "currentText" : "text")
+        .toString();
+}
+
+/// As assistive technology does it: without keys and clicks.
+void setValue(QWidget &control, const QString &value)
+{
+    if (auto *const toggle = qobject_cast<QCheckBox *>(&control))
+        toggle->toggle();
+    else if (auto *const picker = qobject_cast<QComboBox *>(&control))
+        picker->setCurrentText(value);
+    else if (auto *const field = qobject_cast<QLineEdit *>(&control))
+        field->setText(value);
+    else if (auto *const time = qobject_cast<QTimeEdit *>(&control)) {
+        time->setTime(QTime::fromString(value));
+        Q_EMIT time->editingFinished();
     }
-    return found;
 }
 
-QMessageBox *openQuestion()
+void turnWheelOver(QWidget &control)
 {
-    return qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+    const QPoint step(0, -120);
+    QWheelEvent event({5, 5}, control.mapToGlobal(QPointF(5, 5)), step, step, Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&control, &event);
 }
 
-QAbstractButton *button(QMessageBox &box, const QString &text)
+ConfirmationView *openQuestion()
 {
-    return labelled<QAbstractButton>(box, text);
+    return qobject_cast<ConfirmationView *>(QApplication::activeModalWidget());
 }
 
 } // namespace
@@ -74,98 +104,70 @@ class SettingsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void togglesShowTheirDefaultAndWriteOnlyWhenClicked_data()
-    {
-        QTest::addColumn<MakeScreen>("make");
-        QTest::addColumn<QString>("label");
-        QTest::addColumn<bool>("isOn");
-        QTest::addColumn<QString>("key");
-        const auto row = [](const MakeScreen &make, const char *label, bool isOn, const char *key) {
-            QTest::addRow("%s, %s", label, isOn ? "on" : "off")
-                << make << QString::fromUtf8(label) << isOn << QString::fromUtf8(key);
-        };
-        row(screen<GeneralTabContent>(), "Launch at Login", false, "launchAtLogin");
-        row(screen<GeneralTabContent>(), "Automatically install updates", false,
-            "autoInstallUpdates");
-        row(screen<EmailTabContent>(), "Enable Daily Email Digest", false, "emailDigestEnabled");
-        row(screen<EmailTabContent>(), "Clear links after sending", true, "clearAfterEmail");
-        row(screen<GeneralSettingsTab>(), "Show in Dock", false, "showInDock");
-        row(screen<GeneralSettingsTab>(), "Launch at Login", true, "launchAtLogin");
-        row(screen<GeneralSettingsTab>(), "Check for Updates Automatically", true,
-            "checkForUpdates");
-        row(screen<EmailSettingsTab>(), "Enable Daily Email Digest", false, "emailDigestEnabled");
-    }
-    void togglesShowTheirDefaultAndWriteOnlyWhenClicked()
-    {
-        QFETCH(MakeScreen, make);
-        QFETCH(QString, label);
-        QFETCH(bool, isOn);
-        QFETCH(QString, key);
-        SettingsDesk desk;
-        const std::unique_ptr<QWidget> view(make(desk.parts));
-        auto *const toggle = labelled<QCheckBox>(*view, label);
-        QVERIFY(toggle);
-        QCOMPARE(toggle->isChecked(), isOn);
-        QCOMPARE(desk.written(), QString());
-
-        toggle->click();
-        QVERIFY(desk.written().contains(key + (isOn ? u"=false" : u"=true")));
-        QCOMPARE(desk.written().count(u'='), 1);
-        QCOMPARE(desk.logins, key == u"launchAtLogin" ? QList{!isOn} : QList<bool>());
-    }
-
-    void pickersAndFields_data()
+    void controlsWriteOnlyWhatIsChanged_data()
     {
         QTest::addColumn<MakeScreen>("make");
         QTest::addColumn<QString>("label");
         QTest::addColumn<QString>("shown");
-        QTest::addColumn<QString>("entry");
+        QTest::addColumn<QString>("value");
         QTest::addColumn<QString>("line");
         const auto row = [](const MakeScreen &make, const QString &label, const QString &shown,
-                            const QString &entry, const QString &line) {
-            QTest::newRow(qPrintable(label + u": "_s + entry))
-                << make << label << shown << entry << line;
+                            const QString &value, const QString &line) {
+            QTest::newRow(qPrintable(label + u" ("_s + shown + u"): "_s + line))
+                << make << label << shown << value << line;
         };
-        const std::pair<QString, int> spans[] = {{u"30 days"_s, 30},
-                                                 {u"90 days"_s, 90},
-                                                 {u"180 days"_s, 180},
-                                                 {u"1 year"_s, 365},
-                                                 {u"Never"_s, 0}};
+        const auto toggle = [&](const MakeScreen &make, const QString &label, bool isOn,
+                                const QString &key) {
+            row(make, label, isOn ? u"on"_s : u"off"_s, {}, key + (isOn ? u"=false" : u"=true"));
+        };
+        toggle(screen<GeneralTabContent>(), u"Launch at Login"_s, false, u"launchAtLogin"_s);
+        toggle(screen<GeneralTabContent>(), u"Automatically install updates"_s, false,
+               u"autoInstallUpdates"_s);
+        toggle(screen<EmailTabContent>(), u"Enable Daily Email Digest"_s, false,
+               u"emailDigestEnabled"_s);
+        toggle(screen<EmailTabContent>(), u"Clear links after sending"_s, true,
+               u"clearAfterEmail"_s);
+        toggle(screen<GeneralSettingsTab>(), u"Show in Dock"_s, false, u"showInDock"_s);
+        toggle(screen<GeneralSettingsTab>(), u"Launch at Login"_s, true, u"launchAtLogin"_s);
+        toggle(screen<GeneralSettingsTab>(), u"Check for Updates Automatically"_s, true,
+               u"checkForUpdates"_s);
+        toggle(screen<EmailSettingsTab>(), u"Enable Daily Email Digest"_s, false,
+               u"emailDigestEnabled"_s);
+        const std::pair<QString, int> spans[] = {
+            {u"30 days"_s, 30}, {u"180 days"_s, 180}, {u"1 year"_s, 365}, {u"Never"_s, 0}};
         for (const auto &[entry, days] : spans) {
             const QString line = u"autoPruneDays=%1"_s.arg(days);
             row(screen<DataTabContent>(), u"Auto-delete after"_s, u"90 days"_s, entry, line);
             row(screen<StorageSettingsTab>(), u"Auto-prune after"_s, u"90 days"_s, entry, line);
         }
-        for (int hour = 0; hour < 24; ++hour)
+        for (const int hour : {0, 9, 23})
             row(screen<EmailTabContent>(), u"Send at"_s, u"08:00"_s,
                 u"%1:00"_s.arg(hour, 2, 10, QChar(u'0')), u"emailSendHour=%1"_s.arg(hour));
-        for (const auto &[make, label] :
-             {std::pair(screen<EmailTabContent>(), u"Send To"_s),
-              std::pair(screen<EmailSettingsTab>(), u"Email Address"_s)})
-            row(make, label, {}, u"me"_s, u"emailAddress=me"_s);
+        row(screen<EmailSettingsTab>(), u"Send Time"_s, u"08:00"_s, u"17:45:00"_s,
+            u"emailSendHour=17"_s);
+        row(screen<EmailTabContent>(), u"Send To"_s, {}, u"me"_s, u"emailAddress=me"_s);
+        row(screen<EmailSettingsTab>(), u"Email Address"_s, {}, u"me"_s, u"emailAddress=me"_s);
     }
-    void pickersAndFields()
+    void controlsWriteOnlyWhatIsChanged()
     {
         QFETCH(MakeScreen, make);
         QFETCH(QString, label);
         QFETCH(QString, shown);
-        QFETCH(QString, entry);
+        QFETCH(QString, value);
         QFETCH(QString, line);
         SettingsDesk desk;
         const std::unique_ptr<QWidget> view(make(desk.parts));
-        if (auto *const picker = labelled<QComboBox>(*view, label)) {
-            QCOMPARE(picker->currentText(), shown);
-            QCOMPARE(desk.written(), QString());
-            picker->setCurrentText(entry);
-            Q_EMIT picker->activated(picker->currentIndex());
-        } else {
-            auto *const field = labelled<QLineEdit>(*view, label);
-            QVERIFY(field);
-            QCOMPARE(field->text(), shown);
-            QCOMPARE(desk.written(), QString());
-            QTest::keyClicks(field, entry);
-        }
+        auto *const control = labelled<QWidget>(*view, label);
+        QVERIFY(control);
+        QCOMPARE(valueOf(*control), shown);
+        turnWheelOver(*control);
+        QCOMPARE(valueOf(*control), shown);
+        QCOMPARE(desk.written(), QString());
+
+        setValue(*control, value);
         QVERIFY2(desk.written().contains(line), qPrintable(desk.written()));
+        QCOMPARE(desk.written().count(u'='), 1);
+        QCOMPARE(desk.logins, label == u"Launch at Login" ? QList{shown == u"off"} : QList<bool>());
     }
 
     void strangeValuesAreShownAndLeftAsTheyAre_data()
@@ -193,12 +195,10 @@ private Q_SLOTS:
     void bothScreensAgree()
     {
         SettingsDesk desk;
-        EmailTabContent inlineView(desk.parts);
-        EmailSettingsTab window(desk.parts);
+        const EmailTabContent inlineView(desk.parts);
+        const EmailSettingsTab window(desk.parts);
         auto *const time = window.findChild<QTimeEdit *>();
-        QCOMPARE(time->time(), QTime(8, 0));
-        time->setTime(QTime(17, 45));
-        Q_EMIT time->editingFinished();
+        setValue(*time, u"17:45:00"_s);
         QCOMPARE(labelled<QComboBox>(inlineView, u"Send at"_s)->currentText(), u"17:00"_s);
         QCOMPARE(time->time(), QTime(17, 0));
         labelled<QCheckBox>(inlineView, u"Enable Daily Email Digest"_s)->click();
@@ -214,31 +214,6 @@ private Q_SLOTS:
         SettingsDesk desk;
         const EmailSettingsTab window(desk.parts);
         QCOMPARE(window.findChild<QTimeEdit *>()->text(), u"08:00"_s);
-    }
-
-    void textsStandAsGiven()
-    {
-        SettingsDesk desk;
-        InlineSettingsView view(desk.parts);
-        const auto *const tabs = view.findChild<QTabBar *>();
-        QStringList titles;
-        for (int index = 0; index < tabs->count(); ++index)
-            titles.append(tabs->tabText(index));
-        QCOMPARE(titles, QStringList({u"General"_s, u"Email"_s, u"Excluded"_s, u"Data"_s}));
-        QVERIFY(texts(view).contains(
-            u"Strandloom runs in your menu bar and captures URLs you copy."_s));
-        view.select(SettingsTab::excluded);
-        QVERIFY(texts(view).contains(u"URLs from these domains won't be captured."_s));
-        QVERIFY(texts(view).contains(u"No excluded domains"_s));
-        view.select(SettingsTab::data);
-        QVERIFY(texts(view).contains(u"Stored Links: 0"_s));
-        QVERIFY(texts(view).contains(u"Clearing history cannot be undone."_s));
-        view.select(SettingsTab::email);
-        QVERIFY(texts(view).contains(
-            u"To send emails, you'll need a free Resend API key. This keeps your data private - "
-            "emails are sent directly from your Mac."_s));
-        QVERIFY(
-            texts(view).contains(u"Send your captured links to your inbox with AI summaries."_s));
     }
 
     void domains_data()
@@ -272,8 +247,54 @@ private Q_SLOTS:
             QCOMPARE(field->text(), QString());
         }
         QCOMPARE(desk.context().excludedDomains()->size(), 2);
-        labelled<QAbstractButton>(view, u"Remove a.example"_s)->click();
-        QCOMPARE(desk.context().excludedDomains()->size(), 1);
+        view.show();
+        for (int left = 1; left >= 0; --left) { // by keyboard, which then is at the next, or back
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            auto *const remove = labelled<QAbstractButton>(view, u"Remove a.example"_s);
+            remove->setFocus();
+            remove->click();
+            QCOMPARE(desk.context().excludedDomains()->size(), left);
+            const QWidget *const now = view.focusWidget();
+            QVERIFY(now != remove);
+            QCOMPARE(now->accessibleName(),
+                     left > 0 ? u"Remove a.example"_s : field->accessibleName());
+        }
+    }
+
+    void aScreenBeginsAnewWhenItIsNextSeen()
+    {
+        TestPanel panel;
+        SettingsDesk desk;
+        MenuBarView view(panel.model, [&] { return new InlineSettingsView(desk.parts); });
+        const std::function<void()> waysOut[] = {
+            [&] { labelled<QAbstractButton>(view, u"Back"_s)->click(); }, [&] { view.hide(); }};
+        for (const auto &leave : waysOut) {
+            view.showAsPanel({});
+            panel.model.setCurrentScreen(MenuBarScreen::settings);
+            auto *const settings = view.findChild<InlineSettingsView *>();
+            QCOMPARE(settings->selectedTab(), SettingsTab::general);
+            settings->select(SettingsTab::data);
+            labelled<QAbstractButton>(view, u"Export Links..."_s)->click();
+            QVERIFY(view.findChild<InlineExportView *>());
+            leave();
+            QTRY_VERIFY(!view.findChild<InlineSettingsView *>());
+        }
+    }
+
+    void longTextsOfOthersStayWithinThePanel()
+    {
+        SettingsDesk desk;
+        const QString address = u"a"_s.repeated(200) + u"@b.example"_s;
+        desk.secrets.contents[ResendKeyService::emailAccount] = address.toUtf8();
+        desk.keys.refresh();
+        EmailTabContent view(desk.parts);
+        QTRY_VERIFY(shows(view, u"Sending from: "_s + address));
+        auto *const outcome = view.findChild<StatusLine *>();
+        outcome->tell(Tone::error, u"x"_s.repeated(300));
+        view.resize(360, 800);
+        view.show();
+        QVERIFY(view.minimumSizeHint().width() <= 360);
+        QVERIFY(outcome->height() >= 5 * view.fontMetrics().height());
     }
 
     void clearingAsksFirst_data()
@@ -299,11 +320,11 @@ private Q_SLOTS:
         for (const QString &answer : {u"Cancel"_s, texts.at(3)}) {
             QCOMPARE(desk.context().counts().stored, 1);
             labelled<QAbstractButton>(*view, texts.at(0))->click();
-            QMessageBox *const question = openQuestion();
+            ConfirmationView *const question = openQuestion();
             QVERIFY(question);
-            QCOMPARE(question->text(), texts.at(1));
-            QCOMPARE(question->informativeText(), texts.at(2));
-            button(*question, answer)->click();
+            QVERIFY(shows(*question, texts.at(1)) && shows(*question, texts.at(2)));
+            QVERIFY(labelled<QPushButton>(*question, u"Cancel"_s)->isDefault());
+            labelled<QAbstractButton>(*question, answer)->click();
         }
         QCOMPARE(desk.context().counts().stored, 0);
     }
@@ -322,10 +343,15 @@ private Q_SLOTS:
             labelled<QLineEdit>(*sheet, u"From Email"_s)->setText(from);
             save->click();
         };
+        const auto isMarked = [&](const QString &field) {
+            return labelled<QLineEdit>(*sheet, field)->actions().first()->isVisible();
+        };
         typeAndSave({}, {});
-        QTRY_VERIFY(texts(*sheet).contains(u"API key cannot be empty"_s));
+        QTRY_VERIFY(shows(*sheet, u"API key cannot be empty"_s));
+        QVERIFY(isMarked(u"API Key"_s) && !isMarked(u"From Email"_s));
         typeAndSave(u"re_01234567890123456"_s, u"me@a"_s);
-        QTRY_VERIFY(texts(*sheet).contains(u"Invalid email address format"_s));
+        QTRY_VERIFY(shows(*sheet, u"Invalid email address format"_s));
+        QVERIFY(!isMarked(u"API Key"_s) && isMarked(u"From Email"_s));
         QVERIFY(open->isVisible());
         typeAndSave(u"re_01234567890123456"_s, u"me@a.example"_s);
         QTRY_VERIFY(!open || !open->isVisible());
