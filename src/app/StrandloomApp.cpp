@@ -40,12 +40,13 @@ constexpr auto trayPatience = 5s;
 /// A command line that writes lets go of the store sooner.
 constexpr auto storePatience = 5s;
 
-/// The tinted icon goes by its name, so that a tray can follow its own theme; it is drawn in colour
-/// where it is not installed.
+/// The icon goes by its name, so that a tray can follow its own theme; it is drawn in colour where
+/// it is not installed.
 TrayAppearance trayAppearance(const QString &icon, const QString &toolTip)
 {
-    const QIcon coloured(u":/icons/"_s + icon + u".svg"_s);
-    return {QIcon::fromTheme(icon + u"-symbolic"_s, coloured), coloured, toolTip};
+    const QString file = u":/icons/"_s + icon;
+    return {QIcon::fromTheme(icon + u"-symbolic"_s, QIcon(file + u".svg"_s)),
+            QIcon(file + u"-symbolic.svg"_s), toolTip};
 }
 
 TrayAppearance trayAppearance(bool isPaused)

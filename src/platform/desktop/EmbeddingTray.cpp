@@ -5,6 +5,9 @@
 
 #include <QSocketNotifier>
 
+#include <array>
+#include <cstring>
+
 #include <xcb/xfixes.h>
 
 namespace
@@ -37,6 +40,18 @@ EmbeddingTray::EmbeddingTray(QObject *parent)
 }
 
 EmbeddingTray::~EmbeddingTray() = default;
+
+std::optional<QColor> EmbeddingTray::foreground() const
+{
+    constexpr qsizetype roles = 4, channels = 3; // the first role is that of plain icons
+    const X11Property colors = m_connection->property(
+        m_owner, m_connection->atom("_NET_SYSTEM_TRAY_COLORS"), roles * channels * 4);
+    std::array<quint32, channels> channel;
+    if (colors.type != XCB_ATOM_CARDINAL || colors.data.size() < qsizetype(sizeof channel))
+        return std::nullopt;
+    std::memcpy(channel.data(), colors.data.constData(), sizeof channel);
+    return QColor::fromRgba64(quint16(channel[0]), quint16(channel[1]), quint16(channel[2]));
+}
 
 void EmbeddingTray::processEvents()
 {

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QColor>
 #include <QObject>
 
 #include <memory>
+#include <optional>
 #include <xcb/xcb.h>
 
 class QSocketNotifier;
@@ -20,6 +22,8 @@ public:
     ~EmbeddingTray() override;
 
     bool isPresent() const { return m_owner != XCB_NONE; }
+    /// The colour that the tray wants icons to have; absent when it does not say.
+    std::optional<QColor> foreground() const;
 
 Q_SIGNALS:
     /// One came, went, or took the place of another.

@@ -7,8 +7,31 @@
 
 #include <QGuiApplication>
 #include <QMenu>
+#include <QPainter>
 
 using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// Seen as well on black as on white: most trays do not tell what they are like.
+const QColor middle(0x77, 0x77, 0x77);
+
+QIcon tinted(const QIcon &shape, const std::optional<QColor> &color)
+{
+    QIcon icon;
+    for (const int size : {16, 22, 24, 32, 48, 64}) {
+        QPixmap pixmap = shape.pixmap(size);
+        QPainter painter(&pixmap);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.fillRect(pixmap.rect(), color.value_or(middle));
+        painter.end();
+        icon.addPixmap(pixmap);
+    }
+    return icon;
+}
+
+} // namespace
 
 TrayIcon::TrayIcon(TrayAppearance appearance, QMenu &menu, QObject *parent)
     : QObject(parent)
@@ -79,7 +102,9 @@ void TrayIcon::place()
 
 void TrayIcon::paint()
 {
-    m_icon->setIcon(m_kind == Kind::embedding ? m_appearance.coloured : m_appearance.tinted);
+    m_icon->setIcon(m_kind == Kind::embedding
+                        ? tinted(m_appearance.shape, m_embedding->foreground())
+                        : m_appearance.named);
     m_icon->setToolTip(m_appearance.toolTip);
 }
 

@@ -14,8 +14,8 @@ class QMenu;
 class StatusNotifierHost;
 
 struct TrayAppearance {
-    QIcon tinted; ///< of one colour, for trays that replace it by theirs
-    QIcon coloured; ///< for trays that show what they get
+    QIcon named; ///< for trays that draw it themselves, in their own colour
+    QIcon shape; ///< of one colour, which is replaced by one that suits the tray
     QString toolTip;
 };
 
