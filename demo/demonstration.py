@@ -34,14 +34,6 @@ def expect(condition, what):
         raise Failure(what)
 
 
-def dark_desktop(desktop, dark):
-    """Sets the desktop's colour scheme, which programs read from the settings portal."""
-    portal = pathlib.Path(__file__).parent / "settings_portal.py"
-    process = desktop.start("/usr/bin/python3", str(portal), "dark" if dark else "light")
-    desktop.wait_for_bus_name("org.freedesktop.portal.Desktop")
-    return process
-
-
 def copy_things(desktop, program, site):
     print("Copying.", flush=True)
     desktop.copy(f"  {site.url('/plain')}\n")
@@ -252,13 +244,11 @@ def main(binary, output):
 
         print("Looking at the panel.", flush=True)
         desktop.screenshot(output / "panel.png", panel)
-        portal = dark_desktop(desktop, True)
+        set_scheme = desktop.start_portal("dark")
         program.wait_for_line("Colour scheme: dark")
         desktop.run("sleep", "0.3")
         desktop.screenshot(output / "panel-dark.png", panel)
-        portal.terminate()
-        portal.wait()
-        dark_desktop(desktop, False)
+        set_scheme("light")
         program.wait_for_line("Colour scheme: light")
 
         exclude_a_domain(desktop, program, widgets, output, panel)

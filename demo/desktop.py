@@ -16,6 +16,7 @@ from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 
 TRAY_HOST = pathlib.Path(__file__).with_name("tray_host.py")
+SETTINGS_PORTAL = pathlib.Path(__file__).with_name("settings_portal.py")
 # For the builds that look for leaks.
 LEAK_OPTIONS = (f"suppressions={pathlib.Path(__file__).with_name('leaks.supp')}"
                 ":print_suppressions=0")
@@ -148,8 +149,8 @@ class Desktop:
         wait_until(is_there, "the window manager")
 
     def start(self, *command, **options):
-        process = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, **options)
+        streams = dict.fromkeys(("stdin", "stdout", "stderr"), subprocess.DEVNULL)
+        process = subprocess.Popen(command, env=self.environment, **{**streams, **options})
         self.processes.append(process)
         return process
 
@@ -167,6 +168,13 @@ class Desktop:
         daemon.stdin.write(b"demonstration")
         daemon.stdin.close()
         self.wait_for_bus_name("org.freedesktop.secrets")
+
+    def start_portal(self, scheme):
+        """A settings portal that says "dark" or "light". Returns what makes it say another."""
+        portal = self.start("/usr/bin/python3", SETTINGS_PORTAL, scheme, stdin=subprocess.PIPE,
+                            text=True)
+        self.wait_for_bus_name("org.freedesktop.portal.Desktop")
+        return lambda scheme: print(scheme, file=portal.stdin, flush=True)
 
     def wait_for_bus_name(self, name):
         def is_owned():

@@ -6,7 +6,7 @@ import pathlib
 import sys
 
 from accessible import Accessibility
-from demonstration import KEY, PAGES, copy_things, dark_desktop, settings_tab
+from demonstration import KEY, PAGES, copy_things, settings_tab
 from desktop import Desktop, Program, Site, wait_until
 
 SCREENS = ("panel-empty", "panel", "panel-menu", "settings-general", "settings-email", "setup",
@@ -97,7 +97,7 @@ def main(binary, folder):
             with Desktop(size=f"{1000 * scale}x{720 * scale}x24") as desktop:
                 desktop.environment["QT_SCALE_FACTOR"] = str(scale)
                 desktop.start_keyring()
-                dark_desktop(desktop, scheme == "dark")
+                desktop.start_portal(scheme)
                 information = pathlib.Path(__file__).parents[1] / "packaging/strandloom.ini"
                 program = Program(desktop, binary, STRANDLOOM_INFO=str(information))
                 program.wait_for_line(f"Colour scheme: {scheme}")
