@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "DateText.h"
 
+#include "MinuteFormat.h"
+
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -48,6 +50,29 @@ private Q_SLOTS:
         QTEST(dates.longDate(instant), "longDate");
         QTEST(dates.mediumDateShortTime(instant), "dateAndTime");
         QTEST(dates.shortTime(instant), "time");
+    }
+
+    void remembersDaysAndMinutesInEveryLocale()
+    {
+        int count = 0;
+        const icu::Locale *const locales = icu::Locale::getAvailableLocales(count);
+        for (const icu::Locale *locale = locales; locale != locales + count; ++locale) {
+            const auto format = [locale] {
+                auto *const made = icu::DateFormat::createDateTimeInstance(
+                    icu::DateFormat::kMedium, icu::DateFormat::kShort, *locale);
+                made->setTimeZone(*icu::TimeZone::getGMT());
+                return std::unique_ptr<icu::DateFormat>(made);
+            };
+            MinuteFormat remembering(format());
+            const auto plain = format();
+            for (int i = 0; i < 120; ++i) { // eight days and fifteen times of day
+                const double time = (i % 8 * 46.0 * 24 + i % 15 * 1.7) * 3'600'000 - 1;
+                icu::UnicodeString text;
+                plain->format(time, text);
+                QCOMPARE(remembering.text(time),
+                         QString::fromUtf16(text.getBuffer(), text.length()));
+            }
+        }
     }
 
     void followsTheSystemsZone()

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "DateText.h"
 
+#include "MinuteFormat.h"
+
 #include <QDateTime>
 
 #include <ctime>
@@ -53,7 +55,7 @@ QString systemLocale()
 
 struct DateText::Formats {
     Format longDate;
-    Format mediumDateShortTime;
+    MinuteFormat mediumDateShortTime;
     Format shortTime;
 };
 
@@ -62,13 +64,15 @@ DateText::DateText(const QString &locale, std::optional<QTimeZone> zone)
 {
     tzset(); // the zone may have changed
     const auto place = icu::Locale::createCanonical(locale.toLatin1().constData());
-    m_formats = std::make_unique<Formats>(Formats{
-        Format(DateFormat::createDateInstance(DateFormat::kLong, place)),
-        Format(DateFormat::createDateTimeInstance(DateFormat::kMedium, DateFormat::kShort, place)),
-        Format(DateFormat::createTimeInstance(DateFormat::kShort, place))});
-    for (const auto *const format :
-         {&m_formats->longDate, &m_formats->mediumDateShortTime, &m_formats->shortTime})
-        (*format)->setTimeZone(*icu::TimeZone::getGMT());
+    const auto inUtc = [](DateFormat *made) {
+        made->setTimeZone(*icu::TimeZone::getGMT());
+        return Format(made);
+    };
+    m_formats = std::make_unique<Formats>(
+        Formats{inUtc(DateFormat::createDateInstance(DateFormat::kLong, place)),
+                MinuteFormat(inUtc(DateFormat::createDateTimeInstance(DateFormat::kMedium,
+                                                                      DateFormat::kShort, place))),
+                inUtc(DateFormat::createTimeInstance(DateFormat::kShort, place))});
 }
 
 DateText::~DateText() = default;
@@ -80,7 +84,7 @@ QString DateText::longDate(Instant instant) const
 
 QString DateText::mediumDateShortTime(Instant instant) const
 {
-    return written(*m_formats->mediumDateShortTime, civilTime(instant));
+    return m_formats->mediumDateShortTime.text(civilTime(instant));
 }
 
 QString DateText::shortTime(Instant instant) const
