@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// An owner of the X11 clipboard with the faults that its arguments name. It says on standard output
-// what it is asked, and ends with status 3 when a window it answers to is gone, as programs do that
-// take such an error for fatal.
+// An owner of the X11 clipboard with the faults that its arguments name, unless they say `waits`;
+// after `copy` on standard input, those that follow it there. It says on standard output what it is
+// asked, and ends with status 3 when a window it answers to is gone, as programs do that take such
+// an error for fatal.
 
 #include "X11Connection.h"
 
@@ -9,10 +10,14 @@
 #include <QDeadlineTimer>
 #include <QStringList>
 
+#include <array>
 #include <chrono>
 #include <cstdio>
+#include <iostream>
 #include <poll.h>
+#include <string>
 #include <thread>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using std::chrono::milliseconds;
@@ -60,6 +65,8 @@ public:
 
 private:
     void claim();
+    void obey();
+    void pretendToManageWindows();
     void setOwner();
     void handle(const xcb_generic_event_t &event);
     void asked(const xcb_selection_request_event_t &request);
@@ -93,7 +100,12 @@ int FaultyOwner::run()
 {
     const int copies = m_is.number(u"copies"_s, 1);
     const milliseconds interval(m_is.number(u"interval"_s, 0));
-    claim();
+    if (m_is.has(u"manages-windows"_s))
+        pretendToManageWindows();
+    if (m_is.has(u"waits"_s))
+        ++m_copies;
+    else
+        claim();
     say("ready");
     QDeadlineTimer next(interval);
     while (!m_isRejected && !m_connection.isBroken() && !m_is.has(u"dies"_s)) {
@@ -103,14 +115,36 @@ int FaultyOwner::run()
         }
         while (const auto event = m_connection.nextEvent())
             handle(*event);
-        pollfd readable = {m_connection.fileDescriptor(), POLLIN, 0};
-        poll(&readable, 1, m_copies < copies ? int(next.remainingTime()) : -1);
+        std::array<pollfd, 2> readable = {
+            {{m_connection.fileDescriptor(), POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}}};
+        poll(readable.data(), readable.size(), m_copies < copies ? int(next.remainingTime()) : -1);
+        if (readable[1].revents & POLLIN)
+            obey();
     }
     return m_isRejected ? 3 : 0;
 }
 
+void FaultyOwner::obey()
+{
+    std::string line;
+    std::getline(std::cin, line);
+    m_is = Arguments(QString::fromStdString(line).split(u' '));
+    claim();
+}
+
+void FaultyOwner::pretendToManageWindows()
+{
+    const QByteArray name = m_is.value(u"called"_s).toUtf8();
+    write(m_window, m_atoms.wmName, m_atoms.utf8String, 8, name);
+    const QByteArray window(reinterpret_cast<const char *>(&m_window), sizeof m_window);
+    write(m_connection.rootWindow(), m_atoms.wmCheck, XCB_ATOM_WINDOW, 32, window);
+    m_connection.synchronize();
+}
+
 void FaultyOwner::claim()
 {
+    for (int others = m_is.number(u"flood"_s, 1) - 1; others > 0; --others)
+        setOwner();
     setOwner();
     m_connection.synchronize();
 }
@@ -153,6 +187,8 @@ void FaultyOwner::asked(const xcb_selection_request_event_t &request)
                    reinterpret_cast<const char *>(&answer));
     m_connection.synchronize();
     say("answered");
+    if (isForText)
+        say("gave text");
 }
 
 bool FaultyOwner::give(const xcb_selection_request_event_t &request)
@@ -176,8 +212,10 @@ bool FaultyOwner::giveTypes(const xcb_selection_request_event_t &request)
     types.append(m_is.has(u"image"_s) ? m_atoms.wmCheck : m_atoms.utf8String); // any other type
     if (m_is.has(u"secret"_s))
         types.append(m_atoms.passwordHint);
-    if (m_is.has(u"sheds-types"_s) && m_copies == 1)
+    if (m_is.has(u"more-types"_s))
         types.append(m_atoms.plain);
+    if (m_is.has(u"keeper-types"_s)) // as mutter offers what programs that ended have copied
+        types = {m_atoms.plainUtf8, m_atoms.utf8String, m_atoms.targets, m_atoms.timestamp};
     if (m_is.has(u"thousand-types"_s))
         types.insert(types.end(), 1000, m_atoms.wmName);
     write(request.requestor, request.property, XCB_ATOM_ATOM, 32,

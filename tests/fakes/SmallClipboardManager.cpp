@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // A clipboard manager for the X11 clipboard: keeps each text, and announces it again when its owner
-// has gone, or asks for it before it goes. As arguments: `deaf`, it never answers the latter;
-// `grabs`, it announces each text at once; `unnamed`, it does not tell that it is a manager.
+// has gone, or asks for it before it goes; and a text that is picked from its history, which is a
+// line on standard input. As arguments: `deaf`, it never answers a program that is about to go;
+// `unnamed`, it does not tell that it is a manager.
 
 #include "SelectionOwner.h"
 #include "SelectionReader.h"
@@ -11,6 +12,9 @@
 #include <QSocketNotifier>
 
 #include <cstdio>
+#include <iostream>
+#include <string>
+#include <unistd.h>
 #include <xcb/xfixes.h>
 
 using namespace Qt::StringLiterals;
@@ -31,7 +35,6 @@ private:
 
     const X11Connection &m_connection;
     bool m_isDeaf;
-    bool m_isGrabbing;
     SelectionOwner m_owner;
     SelectionReader m_reader;
     QString m_text;
@@ -48,7 +51,6 @@ SmallClipboardManager::SmallClipboardManager(const X11Connection &connection,
                                              const QStringList &arguments)
     : m_connection(connection)
     , m_isDeaf(arguments.contains(u"deaf"_s))
-    , m_isGrabbing(arguments.contains(u"grabs"_s))
     , m_owner(connection)
     , m_reader(connection, {})
 {
@@ -62,15 +64,17 @@ SmallClipboardManager::SmallClipboardManager(const X11Connection &connection,
     });
     QObject::connect(&m_reader, &SelectionReader::finished, &m_reader,
                      [this](const ClipboardContents &contents) { keep(contents); });
+    auto *const picks = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, &m_reader);
+    QObject::connect(picks, &QSocketNotifier::activated, &m_reader, [this] {
+        std::string line;
+        std::getline(std::cin, line);
+        m_owner.claim(QString::fromStdString(line), m_time);
+    });
     const X11Atoms &atoms = connection.atoms();
     if (!arguments.contains(u"unnamed"_s))
         xcb_set_selection_owner(connection.xcb(), m_owner.window(), atoms.clipboardManager,
                                 XCB_CURRENT_TIME);
-    xcb_xfixes_select_selection_input(connection.xcb(), m_owner.window(), atoms.clipboard,
-                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER
-                                          | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY
-                                          | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
-    xcb_flush(connection.xcb());
+    connection.watchOwner(atoms.clipboard, m_owner.window());
 }
 
 void SmallClipboardManager::handle(const xcb_generic_event_t &event)
@@ -100,14 +104,16 @@ void SmallClipboardManager::keep(const ClipboardContents &contents)
     // Some managers keep secrets too.
     m_text = contents.text.value_or(u"https://secret.example/"_s);
     say("kept");
-    if (m_isGrabbing)
-        m_owner.claim(m_text, m_time);
 }
 
 void SmallClipboardManager::asked(const xcb_selection_request_event_t &request)
 {
-    if (request.selection != m_connection.atoms().clipboardManager)
-        return m_owner.answer(request);
+    if (request.selection != m_connection.atoms().clipboardManager) {
+        m_owner.answer(request);
+        if (request.target == m_connection.atoms().utf8String)
+            say("gave text");
+        return;
+    }
     if (m_isDeaf)
         return;
     m_owner.claim(m_text, request.time);

@@ -6,14 +6,16 @@
 #include "Program.h"
 #include "RealClipboard.h"
 #include "TextsTold.h"
-#include "X11Connection.h"
 #include "XvfbServer.h"
 
 #include <QElapsedTimer>
 #include <QSignalSpy>
+#include <QTemporaryFile>
 #include <QTest>
 
 #include <csignal>
+#include <map>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -22,20 +24,21 @@ class X11ClipboardTest : public QObject
 {
     Q_OBJECT
 private:
+    std::pair<QString, QByteArray> display() const { return {u"DISPLAY"_s, m_server.display()}; }
     Program owner(const QStringList &arguments) const
     {
-        return Program(FAULTY_CLIPBOARD_OWNER, arguments, {u"DISPLAY"_s, m_server.display()});
+        return Program(FAULTY_CLIPBOARD_OWNER, arguments, display());
     }
     Program manager(const QStringList &arguments = {}) const
     {
-        return Program(SMALL_CLIPBOARD_MANAGER, arguments, {u"DISPLAY"_s, m_server.display()});
+        return Program(SMALL_CLIPBOARD_MANAGER, arguments, display());
     }
     /// What `xclip` reads, as an unrelated program.
     QByteArray pasted() const
     {
         return Program("xclip",
                        {u"-selection"_s, u"clipboard"_s, u"-o"_s, u"-t"_s, u"UTF8_STRING"_s},
-                       {u"DISPLAY"_s, m_server.display()})
+                       display())
             .allOutput();
     }
 
@@ -100,8 +103,6 @@ private Q_SLOTS:
         QCOMPARE(clipboard->text(), text);
         if (arguments.contains(u"secret"_s))
             QVERIFY(!faulty.hasSaid("asked for text"));
-        if (arguments.contains(u"announced=100000000"_s))
-            QVERIFY(!faulty.hasSaid("gave an increment"));
         if (arguments.contains(u"pause=450"_s))
             QTRY_VERIFY(faulty.hasSaid("answered"));
 
@@ -114,13 +115,28 @@ private Q_SLOTS:
         QVERIFY(peakMemoryKiB() - memory < memoryAllowanceKiB);
     }
 
-    void countsEachOfABurst()
+    void countsEachOfAFlood()
     {
         const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
-        const Program burst = owner({u"copies=200"_s});
-        QTRY_COMPARE(clipboard->text(), u"https://owner.example/200"_s);
-        QCOMPARE(clipboard->changeCount(), 201);
+        const long memory = peakMemoryKiB();
+        const Program flood = owner({u"flood=300000"_s});
+        QTRY_COMPARE(clipboard->text(), u"https://owner.example/300000"_s);
+        QCOMPARE(clipboard->changeCount(), 300'001);
+        QVERIFY(peakMemoryKiB() - memory < memoryAllowanceKiB);
+    }
+
+    /// What it writes is taken away up to its end, or it would wait for that for ever.
+    void letsAnOwnerOfTooMuchServeOthers()
+    {
+        const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
+        QVERIFY(clipboard);
+        QTemporaryFile file;
+        QVERIFY(file.open() && file.resize(3'000'000));
+        const Program owner(
+            "xclip", {u"-quiet"_s, u"-selection"_s, u"clipboard"_s, file.fileName()}, display());
+        QTRY_COMPARE(clipboard->changeCount(), 2);
+        QCOMPARE(pasted().size(), 3'000'000);
     }
 
     void losesNoQuickCopies()
@@ -128,11 +144,11 @@ private Q_SLOTS:
         const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
         QVERIFY(clipboard);
         const TextsTold told(*clipboard);
-        const Program quick = owner({u"copies=20"_s, u"interval=20"_s});
-        QTRY_COMPARE(clipboard->changeCount(), 21);
+        const Program quick = owner({u"copies=10"_s, u"interval=100"_s});
+        QTRY_COMPARE(clipboard->changeCount(), 11);
         QStringList texts = told.texts();
         QCOMPARE(texts.removeDuplicates(), 0);
-        QCOMPARE(texts.size(), 20);
+        QCOMPARE(texts.size(), 10);
     }
 
     void countsButNeverAsksBeforeReading()
@@ -158,74 +174,112 @@ private Q_SLOTS:
         QCOMPARE(clipboard->text(), std::nullopt);
     }
 
-    void takesARestoredTextForNoCopy_data()
+    void tellsCopiesFromRestoredTexts_data()
     {
         QTest::addColumn<QString>("manager");
-        QTest::addColumn<QString>("argument");
-        QTest::addColumn<bool>("isReadingBefore");
-        QTest::newRow("known") << u"named"_s << u"text=https://a.example/"_s << true;
-        QTest::newRow("by an unnamed manager")
-            << u"unnamed"_s << u"text=https://a.example/"_s << true;
-        QTest::newRow("secret") << u"named"_s << u"secret"_s << true;
-        QTest::newRow("secret, by an unnamed manager") << u"unnamed"_s << u"secret"_s << true;
-        QTest::newRow("copied before reading")
-            << u"named"_s << u"text=https://a.example/"_s << false;
+        QTest::addColumn<QStringList>("steps"); // the first word says who, "own" the clipboard
+        QTest::addColumn<QStringList>("told");
+        const auto row = [](const char *name, const QString &manager, const QStringList &steps,
+                            const QStringList &told) {
+            QTest::newRow(name) << manager << steps << told;
+        };
+        const QStringList secret = {u"own resume"_s, u"a copy secret"_s};
+        row("a link with fewer types after a secret", {}, secret + QStringList{u"a copy text=L"_s},
+            {u"L"_s});
+        row("a link with fewer types after a pause", {},
+            {u"own resume"_s, u"a copy more-types text=A"_s, u"own pause"_s,
+             u"a copy more-types text=P"_s, u"own resume"_s, u"a copy text=L"_s},
+            {u"A"_s, u"L"_s});
+        row("the same with fewer types", {},
+            {u"own resume"_s, u"a copy more-types text=A"_s, u"a copy text=A"_s}, {u"A"_s, u"A"_s});
+        row("a link as soon as a secret's owner has gone", {},
+            secret + QStringList{u"a end"_s, u"b copy text=L"_s}, {u"L"_s});
+        row("a pick as the first copy", u"named"_s, {u"own resume"_s, u"manager L"_s}, {u"L"_s});
+        row("a pick after a secret", u"named"_s, secret + QStringList{u"manager L"_s}, {u"L"_s});
+
+        const QStringList known = {u"own resume"_s, u"a copy text=A"_s, u"a end"_s};
+        row("restored", u"named"_s, known, {u"A"_s});
+        row("restored by an unnamed manager", u"unnamed"_s, known, {u"A"_s});
+        row("restored secret", u"named"_s, secret + QStringList{u"a end"_s}, {});
+        row("restored secret, unlike a copy", u"unnamed"_s, secret + QStringList{u"a end"_s},
+            {u"https://secret.example/"_s});
+        row("restored, copied before reading", u"named"_s,
+            {u"a copy text=P"_s, u"own resume"_s, u"a end"_s}, {});
+
+        const QString keeper = u" keeper-types"_s;
+        row("kept", {},
+            {u"own resume"_s, u"mutter copy text=A"_s, u"mutter copy text=A"_s + keeper}, {u"A"_s});
+        const QStringList bridged = {u"own resume"_s, u"mutter copy secret"_s};
+        row("kept secret", {}, bridged + QStringList{u"mutter copy text=S"_s + keeper}, {});
+        row("another program's link after a secret", {},
+            bridged + QStringList{u"mutter copy text=L"_s}, {u"L"_s});
+        row("a keeper's types elsewhere", {}, secret + QStringList{u"a copy text=L"_s + keeper},
+            {u"L"_s});
     }
 
-    void takesARestoredTextForNoCopy()
+    void tellsCopiesFromRestoredTexts()
     {
         QFETCH(QString, manager);
-        QFETCH(QString, argument);
-        QFETCH(bool, isReadingBefore);
-        Program keeper = this->manager({manager});
-        QTRY_VERIFY(keeper.hasSaid("ready"));
+        QFETCH(QStringList, steps);
+        QFETCH(QStringList, told);
+        const auto restore = qScopeGuard([] { qunsetenv("WAYLAND_DISPLAY"); });
+        std::map<QString, std::unique_ptr<Program>> programs;
+        const auto start = [&](const QString &who, const char *path, const QStringList &arguments) {
+            programs[who] = std::make_unique<Program>(path, arguments, display());
+            QTRY_VERIFY(programs[who]->hasSaid("ready"));
+        };
+        if (!manager.isEmpty())
+            start(u"manager"_s, SMALL_CLIPBOARD_MANAGER, {manager});
+        for (const QString &who : {u"a"_s, u"b"_s})
+            start(who, FAULTY_CLIPBOARD_OWNER, {u"waits"_s});
+        if (steps.last().startsWith(u"mutter"_s)) {
+            start(u"mutter"_s, FAULTY_CLIPBOARD_OWNER,
+                  {u"waits"_s, u"manages-windows"_s, u"called=Mutter"_s});
+            qputenv("WAYLAND_DISPLAY", "wayland-0");
+        }
+        const auto timesManagerSaid = [&](const char *words) {
+            return manager.isEmpty() ? 0 : programs[u"manager"_s]->timesSaid(words);
+        };
+
         const auto clipboard = makeClipboard<X11Clipboard>(m_server.display());
         clipboard->setText(u"connected"_s);
         QTRY_COMPARE(clipboard->changeCount(), 1);
-        QTRY_VERIFY(keeper.hasSaid("kept"));
-        if (isReadingBefore)
-            clipboard->startReading();
-        const TextsTold told(*clipboard);
-
-        Program leaver = owner({argument});
-        QTRY_COMPARE(clipboard->changeCount(), 2);
-        QTRY_COMPARE(keeper.timesSaid("kept"), 2);
-        if (!isReadingBefore)
-            clipboard->startReading();
-        leaver.end();
-        QTRY_VERIFY(keeper.hasSaid("restored"));
-
-        const Program next = owner({u"text=https://next.example/"_s});
-        QTRY_COMPARE(clipboard->text(), u"https://next.example/"_s);
-        QCOMPARE(told.texts().size(), isReadingBefore && argument != u"secret"_s ? 2 : 1);
-        if (isReadingBefore)
-            QCOMPARE(clipboard->changeCount(), 3);
-    }
-
-    void takesFewerTypesOfTheSameTextForNoCopy()
-    {
-        const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
-        QVERIFY(clipboard);
-        Program bridge = owner({u"copies=2"_s, u"interval=300"_s, u"sheds-types"_s, u"text=a"_s});
-        QTRY_COMPARE(bridge.timesSaid("answered"), 4);
-        const Program next = owner({u"text=b"_s});
-        QTRY_COMPARE(clipboard->text(), u"b"_s);
-        QCOMPARE(clipboard->changeCount(), 3);
-    }
-
-    void tellsATextOnceThatTheManagerGrabs()
-    {
-        Program keeper = manager({u"grabs"_s});
-        QTRY_VERIFY(keeper.hasSaid("ready"));
-        const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());
-        QVERIFY(clipboard);
-        const TextsTold told(*clipboard);
-        const Program first = owner({u"text=a"_s});
-        QTRY_COMPARE(keeper.timesSaid("kept"), 2);
-        QTRY_VERIFY(told.texts().contains(u"a"_s));
-        const Program second = owner({u"text=b"_s});
-        QTRY_VERIFY(told.texts().contains(u"b"_s));
-        QCOMPARE(told.texts(), QStringList({u"a"_s, u"b"_s}));
+        const TextsTold heard(*clipboard);
+        bool isReading = false;
+        for (const QString &step : steps) {
+            const QString who = step.section(u' ', 0, 0);
+            const QString what = step.section(u' ', 1);
+            const qint64 count = clipboard->changeCount();
+            const int kept = timesManagerSaid("kept");
+            const int given = timesManagerSaid("gave text");
+            if (what == u"resume"_s) {
+                clipboard->startReading();
+                isReading = true;
+            } else if (what == u"pause"_s) {
+                clipboard->stopReading();
+                isReading = false;
+            } else if (what == u"end"_s) {
+                programs.erase(who);
+                if (!manager.isEmpty())
+                    QTRY_COMPARE(timesManagerSaid("gave text"), given + int(isReading));
+            } else if (who == u"manager"_s) {
+                programs[who]->tell(what.toUtf8());
+                QTRY_COMPARE(timesManagerSaid("gave text"), given + 1);
+            } else if (isReading && what != u"copy secret"_s) {
+                const int answers = programs[who]->timesSaid("gave text");
+                programs[who]->tell(what.toUtf8());
+                const int readers = manager.isEmpty() ? 1 : 2;
+                QTRY_COMPARE(programs[who]->timesSaid("gave text"), answers + readers);
+            } else {
+                programs[who]->tell(what.toUtf8());
+                QTRY_COMPARE(clipboard->changeCount(), count + 1);
+                if (!manager.isEmpty())
+                    QTRY_COMPARE(timesManagerSaid("kept"), kept + 1);
+            }
+        }
+        const Program last = owner({u"text=last"_s});
+        QTRY_VERIFY(heard.texts().contains(u"last"_s));
+        QCOMPARE(heard.texts(), told + QStringList{u"last"_s});
     }
 
     void givesItsTextToOthers_data()
@@ -303,28 +357,19 @@ private Q_SLOTS:
 
     void tellsWhatABridgeHides_data()
     {
-        QTest::addColumn<QByteArray>("windowManager");
+        QTest::addColumn<QString>("windowManager");
         QTest::addColumn<QString>("limitation");
-        QTest::newRow("shares all") << "GNOME Shell"_ba << QString();
-        QTest::newRow("shares some") << "wlroots wm"_ba << halfSeen;
-        QTest::newRow("does not say") << QByteArray() << halfSeen;
+        QTest::newRow("shares all") << u"GNOME Shell"_s << QString();
+        QTest::newRow("shares some") << u"wlroots wm"_s << halfSeen;
+        QTest::newRow("does not say") << QString() << halfSeen;
     }
 
     void tellsWhatABridgeHides()
     {
-        QFETCH(QByteArray, windowManager);
+        QFETCH(QString, windowManager);
         QFETCH(QString, limitation);
-        const auto connection = X11Connection::open(m_server.display());
-        QVERIFY(connection);
-        const xcb_window_t window = connection->makeWindow();
-        const X11Atoms &atoms = connection->atoms();
-        xcb_change_property(connection->xcb(), XCB_PROP_MODE_REPLACE, connection->rootWindow(),
-                            atoms.wmCheck, XCB_ATOM_WINDOW, 32, 1, &window);
-        xcb_change_property(connection->xcb(), XCB_PROP_MODE_REPLACE, window, atoms.wmName,
-                            atoms.utf8String, 8, quint32(windowManager.size()),
-                            windowManager.constData());
-        connection->synchronize();
-
+        Program manager = owner({u"waits"_s, u"manages-windows"_s, u"called="_s + windowManager});
+        QTRY_VERIFY(manager.hasSaid("ready"));
         qputenv("WAYLAND_DISPLAY", "wayland-0");
         const auto restore = qScopeGuard([] { qunsetenv("WAYLAND_DISPLAY"); });
         const auto clipboard = makeReadingClipboard<X11Clipboard>(m_server.display());

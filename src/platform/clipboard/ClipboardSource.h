@@ -6,8 +6,8 @@
 
 #include <optional>
 
-/// The desktop's clipboard, as plain text. Nothing here ever waits for another program. Main thread
-/// only.
+/// The desktop's clipboard, as plain text. Nothing here waits for the programs that copy. Main
+/// thread only.
 class ClipboardSource : public QObject
 {
     Q_OBJECT
@@ -22,7 +22,8 @@ public:
     virtual std::optional<QString> text() const = 0;
     /// Replaces the contents. Counts as a copy.
     virtual void setText(const QString &text) = 0;
-    /// From here on the texts of new copies are read; before, copies are only counted.
+    /// From here on the texts of new copies are read; before, copies are only counted. Waits, for
+    /// less than 50 ms, until what is copied afterwards cannot be missed.
     virtual void startReading() = 0;
     /// From here on copies are only counted again.
     virtual void stopReading() = 0;

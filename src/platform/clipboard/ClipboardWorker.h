@@ -30,7 +30,7 @@ public:
 
     /// Begins to count copies, and keeps trying while no display server answers.
     virtual void start() = 0;
-    /// From here on the texts of new copies are read.
+    /// Soon the texts of new copies are read: once `readingStarted` is sent.
     virtual void startReading() = 0;
     /// From here on they are only counted again.
     virtual void stopReading() = 0;
@@ -39,5 +39,6 @@ public:
 
 Q_SIGNALS:
     void copied(const ClipboardSnapshot &snapshot);
+    void readingStarted();
     void reachKnown(ClipboardReach reach);
 };

@@ -13,35 +13,51 @@ struct ClipboardContents {
     bool mustStayUnknown = false;
 };
 
+/// Of the clipboard, in any number.
+struct OwnerChanges {
+    qint64 count = 0;
+    bool isLastAfterLoss = false; ///< the owner before the last had gone and nobody took its place
+    bool isLost = false; ///< the last one has gone too
+
+    void add(bool hasOwner);
+    bool isEmpty() const { return count == 0 && !isLost; }
+};
+
 enum class Announcer {
     us,
     program,
-    restorer, // known to bring back the texts of programs that end
+    manager, ///< the program that has made itself known as the clipboard's manager
+    keeper, ///< a compositor, with just the types by which it keeps the text of a program that
+            ///< ended
 };
 
 /// Tells copies from other changes of the clipboard's owner. A program that ends takes its
-/// selection with it, and a clipboard manager announces the text again a moment later: neither is a
-/// copy.
+/// selection with it, and somebody may announce the text again a moment later. Neither is a copy,
+/// but a copy that is taken for that is a lost link. So this alone is a text restored:
+///
+/// 1. the text that was there before, right after the loss of its owner: from the manager, or from
+///    any program within two seconds;
+/// 2. after contents that must stay unknown, what the manager announces within half a second of the
+///    loss of their owner;
+/// 3. what a keeper announces, whose loss of the owner is not told: the text that was there before,
+///    or any after contents that must stay unknown.
 class CopyLedger
 {
 public:
     explicit CopyLedger(const ClipboardLimits &limits);
 
-    /// The owner has gone and nobody took its place.
-    void ownerLost();
-    void ownerChanged(Announcer announcer);
-    /// What the clipboard holds after the owner changes so far. `offersLess` when the last of them
-    /// only took types away from what the same program had offered before. Absent when none of the
-    /// changes was a copy.
-    std::optional<ClipboardSnapshot> settle(const ClipboardContents &contents,
-                                            bool offersLess = false);
+    void ownerChanged(const OwnerChanges &changes);
+    /// What the clipboard holds after the owner changes so far, by whom the last was made. Absent
+    /// when none of them was a copy.
+    std::optional<ClipboardSnapshot> settle(const ClipboardContents &contents, Announcer announcer);
 
 private:
+    bool isRestored(const ClipboardContents &contents, Announcer announcer) const;
+
     ClipboardLimits m_limits;
     ClipboardContents m_held{{}, true}; // what was there before us is not ours to tell
     qint64 m_count = 0;
     qint64 m_unsettled = 0;
     QElapsedTimer m_lost;
-    bool m_mayBeRestored = false; // the last change
-    bool m_mayAllBeRestored = true; // every unsettled one
+    std::optional<std::chrono::milliseconds> m_sinceLoss; // at the last change, if right after one
 };

@@ -28,6 +28,8 @@ void DesktopClipboard::tryOut(System system)
     else
         m_worker = std::make_unique<X11Clipboard>(QByteArray(), m_limits);
     connect(m_worker.get(), &ClipboardWorker::copied, this, &ClipboardWorker::copied);
+    connect(m_worker.get(), &ClipboardWorker::readingStarted, this,
+            &ClipboardWorker::readingStarted);
     connect(m_worker.get(), &ClipboardWorker::reachKnown, this,
             [this, system](ClipboardReach reach) { reached(system, reach); });
     if (m_isReading)
@@ -68,6 +70,8 @@ void DesktopClipboard::startReading()
     m_isReading = true;
     if (m_worker)
         m_worker->startReading();
+    else
+        Q_EMIT readingStarted();
 }
 
 void DesktopClipboard::stopReading()

@@ -12,7 +12,7 @@ namespace
 {
 
 constexpr qsizetype maxTypes = 256;
-constexpr qsizetype maxRetired = 16;
+constexpr qsizetype maxRetired = 256;
 
 } // namespace
 
@@ -52,9 +52,10 @@ void SelectionReader::abandon()
 /// The late owner may still write to the window: a program that finds it destroyed dies of that.
 void SelectionReader::retireWindow()
 {
-    m_retired.append(m_window);
+    clearTransfer(m_window);
+    m_retired.append({m_window, QDeadlineTimer(m_limits.total), m_isIncremental});
     if (m_retired.size() > maxRetired)
-        xcb_destroy_window(m_connection.xcb(), m_retired.takeFirst());
+        xcb_destroy_window(m_connection.xcb(), m_retired.takeFirst().window);
     m_window = m_connection.makeWindow();
     xcb_flush(m_connection.xcb());
 }
@@ -64,7 +65,7 @@ void SelectionReader::ask(Stage stage, xcb_atom_t target)
     const X11Atoms &atoms = m_connection.atoms();
     m_stage = stage;
     m_target = target;
-    clearTransfer();
+    clearTransfer(m_window);
     xcb_convert_selection(m_connection.xcb(), m_window, atoms.clipboard, target, atoms.transfer,
                           m_time);
     xcb_flush(m_connection.xcb());
@@ -81,6 +82,8 @@ void SelectionReader::askForText()
 
 void SelectionReader::selectionAnswered(const xcb_selection_notify_event_t &event)
 {
+    for (Retired &retired : m_retired)
+        retired.isAnswered |= retired.window == event.requestor;
     if (!isReading() || m_isIncremental || event.requestor != m_window || event.target != m_target)
         return; // to a question given up
     if (event.property == XCB_NONE)
@@ -89,7 +92,7 @@ void SelectionReader::selectionAnswered(const xcb_selection_notify_event_t &even
     const X11Property answer = m_connection.property(m_window, atoms.transfer, m_limits.textBytes);
     if (answer.type == atoms.incr)
         return beginIncrements(answer.data);
-    clearTransfer();
+    clearTransfer(m_window);
     if (answer.isCut)
         return finish({});
     if (answer.type == XCB_NONE)
@@ -105,15 +108,35 @@ void SelectionReader::beginIncrements(const QByteArray &leastSize)
     if (least > m_limits.textBytes)
         return giveUp();
     m_isIncremental = true;
-    clearTransfer(); // asks for the first increment
+    clearTransfer(m_window); // asks for the first increment
     m_step.start(m_limits.step);
 }
 
 void SelectionReader::propertyChanged(const xcb_property_notify_event_t &event)
 {
-    if (m_isIncremental && event.window == m_window && event.atom == m_connection.atoms().transfer
-        && event.state == XCB_PROPERTY_NEW_VALUE)
+    if (event.atom != m_connection.atoms().transfer || event.state != XCB_PROPERTY_NEW_VALUE)
+        return;
+    if (event.window != m_window)
+        discard(event.window);
+    else if (m_isIncremental)
         appendIncrement();
+}
+
+qsizetype SelectionReader::unanswered() const
+{
+    return std::count_if(m_retired.cbegin(), m_retired.cend(), [](const Retired &retired) {
+        return !retired.isAnswered && !retired.deadline.hasExpired();
+    });
+}
+
+/// An owner whose increments nobody takes away waits for ever, and serves nobody else.
+void SelectionReader::discard(xcb_window_t window) const
+{
+    const auto isStillEmptied = [window](const Retired &retired) {
+        return retired.window == window && !retired.deadline.hasExpired();
+    };
+    if (std::any_of(m_retired.cbegin(), m_retired.cend(), isStillEmptied))
+        clearTransfer(window);
 }
 
 void SelectionReader::appendIncrement()
@@ -122,13 +145,13 @@ void SelectionReader::appendIncrement()
         m_connection.property(m_window, m_connection.atoms().transfer, m_limits.textBytes);
     if (increment.isCut || m_increments.size() + increment.data.size() > m_limits.textBytes)
         return giveUp();
-    clearTransfer(); // asks for the next one
+    clearTransfer(m_window); // asks for the next one
     m_increments += increment.data;
     m_step.start(m_limits.step);
     if (!increment.data.isEmpty())
         return;
-    m_isIncremental = false;
     retireWindow(); // an owner that writes on must not spoil the next answer
+    m_isIncremental = false;
     accept(increment.type, std::exchange(m_increments, {}));
 }
 
@@ -183,8 +206,8 @@ void SelectionReader::finish(const ClipboardContents &contents)
     Q_EMIT finished(contents);
 }
 
-void SelectionReader::clearTransfer() const
+void SelectionReader::clearTransfer(xcb_window_t window) const
 {
-    xcb_delete_property(m_connection.xcb(), m_window, m_connection.atoms().transfer);
+    xcb_delete_property(m_connection.xcb(), window, m_connection.atoms().transfer);
     xcb_flush(m_connection.xcb());
 }

@@ -4,6 +4,7 @@
 #include "ClipboardLimits.h"
 #include "CopyLedger.h"
 
+#include <QDeadlineTimer>
 #include <QList>
 #include <QTimer>
 
@@ -23,6 +24,8 @@ public:
     /// Starts to read what was copied at `time`; gives up what was being read before.
     void read(xcb_timestamp_t time);
     void abandon();
+    /// How many questions that were given up may still be answered.
+    qsizetype unanswered() const;
     bool isReading() const { return m_stage != Stage::idle; }
     /// What the owner offered at the last reading.
     const QList<xcb_atom_t> &offered() const { return m_offered; }
@@ -36,6 +39,12 @@ Q_SIGNALS:
 
 private:
     enum class Stage { idle, types, hint, text };
+    /// Of a question given up. What still comes in answer is thrown away until the deadline.
+    struct Retired {
+        xcb_window_t window;
+        QDeadlineTimer deadline;
+        bool isAnswered;
+    };
 
     void ask(Stage stage, xcb_atom_t target);
     void askForText();
@@ -47,12 +56,13 @@ private:
     void giveUp();
     void finish(const ClipboardContents &contents);
     void retireWindow();
-    void clearTransfer() const;
+    void discard(xcb_window_t window) const;
+    void clearTransfer(xcb_window_t window) const;
 
     const X11Connection &m_connection;
     ClipboardLimits m_limits;
     xcb_window_t m_window;
-    QList<xcb_window_t> m_retired;
+    QList<Retired> m_retired;
     QTimer m_step;
     QTimer m_total;
 

@@ -4,6 +4,7 @@
 #include "DebugLog.h"
 
 #include <QDeadlineTimer>
+#include <QSemaphore>
 #include <QThread>
 
 using namespace Qt::StringLiterals;
@@ -11,6 +12,9 @@ using namespace std::chrono_literals;
 
 namespace
 {
+
+/// A display server that hangs must not hold the main thread for longer.
+constexpr auto readingPatience = 40ms;
 
 QString limitationOf(ClipboardReach reach)
 {
@@ -88,7 +92,12 @@ void ThreadedClipboard::setText(const QString &text)
 
 void ThreadedClipboard::startReading()
 {
+    const auto started = std::make_shared<QSemaphore>(); // the thread may be left behind with it
+    connect(
+        m_worker, &ClipboardWorker::readingStarted, m_worker, [started] { started->release(); },
+        Qt::ConnectionType(Qt::DirectConnection | Qt::SingleShotConnection));
     QMetaObject::invokeMethod(m_worker, &ClipboardWorker::startReading, Qt::QueuedConnection);
+    started->tryAcquire(1, std::chrono::milliseconds(readingPatience).count());
 }
 
 void ThreadedClipboard::stopReading()

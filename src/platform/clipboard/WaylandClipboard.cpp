@@ -51,6 +51,8 @@ void WaylandClipboard::greeted()
         return loseConnection(u"The compositor offers no data control"_s);
     m_selection = std::make_unique<WaylandSelection>(*m_connection, m_ledger, m_limits);
     connect(m_selection.get(), &WaylandSelection::copied, this, &WaylandClipboard::copied);
+    connect(m_selection.get(), &WaylandSelection::readingStarted, this,
+            &WaylandClipboard::readingStarted);
     connect(m_selection.get(), &WaylandSelection::textSettable, this,
             &WaylandClipboard::claimTexts);
     connect(
@@ -94,6 +96,8 @@ void WaylandClipboard::startReading()
     m_isReading = true;
     if (m_selection)
         m_selection->startReading();
+    else
+        Q_EMIT readingStarted();
 }
 
 void WaylandClipboard::stopReading()

@@ -35,7 +35,7 @@ struct WaylandSelectionEvents {
         [](void *data, wl_callback *, uint32_t) { to(data).m_isCounting = true; },
     };
     static constexpr wl_callback_listener unreadTold = {
-        [](void *data, wl_callback *, uint32_t) { to(data).m_isReading = true; },
+        [](void *data, wl_callback *, uint32_t) { to(data).unreadTold(); },
     };
     static constexpr wl_callback_listener textTaken = {
         [](void *data, wl_callback *, uint32_t) { to(data).textTaken(); },
@@ -69,6 +69,12 @@ void WaylandSelection::startReading()
 {
     m_unreadTold = m_connection.synchronize();
     wl_callback_add_listener(m_unreadTold.get(), &WaylandSelectionEvents::unreadTold, this);
+}
+
+void WaylandSelection::unreadTold()
+{
+    m_isReading = true;
+    Q_EMIT readingStarted();
 }
 
 void WaylandSelection::stopReading()
@@ -148,13 +154,13 @@ void WaylandSelection::settleKnown()
     while (!m_changes.empty() && m_changes.front().isKnown()) {
         const Change change = std::move(m_changes.front());
         m_changes.pop_front();
-        if (!change.announcer) {
-            m_ledger.ownerLost();
+        OwnerChanges owners;
+        owners.add(change.announcer.has_value());
+        m_ledger.ownerChanged(owners);
+        if (!change.announcer)
             continue;
-        }
-        m_ledger.ownerChanged(*change.announcer);
-        const auto snapshot =
-            m_ledger.settle(change.reader ? *change.reader->contents() : change.contents);
+        const auto snapshot = m_ledger.settle(
+            change.reader ? *change.reader->contents() : change.contents, *change.announcer);
         if (snapshot)
             Q_EMIT copied(*snapshot);
     }

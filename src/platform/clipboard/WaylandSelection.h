@@ -34,6 +34,7 @@ public:
 
 Q_SIGNALS:
     void copied(const ClipboardSnapshot &snapshot);
+    void readingStarted();
     void textSettable();
     /// The compositor wants no more of us on this connection.
     void finished();
@@ -51,6 +52,7 @@ private:
     };
 
     void watchSeat();
+    void unreadTold();
     void textTaken();
     void offerIntroduced(ext_data_control_offer_v1 *offer);
     void offerSelected(const ext_data_control_offer_v1 *offer);

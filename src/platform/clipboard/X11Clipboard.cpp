@@ -13,26 +13,25 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-QByteArray windowManagerName(const X11Connection &connection)
+/// By which the window manager tells that it runs.
+xcb_window_t windowOfManager(const X11Connection &connection)
 {
-    const X11Atoms &atoms = connection.atoms();
-    const X11Property check = connection.property(connection.rootWindow(), atoms.wmCheck, 4);
+    const X11Property check =
+        connection.property(connection.rootWindow(), connection.atoms().wmCheck, 4);
     xcb_window_t window = XCB_NONE;
-    if (check.data.size() != qsizetype(sizeof window))
-        return {};
-    std::memcpy(&window, check.data.constData(), sizeof window);
-    return connection.property(window, atoms.wmName, 256).data;
+    if (check.data.size() == qsizetype(sizeof window))
+        std::memcpy(&window, check.data.constData(), sizeof window);
+    return window;
 }
 
-/// Below a Wayland compositor an X11 client is told of the copies of Wayland programs only by
-/// some.
-ClipboardReach reachOf(const X11Connection &connection)
+/// Below a Wayland compositor, only mutter tells X11 programs of what Wayland programs copy.
+ClipboardReach reachOf(const X11Connection &connection, xcb_window_t windowManager)
 {
     if (qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
         return ClipboardReach::x11;
-    const QByteArray name = windowManagerName(connection);
-    const bool sharesAll = name == "GNOME Shell" || name == "Mutter";
-    return sharesAll ? ClipboardReach::sharedX11 : ClipboardReach::x11Programs;
+    const QByteArray name = connection.property(windowManager, connection.atoms().wmName, 256).data;
+    const bool isMutter = name == "GNOME Shell" || name == "Mutter";
+    return isMutter ? ClipboardReach::sharedX11 : ClipboardReach::x11Programs;
 }
 
 } // namespace
@@ -59,8 +58,10 @@ void X11Clipboard::start()
     auto connection = X11Connection::open(m_display);
     if (!connection)
         return tryAgainLater();
-    const ClipboardReach reach = reachOf(*connection);
-    m_selection = std::make_unique<X11Selection>(std::move(connection), m_ledger, m_limits);
+    const xcb_window_t windowManager = windowOfManager(*connection);
+    const ClipboardReach reach = reachOf(*connection, windowManager);
+    const xcb_window_t keeper = reach == ClipboardReach::sharedX11 ? windowManager : XCB_NONE;
+    m_selection = std::make_unique<X11Selection>(std::move(connection), m_ledger, m_limits, keeper);
     connect(m_selection.get(), &X11Selection::copied, this, &X11Clipboard::copied);
     // Queued, since the selection is in the middle of its work when it finds out.
     connect(m_selection.get(), &X11Selection::connectionLost, this, &X11Clipboard::loseConnection,
@@ -77,7 +78,7 @@ void X11Clipboard::loseConnection()
 {
     debugLog(u"The connection to the X server is lost"_s);
     m_selection.reset();
-    if (const auto snapshot = m_ledger.settle({}))
+    if (const auto snapshot = m_ledger.settle({}, Announcer::program))
         Q_EMIT copied(*snapshot);
     tryAgainLater();
 }
@@ -94,6 +95,7 @@ void X11Clipboard::startReading()
     m_isReading = true;
     if (m_selection)
         m_selection->startReading();
+    Q_EMIT readingStarted();
 }
 
 void X11Clipboard::stopReading()

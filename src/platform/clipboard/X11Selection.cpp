@@ -3,20 +3,20 @@
 
 #include <QDeadlineTimer>
 
-#include <algorithm>
 #include <poll.h>
 #include <utility>
+
+using namespace std::chrono_literals;
 
 namespace
 {
 
-/// Fewer types than before, and no new one.
-bool isLess(const QList<xcb_atom_t> &types, const QList<xcb_atom_t> &before)
-{
-    return types.size() < before.size()
-        && std::all_of(types.cbegin(), types.cend(),
-                       [&](xcb_atom_t type) { return before.contains(type); });
-}
+/// A surge of owner changes must not keep this thread from all else.
+constexpr int maxEventsAtOnce = 1000;
+/// Between two questions: a program that copies without pause has to answer them one by one.
+constexpr auto readingPause = 5ms;
+constexpr auto longReadingPause = 200ms; // to one that leaves many unanswered
+constexpr int manyUnanswered = 8;
 
 template <typename T>
 const T &as(const xcb_generic_event_t &event)
@@ -27,30 +27,34 @@ const T &as(const xcb_generic_event_t &event)
 } // namespace
 
 X11Selection::X11Selection(std::unique_ptr<X11Connection> connection, CopyLedger &ledger,
-                           const ClipboardLimits &limits)
+                           const ClipboardLimits &limits, xcb_window_t keeper)
     : m_connection(std::move(connection))
     , m_ledger(ledger)
     , m_limits(limits)
+    , m_keeper(keeper)
     , m_ownText(*m_connection)
     , m_reader(*m_connection, limits)
     , m_readable(m_connection->fileDescriptor(), QSocketNotifier::Read)
 {
     connect(&m_readable, &QSocketNotifier::activated, this, &X11Selection::processEvents);
+    m_readingPause.setSingleShot(true);
+    m_readingPause.setTimerType(Qt::PreciseTimer);
+    connect(&m_readingPause, &QTimer::timeout, this, [this] {
+        if (m_isReadingDue)
+            read();
+    });
     connect(&m_reader, &SelectionReader::finished, this, &X11Selection::contentsRead);
-    xcb_xfixes_select_selection_input(m_connection->xcb(), m_ownText.window(),
-                                      m_connection->atoms().clipboard,
-                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER
-                                          | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY
-                                          | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
-    xcb_flush(m_connection->xcb());
+    const X11Atoms &atoms = m_connection->atoms();
+    for (const xcb_atom_t selection : {atoms.clipboard, atoms.clipboardManager})
+        m_connection->watchOwner(selection, m_ownText.window());
+    m_manager = m_connection->selectionOwner(atoms.clipboardManager);
     // The connection may have broken already, or hold events that came while it was made.
     QMetaObject::invokeMethod(this, &X11Selection::processEvents, Qt::QueuedConnection);
 }
 
 void X11Selection::startReading()
 {
-    m_connection->synchronize();
-    processEvents();
+    catchUp();
     m_isReading = true;
 }
 
@@ -69,34 +73,48 @@ xcb_timestamp_t X11Selection::serverTime()
 {
     xcb_change_property(m_connection->xcb(), XCB_PROP_MODE_REPLACE, m_ownText.window(),
                         m_connection->atoms().stamp, XCB_ATOM_STRING, 8, 0, nullptr);
-    m_connection->synchronize();
-    processEvents();
+    catchUp();
     return m_serverTime;
 }
 
-/// Waiting for a reply queues events without making the socket readable again, so none may be left
-/// when this returns.
+/// Handles what the server has told until now.
+void X11Selection::catchUp()
+{
+    m_connection->synchronize();
+    while (const auto event = m_connection->queuedEvent())
+        handle(*event);
+    follow();
+}
+
+/// Some at a time, since changes may come without end. While there are more, none is followed: each
+/// question would only add to what waits.
 void X11Selection::processEvents()
 {
-    while (handleQueuedEvents()) {
-        if (const auto owners = std::exchange(m_unfollowed, {}); !owners.isEmpty())
-            follow(owners);
+    int count = 0;
+    for (; count < maxEventsAtOnce; ++count) {
+        const auto event = m_connection->nextEvent();
+        if (!event)
+            break;
+        handle(*event);
     }
-    if (m_connection->isBroken() && !std::exchange(m_isLost, true)) {
-        m_readable.setEnabled(false);
-        m_reader.abandon();
-        Q_EMIT connectionLost();
+    if (count < maxEventsAtOnce)
+        follow();
+    if (m_connection->isBroken()) {
+        lose();
+    } else if (count > 0) {
+        // Waiting for a reply may queue events without making the socket readable again.
+        QMetaObject::invokeMethod(this, &X11Selection::processEvents, Qt::QueuedConnection);
     }
 }
 
-bool X11Selection::handleQueuedEvents()
+void X11Selection::lose()
 {
-    bool isAny = false;
-    while (const auto event = m_connection->nextEvent()) {
-        handle(*event);
-        isAny = true;
-    }
-    return isAny;
+    if (std::exchange(m_isLost, true))
+        return;
+    m_readable.setEnabled(false);
+    m_readingPause.stop();
+    m_reader.abandon();
+    Q_EMIT connectionLost();
 }
 
 /// Errors are passed over: they tell of requestors that ended before they had their answer.
@@ -133,68 +151,70 @@ void X11Selection::propertyChanged(const xcb_property_notify_event_t &event)
 /// for this one's.
 void X11Selection::ownerChanged(const xcb_xfixes_selection_notify_event_t &event)
 {
+    if (event.selection == m_connection->atoms().clipboardManager) {
+        m_manager = event.owner;
+        return;
+    }
     m_owner = event.owner;
-    m_unfollowed.append({event.owner, event.timestamp});
-}
-
-Announcer X11Selection::announcerOf(xcb_window_t owner) const
-{
-    if (owner == m_ownText.window())
-        return Announcer::us;
-    const xcb_window_t manager =
-        m_connection->selectionOwner(m_connection->atoms().clipboardManager);
-    const bool isManager =
-        manager != XCB_NONE && m_connection->clientOf(manager) == m_connection->clientOf(owner);
-    return isManager ? Announcer::restorer : Announcer::program;
+    m_ownedSince = event.timestamp;
+    m_changes.add(m_owner != XCB_NONE);
 }
 
 /// Of a burst the last owner alone can still be read.
-void X11Selection::follow(const QList<Owner> &owners)
+void X11Selection::follow()
 {
+    if (m_changes.isEmpty())
+        return;
     m_reader.abandon();
-    for (const Owner &owner : owners) {
-        if (owner.window == XCB_NONE)
-            m_ledger.ownerLost();
-        else
-            m_ledger.ownerChanged(announcerOf(owner.window));
-    }
-    const Owner &owner = owners.last();
+    m_ledger.ownerChanged(std::exchange(m_changes, {}));
+    m_isReadingDue = false;
     if (!m_isReading)
-        settle({{}, true});
+        settle({{}, true}, Announcer::program);
     else if (isOwner())
-        settle({m_ownText.text()});
-    else if (owner.window == XCB_NONE)
-        settle({}); // copies whose owner has gone before it gave its text
+        settle({m_ownText.text()}, Announcer::us);
+    else if (m_owner == XCB_NONE)
+        settle({}, Announcer::program); // copies whose owner has gone before it gave its text
+    else if (m_readingPause.isActive())
+        m_isReadingDue = true;
     else
-        beginReading(owner);
+        read();
 }
 
-void X11Selection::beginReading(const Owner &owner)
+void X11Selection::read()
 {
-    const quint32 client = m_connection->clientOf(owner.window);
-    m_isSameClient = client == m_readClient;
-    m_readClient = client;
-    m_readTypes = m_reader.offered();
-    m_reader.read(owner.time);
+    m_isReadingDue = false;
+    m_readingPause.start(m_reader.unanswered() < manyUnanswered ? readingPause : longReadingPause);
+    m_readOwner = m_owner;
+    m_reader.read(m_ownedSince);
 }
 
-/// A compositor that bridges to X11 owns the copies of all its programs, and announces a text again
-/// with fewer types when its program ends.
 void X11Selection::contentsRead(const ClipboardContents &contents)
 {
-    settle(contents, m_isSameClient && isLess(m_reader.offered(), m_readTypes));
+    const quint32 client = m_connection->clientOf(m_readOwner);
+    const auto isBy = [&](xcb_window_t window) {
+        return window != XCB_NONE && m_connection->clientOf(window) == client;
+    };
+    const X11Atoms &atoms = m_connection->atoms();
+    // As measured with mutter 43; what programs copy comes out in more, or in another order.
+    const QList<xcb_atom_t> keepersTypes = {atoms.plainUtf8, atoms.utf8String, atoms.targets,
+                                            atoms.timestamp};
+    if (isBy(m_manager))
+        settle(contents, Announcer::manager);
+    else if (isBy(m_keeper) && m_reader.offered() == keepersTypes)
+        settle(contents, Announcer::keeper);
+    else
+        settle(contents, Announcer::program);
 }
 
-void X11Selection::settle(const ClipboardContents &contents, bool offersLess)
+void X11Selection::settle(const ClipboardContents &contents, Announcer announcer)
 {
-    if (const auto snapshot = m_ledger.settle(contents, offersLess))
+    if (const auto snapshot = m_ledger.settle(contents, announcer))
         Q_EMIT copied(*snapshot);
 }
 
 void X11Selection::handOver()
 {
-    if (!isOwner()
-        || m_connection->selectionOwner(m_connection->atoms().clipboardManager) == XCB_NONE)
+    if (!isOwner() || m_manager == XCB_NONE)
         return;
     m_isHandingOver = true;
     m_ownText.offerToManager(serverTime());

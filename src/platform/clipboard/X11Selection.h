@@ -7,6 +7,7 @@
 #include "X11Connection.h"
 
 #include <QSocketNotifier>
+#include <QTimer>
 
 #include <xcb/xfixes.h>
 
@@ -15,9 +16,10 @@ class X11Selection : public QObject
 {
     Q_OBJECT
 public:
-    /// `ledger` outlives the selection.
+    /// `ledger` outlives the selection. `keeper` is a window of the compositor that keeps the texts
+    /// of programs that end, if there is such a one.
     X11Selection(std::unique_ptr<X11Connection> connection, CopyLedger &ledger,
-                 const ClipboardLimits &limits);
+                 const ClipboardLimits &limits, xcb_window_t keeper);
 
     /// What was copied before this call is counted, but never read.
     void startReading();
@@ -31,41 +33,37 @@ Q_SIGNALS:
     void connectionLost();
 
 private:
-    /// The clipboard's owner after its last change.
-    struct Owner {
-        xcb_window_t window;
-        xcb_timestamp_t time;
-    };
-
+    void catchUp();
     void processEvents();
-    bool handleQueuedEvents();
+    void lose();
     void handle(const xcb_generic_event_t &event);
     void selectionAnswered(const xcb_selection_notify_event_t &event);
     void propertyChanged(const xcb_property_notify_event_t &event);
     void ownerChanged(const xcb_xfixes_selection_notify_event_t &event);
-    void follow(const QList<Owner> &owners);
-    void beginReading(const Owner &owner);
+    void follow();
+    void read();
     void contentsRead(const ClipboardContents &contents);
-    void settle(const ClipboardContents &contents, bool offersLess = false);
-    Announcer announcerOf(xcb_window_t owner) const;
+    void settle(const ClipboardContents &contents, Announcer announcer);
     xcb_timestamp_t serverTime();
     bool isOwner() const { return m_owner == m_ownText.window(); }
 
     std::unique_ptr<X11Connection> m_connection;
     CopyLedger &m_ledger;
     ClipboardLimits m_limits;
+    xcb_window_t m_keeper;
     SelectionOwner m_ownText;
     SelectionReader m_reader;
     QSocketNotifier m_readable;
+    QTimer m_readingPause;
 
     bool m_isReading = false;
+    bool m_isReadingDue = false; // after the pause
     bool m_isLost = false;
     bool m_isHandingOver = false;
     xcb_timestamp_t m_serverTime = 0;
-    xcb_window_t m_owner = XCB_NONE;
-    QList<Owner> m_unfollowed;
-
-    quint32 m_readClient = 0; // whose contents were read last, what it offered
-    QList<xcb_atom_t> m_readTypes;
-    bool m_isSameClient = false;
+    xcb_window_t m_manager = XCB_NONE;
+    xcb_window_t m_owner = XCB_NONE; // after the last change
+    xcb_timestamp_t m_ownedSince = 0;
+    OwnerChanges m_changes; // not yet followed
+    xcb_window_t m_readOwner = XCB_NONE;
 };

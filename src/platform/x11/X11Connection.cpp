@@ -99,6 +99,11 @@ XcbPointer<xcb_generic_event_t> X11Connection::nextEvent() const
     return XcbPointer<xcb_generic_event_t>(xcb_poll_for_event(m_xcb));
 }
 
+XcbPointer<xcb_generic_event_t> X11Connection::queuedEvent() const
+{
+    return XcbPointer<xcb_generic_event_t>(xcb_poll_for_queued_event(m_xcb));
+}
+
 xcb_atom_t X11Connection::atom(const QByteArray &name) const
 {
     const auto asked = xcb_intern_atom(m_xcb, 0, quint16(name.size()), name.constData());
@@ -133,6 +138,15 @@ xcb_window_t X11Connection::selectionOwner(xcb_atom_t selection) const
     const XcbPointer<xcb_get_selection_owner_reply_t> reply(
         xcb_get_selection_owner_reply(m_xcb, asked, nullptr));
     return reply ? reply->owner : xcb_window_t(XCB_NONE);
+}
+
+void X11Connection::watchOwner(xcb_atom_t selection, xcb_window_t window) const
+{
+    xcb_xfixes_select_selection_input(m_xcb, window, selection,
+                                      XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER
+                                          | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY
+                                          | XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    xcb_flush(m_xcb);
 }
 
 void X11Connection::synchronize() const

@@ -52,6 +52,8 @@ public:
     /// The event by which XFixes tells that a selection has another owner.
     int ownerEvent() const { return m_ownerEvent; }
     XcbPointer<xcb_generic_event_t> nextEvent() const;
+    /// Of those that came while a reply was waited for.
+    XcbPointer<xcb_generic_event_t> queuedEvent() const;
 
     xcb_atom_t atom(const QByteArray &name) const;
     /// A window nobody sees, whose property changes are told to us.
@@ -59,6 +61,8 @@ public:
     /// At most `maxBytes`, rounded up to a multiple of four.
     X11Property property(xcb_window_t window, xcb_atom_t name, qsizetype maxBytes) const;
     xcb_window_t selectionOwner(xcb_atom_t selection) const;
+    /// From here on `window`, one of ours, is told by the owner event.
+    void watchOwner(xcb_atom_t selection, xcb_window_t window) const;
     /// The same for all windows of one program.
     quint32 clientOf(xcb_window_t window) const { return window & ~m_resourceMask; }
     /// Returns when the server has done all that was asked before; its events are then queued.
