@@ -173,21 +173,23 @@ class Pause(unittest.TestCase):
 
 
 class Wayland(unittest.TestCase):
-    def copies_are_links(self, desktop):
-        """Twenty copies of a Wayland program, 20 ms apart, and two more with a pause in between."""
+    def start(self, desktop):
+        """The program with its panel open, which may come to the front."""
         desktop.environment["QT_QPA_PLATFORM"] = "wayland"
         program = Program(desktop, BINARY, "--background", WAYLAND_DEBUG="1")
         program.wait_for_line("Started")
         self.assertEqual(ask(desktop, XDG_ACTIVATION_TOKEN="a token"), 0)
-        program.wait_for_line('activate("a token", ')  # the panel may come to the front
-        urls = [f"https://quick.example/{number}" for number in range(20)]
+        program.wait_for_line('activate("a token", ')
+        return program
 
+    def copies_are_links(self, desktop, program):
+        """Copies of a Wayland program, and one more right after a pause."""
         def copy(url):
             subprocess.run(["wl-copy", url], env=desktop.environment, check=True, timeout=10)
+        urls = [f"https://quick.example/{number}" for number in range(5)]
         for url in urls:
             copy(url)
-            time.sleep(0.02)
-        program.wait_for_line("Captured link: " + urls[-1])
+            program.wait_for_line("Captured link: " + url)
         self.assertEqual(ask(desktop, "--pause"), 0)
         copy("https://paused.example")
         self.assertEqual(ask(desktop, "--resume"), 0)
@@ -196,21 +198,39 @@ class Wayland(unittest.TestCase):
         program.wait_for_line("Captured link: " + urls[-1])
         self.assertEqual([link["url"] for link in program.list()[1]], urls[::-1])
 
+    def what_the_compositor_keeps_is_no_copy(self, desktop, program):
+        """It announces the copy of a program that ends again, which is told by its types alone."""
+        def copy(url):
+            copying = subprocess.Popen(["wl-copy", "--foreground", url], env=desktop.environment)
+            desktop.processes.append(copying)
+            program.wait_for_line("Captured link: " + url)
+            return copying
+        copying = copy("https://removed.example")
+        self.assertEqual(ask(desktop, "remove", "https://removed.example"), 0)
+        copying.terminate()
+        copy("https://last.example")
+        self.assertNotIn("https://removed.example", [link["url"] for link in program.list()[1]])
+
     def test_sway(self):
         with Desktop(tray=False) as desktop:
             start_sway(desktop)
-            self.copies_are_links(desktop)
+            self.copies_are_links(desktop, self.start(desktop))
             widgets = Accessibility(desktop)
-            widgets.act("focus", "list item", "https://quick.example/19, ")
+            widgets.act("focus", "list item", "https://quick.example/4, ")
             widgets.act("press", "push button", "Copy URL")
             wait_until(lambda: desktop.run("wl-paste", "--no-newline") ==
-                       "https://quick.example/19", "the panel's copy")
+                       "https://quick.example/4", "the panel's copy")
 
     @unittest.skipUnless(shutil.which("mutter"), "mutter is not installed")
     def test_mutter(self):
         with Desktop(tray=False) as desktop:
             start_mutter(desktop)
-            self.copies_are_links(desktop)
+            program = self.start(desktop)
+            # A program that copies while the keyboard passes to the panel is refused.
+            wait_until(lambda: any("wl_keyboard@" in line and ".enter(" in line
+                                   for line in program.lines()), "the keyboard")
+            self.copies_are_links(desktop, program)
+            self.what_the_compositor_keeps_is_no_copy(desktop, program)
             report = subprocess.run([BINARY, "doctor"], env=desktop.environment, text=True,
                                     capture_output=True).stdout
             self.assertIn("the compositor offers no data control but shares all copies", report)
