@@ -124,6 +124,19 @@ void ClipboardMonitorTest::putsEachCopyThroughTheGates_data()
         {u"https://EXCLUDED.example/x"_s, u"https://a.b.excluded.example:8080"_s}, {},
         {u"Skipping excluded domain: https://EXCLUDED.example/x"_s,
          u"Skipping excluded domain: https://a.b.excluded.example:8080"_s});
+    row("excluded, whatever is written for it",
+        {u"https://ex%63luded%2eexample"_s, u"https://Ｅxcluded。example/"_s, u"http://0x7F.1"_s,
+         u"http://xn--mnchen-3ya.de"_s, u"http://a@b.de:1@excluded.example/"_s},
+        {},
+        {u"Skipping excluded domain: https://ex%63luded%2eexample"_s,
+         u"Skipping excluded domain: https://Ｅxcluded。example"_s,
+         u"Skipping excluded domain: http://0x7F.1"_s,
+         u"Skipping excluded domain: http://xn--mnchen-3ya.de"_s,
+         u"Skipping excluded domain: http://a@b.de:1@excluded.example"_s});
+    row("without a host, or one that browsers alone take",
+        {u"http:///excluded.example"_s, u"https://foo-.example"_s},
+        {u"http:///excluded.example"_s, u"https://foo-.example"_s},
+        {u"Captured link: http:///excluded.example"_s, u"Captured link: https://foo-.example"_s});
     row("not excluded", {u"https://notexcluded.example"_s}, {u"https://notexcluded.example"_s},
         {u"Captured link: https://notexcluded.example"_s});
 }
@@ -134,7 +147,8 @@ void ClipboardMonitorTest::putsEachCopyThroughTheGates()
     QFETCH(const QStringList, stored);
     QFETCH(const QStringList, said);
     Desk desk;
-    for (const QString &domain : {u"Excluded.Example"_s, u"https://b.example"_s, u" b.example"_s})
+    for (const QString &domain : {u"Excluded.Example"_s, u"https://b.example"_s, u" b.example"_s,
+                                  u"127.0.0.1"_s, u"München.de"_s})
         QVERIFY(desk.context().insert(ExcludedDomain{QUuid::createUuid(), domain, {}}));
     desk.start();
     for (const QString &text : copies) {

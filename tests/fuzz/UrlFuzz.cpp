@@ -16,7 +16,9 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t siz
     const QString url = normalizedUrl(*copied);
     const auto address = WebAddress::parse(url);
     demand(address && url.contains(address->host()));
-    demand(address->host().isEmpty() || isExcluded(url, {address->host()}));
+    demand(address->host().isEmpty() == address->askedHost().isEmpty());
+    for (const QString &host : {address->host(), address->askedHost()})
+        demand(host.isEmpty() || isExcluded(url, {host}));
     const QByteArray encoded = address->encoded();
     demand(std::all_of(encoded.begin(), encoded.end(), [](char c) { return c > ' ' && c < 127; }));
     demand(encoded.indexOf('"') < 0 && encoded.indexOf('<') < 0 && encoded.indexOf('>') < 0);

@@ -6,49 +6,142 @@
 
 #include <QTest>
 
+#include <curl/curl.h>
+#include <memory>
+
 using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// The host that a request would go to, without the brackets of an IPv6 address.
+QString hostByCurl(const QByteArray &url)
+{
+    const std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> parsed(curl_url(), curl_url_cleanup);
+    char *text = nullptr;
+    if (curl_url_set(parsed.get(), CURLUPART_URL, url, 0) != CURLUE_OK
+        || curl_url_get(parsed.get(), CURLUPART_HOST, &text, 0) != CURLUE_OK)
+        return {};
+    const QString host = QString::fromUtf8(text);
+    curl_free(text);
+    return host.startsWith(u'[') ? host.sliced(1, host.size() - 2) : host;
+}
+
+} // namespace
 
 class TextTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void parsesWhatBrowsersAccept_data()
+    void parsesWhatBrowsersOpen_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("host");
+        QTest::addColumn<QString>("askedHost");
         QTest::addColumn<QByteArray>("encoded");
         const auto row = [](const char *name, const QString &text, const QString &host,
-                            const QByteArray &encoded) {
-            QTest::newRow(name) << text << host << encoded;
+                            const QString &askedHost, const QByteArray &encoded) {
+            QTest::newRow(name) << text << host << askedHost << encoded;
         };
-        row("host as written", u"http://EXAMPLE.com:80/x"_s, u"EXAMPLE.com"_s,
+        row("host as written", u"http://EXAMPLE.com:80/x"_s, u"EXAMPLE.com"_s, u"example.com"_s,
             "http://example.com:80/x");
-        row("user, @ in the path", u"http://u:p@a.org/x@y:z"_s, u"a.org"_s,
-            "http://u:p@a.org/x@y:z");
-        row("IPv6", u"http://[::1]:8080/"_s, u"::1"_s, "http://[::1]:8080/");
-        row("other scripts", u"http://München.de/ä?q=ö"_s, u"München.de"_s,
-            "http://xn--mnchen-3ya.de/%C3%A4?q=%C3%B6");
-        row("left raw by browsers", u"http://a.org/|{}^100%"_s, u"a.org"_s,
-            "http://a.org/%7C%7B%7D%5E100%25");
-        row("query right behind the host", u"http://a.org?u=//b.org"_s, u"a.org"_s,
+        row("other scripts", u"http://München.de/ä?q=ö#ü"_s, u"München.de"_s,
+            u"xn--mnchen-3ya.de"_s, "http://xn--mnchen-3ya.de/%C3%A4?q=%C3%B6#%C3%BC");
+        row("as browsers leave it", u"http://a.org/|{}^`'100%%7e?{}|'`^#{}|'`^"_s, u"a.org"_s,
+            u"a.org"_s, "http://a.org/|%7B%7D%5E%60'100%%7e?{}|%27`^#{}|'%60^");
+        row("query right behind the host", u"http://a.org?u=//b.org"_s, u"a.org"_s, u"a.org"_s,
             "http://a.org?u=//b.org");
-        row("no host", u"http:///path//x"_s, QString(), "http:///path//x");
+        row("IPv6", u"http://u@[0:0:0:FFFF::1]:8080/"_s, u"0:0:0:FFFF::1"_s, u"::ffff:0:0:0:1"_s,
+            "http://u@[::ffff:0:0:0:1]:8080/");
+        row("no host", u"http:///path//x"_s, {}, {}, "http:///path//x");
+        row("nothing but the scheme", u"https://"_s, {}, {}, "https://");
+
+        const auto host = [row](const char *text, const char *askedHost) {
+            const QString written = QString::fromUtf8(text);
+            row(text, u"http://"_s + written + u"/x"_s, written, QLatin1StringView(askedHost),
+                QByteArray("http://") + askedHost + "/x");
+        };
+        host("-a.example", "-a.example");
+        host("foo-.example", "foo-.example");
+        host("a_b.example", "a_b.example");
+        host("r3---sn-5.example", "r3---sn-5.example");
+        host("a..b", "a..b");
+        host("a.example.", "a.example.");
+        host("ex%61mple.%6frg", "example.org");
+        host("m%C3%BCnchen.de", "xn--mnchen-3ya.de");
+        host("Ｅxample。org", "example.org");
+        host("faß.de", "xn--fa-hia.de");
+        host("☕.example", "xn--53h.example");
+        host("a\xC2\xAD\xE2\x80\x8B"
+             "b.example",
+             "ab.example");
+        host("xn--mnchen-3ya.de", "xn--mnchen-3ya.de");
+        host("0x7F.1", "127.0.0.1");
+        host("017700000001", "127.0.0.1");
+        host("192.168.257", "192.168.1.1");
+        host("１２７.0.0.1", "127.0.0.1");
+        host("1.example", "1.example");
+
+        const auto authority = [row](const char *written, const char *name, const char *encoded) {
+            row(written, u"http://"_s + QLatin1StringView(written) + u"/@"_s,
+                QLatin1StringView(name), QString(QLatin1StringView(name)).toLower(),
+                QByteArray("http://") + encoded + "/@");
+        };
+        authority("u:p@A.org", "A.org", "u:p@a.org");
+        authority("a.org@b.org@c.org", "c.org", "a.org%40b.org@c.org");
+        authority("a.org:80@b.org:8080", "b.org", "a.org:80@b.org:8080");
+        authority("u;=|[:p:%40@c.org", "c.org", "u%3B%3D%7C%5B:p%3A%40@c.org");
+        authority("@c.org", "c.org", "@c.org");
+        authority("a.org:65535", "a.org", "a.org:65535");
+        authority("a.org:", "a.org", "a.org:");
     }
-    void parsesWhatBrowsersAccept()
+    void parsesWhatBrowsersOpen()
     {
         QFETCH(QString, text);
+        QFETCH(QString, askedHost);
         const auto address = WebAddress::parse(text);
         QVERIFY(address);
         QTEST(address->host(), "host");
+        QCOMPARE(address->askedHost(), askedHost);
         QTEST(address->encoded(), "encoded");
+        if (!askedHost.isEmpty())
+            QCOMPARE(hostByCurl(address->encoded()), askedHost);
     }
 
-    void refusesWhatIsNoAddress()
+    void refusesWhatBrowsersDoNotOpen()
     {
-        for (const QString &text : {u""_s, u"http://a b"_s, u"http://a/b c"_s, u"http://a/\u00A0"_s,
-                                    u"http://a/\n"_s, u"http://a/\u0085"_s, u"http://a/\u007F"_s,
-                                    u"http://a/\""_s, u"http://a/<b>"_s, u"http://a.org\\@b.org/"_s,
-                                    u"http://a:99999/"_s, u"http://[::1"_s, u"http://a..b/"_s})
+        for (const QString &text : {u""_s,
+                                    u"a.org"_s,
+                                    u"://a.org"_s,
+                                    u"http://a b"_s,
+                                    u"http://a/b c"_s,
+                                    u"http://a/\u00A0"_s,
+                                    u"http://a/\n"_s,
+                                    u"http://a/\u0085"_s,
+                                    u"http://a/\u007F"_s,
+                                    u"http://a/\""_s,
+                                    u"http://a/<b>"_s,
+                                    u"http://a.org\\@b.org/"_s,
+                                    u"http://a:65536/"_s,
+                                    u"http://a:b/"_s,
+                                    u"http://u@/x"_s,
+                                    u"http://:80/x"_s,
+                                    u"http://[::1"_s,
+                                    u"http://[::1]x/"_s,
+                                    u"http://[1.2.3.4]/"_s,
+                                    u"http://[]/"_s,
+                                    u"http://a]/"_s,
+                                    u"http://1.2.3.256/"_s,
+                                    u"http://1.2.3.4.5/"_s,
+                                    u"http://a.0x1g.09/"_s,
+                                    u"http://a%20b/"_s,
+                                    u"http://a%2Fb/"_s,
+                                    u"http://a%/"_s,
+                                    u"http://%ff/"_s,
+                                    u"http://a|b/"_s,
+                                    u"http://\u00AD/"_s,
+                                    u"http://xn--a/"_s,
+                                    u"http://a\uFFFDb/"_s})
             QVERIFY2(!WebAddress::parse(text) && hostOf(text).isEmpty(), qPrintable(text));
     }
 
