@@ -1,23 +1,41 @@
 // SPDX-License-Identifier: MIT
 #include "async/Turn.h"
 
-#include <algorithm>
+#include <QHash>
+
 #include <utility>
+
+/// The first turn that is on and wanted; null when there is none. Who is on stays it until the end
+/// of the turn, because nobody who comes later is counted before.
+template <typename Wanted>
+Turn *TurnQueue::firstOn(Wanted isWanted) const
+{
+    std::size_t on = 0;
+    QHash<QByteArray, std::size_t> ofKind;
+    for (auto turn = m_turns.begin(); turn != m_turns.end() && on < m_atOnce; ++turn) {
+        std::size_t &ofThisKind = ofKind[(*turn)->m_kind];
+        if (ofThisKind == m_ofOneKind)
+            continue;
+        if (isWanted(*turn))
+            return *turn;
+        ++ofThisKind;
+        ++on;
+    }
+    return nullptr;
+}
 
 bool TurnQueue::isOn(const Turn *turn) const
 {
-    const auto end = std::next(m_turns.begin(), std::min(m_atOnce, m_turns.size()));
-    return std::find(m_turns.begin(), end, turn) != end;
+    return firstOn([turn](const Turn *other) { return other == turn; }) != nullptr;
 }
 
 void TurnQueue::wakeWaiting()
 {
-    const auto isWaiting = [this](const Turn *turn) { return turn->m_waiter && isOn(turn); };
-    const auto next = std::find_if(m_turns.begin(), m_turns.end(), isWaiting);
-    if (next == m_turns.end())
+    Turn *const next = firstOn([](const Turn *turn) { return bool(turn->m_waiter); });
+    if (!next)
         return;
     wakeLater(); // first: whoever is woken may destroy much
-    std::exchange((*next)->m_waiter, {}).resume();
+    std::exchange(next->m_waiter, {}).resume();
 }
 
 void TurnQueue::wakeLater()
@@ -26,8 +44,9 @@ void TurnQueue::wakeLater()
         &m_context, [this] { wakeWaiting(); }, Qt::QueuedConnection);
 }
 
-Turn::Turn(TurnQueue &queue)
+Turn::Turn(TurnQueue &queue, QByteArray kind)
     : m_queue(queue)
+    , m_kind(std::move(kind))
 {
     m_queue.m_turns.push_back(this);
 }
