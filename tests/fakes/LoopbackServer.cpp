@@ -93,6 +93,7 @@ LoopbackServer::Answer LoopbackServer::reply(int status, const QByteArray &body,
 
 void LoopbackServer::welcome(QTcpSocket *socket)
 {
+    ++m_connections;
     m_mostAtOnce = std::max(m_mostAtOnce, ++m_atOnce);
     connect(socket, &QTcpSocket::disconnected, this, [this] { --m_atOnce; });
     connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);

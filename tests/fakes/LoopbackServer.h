@@ -30,6 +30,8 @@ public:
     QByteArray caFile() const { return m_caFile; }
     /// All requests so far, heads and bodies.
     const QList<QByteArray> &requests() const { return m_requests; }
+    /// How many connections there were so far.
+    int connections() const { return m_connections; }
     /// The most connections that were open at the same time.
     int mostAtOnce() const { return m_mostAtOnce; }
 
@@ -45,6 +47,7 @@ private:
     QByteArray m_caFile;
     QHash<QByteArray, Answer> m_answers;
     QList<QByteArray> m_requests;
+    int m_connections = 0;
     int m_atOnce = 0;
     int m_mostAtOnce = 0;
 };

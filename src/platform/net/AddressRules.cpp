@@ -3,51 +3,76 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <cstring>
 #include <netinet/in.h>
 
 namespace
 {
 
-struct Ipv4Block {
-    std::array<uint8_t, 4> first;
+template <std::size_t size>
+struct Block {
+    std::array<uint8_t, size> first;
     int length; ///< of the prefix, in bits
 };
 
 /// RFC 6890 and its registry of special-purpose addresses.
-constexpr Ipv4Block specialIpv4[] = {
-    {{0, 0, 0, 0}, 8},      {{10, 0, 0, 0}, 8},    {{100, 64, 0, 0}, 10}, {{127, 0, 0, 0}, 8},
-    {{169, 254, 0, 0}, 16}, {{172, 16, 0, 0}, 12}, {{192, 0, 0, 0}, 24},  {{192, 168, 0, 0}, 16},
-    {{198, 18, 0, 0}, 15},  {{224, 0, 0, 0}, 4},   {{240, 0, 0, 0}, 4},
+constexpr Block<4> specialIpv4[] = {
+    {{0, 0, 0, 0}, 8},      {{10, 0, 0, 0}, 8},    {{100, 64, 0, 0}, 10},   {{127, 0, 0, 0}, 8},
+    {{169, 254, 0, 0}, 16}, {{172, 16, 0, 0}, 12}, {{192, 0, 0, 0}, 24},    {{192, 0, 2, 0}, 24},
+    {{192, 168, 0, 0}, 16}, {{198, 18, 0, 0}, 15}, {{198, 51, 100, 0}, 24}, {{203, 0, 113, 0}, 24},
+    {{224, 0, 0, 0}, 4},    {{240, 0, 0, 0}, 4},
 };
 
-uint32_t number(const uint8_t *bytes)
+constexpr Block<16> globalIpv6 = {{0x20}, 3}; // all that is handed out, except:
+constexpr Block<16> specialIpv6[] = {
+    {{0x20, 0x01, 0x00}, 23}, // protocols' own, Teredo among them
+    {{0x20, 0x01, 0x0d, 0xb8}, 32},
+    {{0x3f, 0xff, 0x00}, 20},
+};
+
+/// IPv6 addresses that stand for the IPv4 address which begins at a byte of theirs.
+struct Ipv4Dress {
+    Block<16> block;
+    int begin;
+};
+constexpr Ipv4Dress ipv4Dresses[] = {
+    {{{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff}, 96}, 12}, // mapped
+    {{{0x00, 0x64, 0xff, 0x9b}, 96}, 12}, // NAT64
+    {{{0x20, 0x02}, 16}, 2}, // 6to4
+};
+
+template <std::size_t size>
+bool isIn(const Block<size> &block, const uint8_t *address)
 {
-    return uint32_t(bytes[0]) << 24 | uint32_t(bytes[1]) << 16 | uint32_t(bytes[2]) << 8
-        | uint32_t(bytes[3]);
+    return havePrefixInCommon(address, block.first.data(), block.length);
 }
 
 bool isPublicIpv4(const uint8_t *address)
 {
-    return std::none_of(std::begin(specialIpv4), std::end(specialIpv4), [&](const auto &block) {
-        const uint32_t mask = ~uint32_t(0) << (32 - block.length);
-        return (number(address) & mask) == number(block.first.data());
-    });
+    return std::none_of(std::begin(specialIpv4), std::end(specialIpv4),
+                        [&](const auto &block) { return isIn(block, address); });
 }
 
-bool isPublicIpv6(const in6_addr &address)
+bool isPublicIpv6(const uint8_t *address)
 {
-    const uint8_t *const bytes = address.s6_addr;
-    if (IN6_IS_ADDR_V4MAPPED(&address))
-        return isPublicIpv4(bytes + 12);
-    const uint8_t nat64[12] = {0x00, 0x64, 0xff, 0x9b}; // 64:ff9b::/96
-    if (std::memcmp(bytes, nat64, sizeof nat64) == 0)
-        return isPublicIpv4(bytes + 12);
-    return (bytes[0] & 0xe0) == 0x20; // 2000::/3 is all that is handed out
+    for (const Ipv4Dress &dress : ipv4Dresses) {
+        if (isIn(dress.block, address))
+            return isPublicIpv4(address + dress.begin);
+    }
+    return isIn(globalIpv6, address)
+        && std::none_of(std::begin(specialIpv6), std::end(specialIpv6),
+                        [&](const auto &block) { return isIn(block, address); });
 }
 
 } // namespace
+
+bool havePrefixInCommon(const uint8_t *address, const uint8_t *other, int bits)
+{
+    const int bytes = bits / 8;
+    const int rest = bits % 8;
+    return std::memcmp(address, other, std::size_t(bytes)) == 0
+        && (rest == 0 || (address[bytes] ^ other[bytes]) >> (8 - rest) == 0);
+}
 
 bool isPublicAddress(const sockaddr &address)
 {
@@ -56,6 +81,6 @@ bool isPublicAddress(const sockaddr &address)
         return isPublicIpv4(reinterpret_cast<const uint8_t *>(&ipv4.sin_addr));
     }
     if (address.sa_family == AF_INET6)
-        return isPublicIpv6(reinterpret_cast<const sockaddr_in6 &>(address).sin6_addr);
+        return isPublicIpv6(reinterpret_cast<const sockaddr_in6 &>(address).sin6_addr.s6_addr);
     return false;
 }

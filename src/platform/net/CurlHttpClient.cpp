@@ -1,18 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "CurlHttpClient.h"
 
+#include "CurlUrl.h"
 #include "HttpExchange.h"
 
 #include <optional>
 
 namespace
 {
-constexpr std::size_t getLimit = 4; // a page of links must not become a flood of requests
-}
+// Links copied at once must not become a flood of requests, nor wait for the slow one among them.
+constexpr std::size_t getLimit = 32;
+constexpr std::size_t hostLimit = 4;
+} // namespace
 
 CurlHttpClient::CurlHttpClient(HttpNetwork network)
     : m_network(std::move(network))
-    , m_gets(getLimit)
+    , m_gets(getLimit, hostLimit)
 {
 }
 
@@ -22,7 +25,7 @@ Task<HttpReply> CurlHttpClient::send(HttpRequest request)
 {
     std::optional<Turn> turn;
     if (request.method == HttpRequest::Method::get) {
-        Turn &place = turn.emplace(m_gets);
+        Turn &place = turn.emplace(m_gets, CurlUrl(request.url).host());
         co_await place;
     }
     HttpExchange exchange(m_multi, m_network, std::move(request));

@@ -14,8 +14,8 @@ struct HttpNetwork {
     QByteArray caFile; ///< certificates to trust instead of the system's; empty: the system's
 };
 
-/// HTTP through libcurl on the main loop. At most four GETs run at once, others wait in their
-/// order.
+/// HTTP through libcurl on the main loop. At most 32 GETs run at once, four to one host; others
+/// wait in their order.
 class CurlHttpClient final : public HttpClient
 {
 public:

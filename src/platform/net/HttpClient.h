@@ -24,7 +24,8 @@ struct HttpRequest {
     QList<HttpHeader> headers; ///< sent as they stand
     QByteArray body; ///< of a POST
     std::chrono::milliseconds inactivityLimit{10'000}; ///< without a byte, from the request's start
-    std::chrono::milliseconds totalLimit{60'000}; ///< the whole exchange, redirects included
+    /// The whole exchange, redirects included; a second more for each 16 KiB of `body`.
+    std::chrono::milliseconds totalLimit{60'000};
     qint64 bodyLimit = 4 << 20; ///< bytes after decoding; what comes beyond is dropped
     qint64 wireLimit = 16 << 20; ///< bytes received, bodies of redirects included
 };
@@ -51,13 +52,15 @@ struct HttpError {
 
 using HttpReply = Expected<HttpResponse, HttpError>;
 
-/// Performs HTTP requests. Keeps no cookies, sends no referrer. Main thread only.
+/// Performs HTTP requests. Keeps no cookies from one exchange to the next, sends no referrer, and
+/// the user in an address only to the server of that address when it asks for one. Main thread
+/// only.
 class HttpClient
 {
 public:
     virtual ~HttpClient() = default;
     /// One exchange; never answers within the call itself. A GET follows redirects (20 at most,
-    /// never from https to http, never from a public address to a private one), a POST does not,
-    /// and is never repeated. Destroying the task cancels the request.
+    /// never from https to http, never from a public address or through a proxy to a private one),
+    /// a POST does not, and is never repeated. Destroying the task cancels the request.
     virtual Task<HttpReply> send(HttpRequest request) = 0;
 };

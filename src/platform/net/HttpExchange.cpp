@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "HttpExchange.h"
 
+#include "ProxyRules.h"
+
 #include <algorithm>
 #include <arpa/inet.h>
+#include <cstring>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
@@ -12,6 +15,7 @@ namespace
 {
 
 constexpr long redirectLimit = 20;
+constexpr qint64 slowestUpload = 16 << 10; // bytes a second
 
 Kind kindOf(CURLcode code)
 {
@@ -42,15 +46,6 @@ Unexpected<HttpError> error(Kind kind, const char *message)
     return {HttpError{kind, QString::fromUtf8(message)}};
 }
 
-/// Behind a proxy the connected address is the proxy's and tells nothing about the page's.
-bool isBehindProxy()
-{
-    const char *const names[] = {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy",
-                                 "ALL_PROXY"};
-    return std::any_of(std::begin(names), std::end(names),
-                       [](const char *name) { return !qEnvironmentVariableIsEmpty(name); });
-}
-
 /// The address in its text form; absent when it is none.
 std::optional<sockaddr_storage> addressOf(const char *text)
 {
@@ -64,6 +59,28 @@ std::optional<sockaddr_storage> addressOf(const char *text)
     else
         return std::nullopt;
     return storage;
+}
+
+/// Where there is none, curl takes the first part of the path for it.
+bool namesHost(const QByteArray &url)
+{
+    const auto begin = url.indexOf("://") + 3;
+    return begin >= 3 && begin < url.size() && !std::strchr("/?#", url.at(begin));
+}
+
+/// Whether a header line tells of an encoding that curl gives up at.
+bool namesUnknownEncoding(const QByteArray &line)
+{
+    constexpr QByteArrayView name = "content-encoding:";
+    const QByteArray lower = line.toLower();
+    if (!lower.startsWith(name))
+        return false;
+    const QList<QByteArray> codings = lower.sliced(name.size()).split(',');
+    return std::any_of(codings.begin(), codings.end(), [](const QByteArray &coding) {
+        const QByteArrayView known[] = {"",       "identity", "none", "gzip",
+                                        "x-gzip", "deflate",  "br",   "zstd"};
+        return std::find(std::begin(known), std::end(known), coding.trimmed()) == std::end(known);
+    });
 }
 
 /// A line break in a header would begin another one.
@@ -109,8 +126,9 @@ HttpExchange::~HttpExchange()
 void HttpExchange::await_suspend(std::coroutine_handle<> sender)
 {
     m_sender = sender;
-    if (hasBrokenHeader(m_request)) {
-        m_isRefused = true;
+    m_isRefused = hasBrokenHeader(m_request);
+    m_hasNoHost = !namesHost(m_request.url);
+    if (m_isRefused || m_hasNoHost) {
         m_inactivity.setInterval(0);
         m_inactivity.start(); // the answer comes from the main loop
         return;
@@ -131,7 +149,9 @@ void HttpExchange::configure()
     curl_easy_setopt(transfer, CURLOPT_ERRORBUFFER, m_errorText);
     curl_easy_setopt(transfer, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(transfer, CURLOPT_QUICK_EXIT, 1L); // a slow resolver must not hold the end up
-    curl_easy_setopt(transfer, CURLOPT_TIMEOUT_MS, long(m_request.totalLimit.count()));
+    const std::chrono::seconds upload(m_request.body.size() / slowestUpload);
+    const std::chrono::milliseconds total = m_request.totalLimit + upload;
+    curl_easy_setopt(transfer, CURLOPT_TIMEOUT_MS, long(total.count()));
     curl_easy_setopt(transfer, CURLOPT_ACCEPT_ENCODING, "");
     curl_easy_setopt(transfer, CURLOPT_WRITEFUNCTION, &HttpExchange::bodyArrived);
     curl_easy_setopt(transfer, CURLOPT_WRITEDATA, this);
@@ -165,6 +185,10 @@ void HttpExchange::configureMethod()
     CURL *const transfer = m_transfer.get();
     if (m_request.method == HttpRequest::Method::get) {
         curl_easy_setopt(transfer, CURLOPT_HTTP_VERSION, long(CURL_HTTP_VERSION_2TLS));
+        // Some pages send whoever comes without their cookie in a circle.
+        curl_easy_setopt(transfer, CURLOPT_COOKIEFILE, "");
+        // The user in an address is for the server that asks for one, not for all to see.
+        curl_easy_setopt(transfer, CURLOPT_HTTPAUTH, long(CURLAUTH_BASIC | CURLAUTH_DIGEST));
         return;
     }
     curl_easy_setopt(transfer, CURLOPT_POST, 1L);
@@ -214,22 +238,30 @@ size_t HttpExchange::bodyArrived(char *bytes, size_t, size_t count, void *self)
     return exchange.m_response.isTruncated ? CURL_WRITEFUNC_ERROR : count;
 }
 
-size_t HttpExchange::headArrived(char *, size_t, size_t count, void *self)
+size_t HttpExchange::headArrived(char *bytes, size_t, size_t count, void *self)
 {
     auto &exchange = *static_cast<HttpExchange *>(self);
     exchange.m_inactivity.start();
     exchange.m_wireBytes += curl_off_t(count);
+    CURL *const transfer = exchange.m_transfer.get();
+    const QByteArray line = QByteArray::fromRawData(bytes, qsizetype(count));
+    if (line.startsWith("HTTP/"))
+        curl_easy_setopt(transfer, CURLOPT_HTTP_CONTENT_DECODING, 1L);
+    else if (namesUnknownEncoding(line)) // then browsers take the body as it comes
+        curl_easy_setopt(transfer, CURLOPT_HTTP_CONTENT_DECODING, 0L);
     return count;
 }
 
-int HttpExchange::progressed(void *self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t)
+int HttpExchange::progressed(void *self, curl_off_t, curl_off_t received, curl_off_t,
+                             curl_off_t sent)
 {
     auto &exchange = *static_cast<HttpExchange *>(self);
     if (received < exchange.m_hopBytes)
         exchange.m_wireBytes += exchange.m_hopBytes; // the next hop counts from zero
-    if (received > exchange.m_hopBytes)
+    if (received > exchange.m_hopBytes || sent > exchange.m_sentBytes)
         exchange.m_inactivity.start(); // the body of a redirect is seen only here
     exchange.m_hopBytes = received;
+    exchange.m_sentBytes = sent;
     exchange.m_isFlooded = exchange.m_wireBytes + received > exchange.m_request.wireLimit;
     return exchange.m_isFlooded ? 1 : 0;
 }
@@ -254,7 +286,7 @@ int HttpExchange::aboutToRequest(void *self, char *address, char *, int, int)
         return CURL_PREREQFUNC_ABORT;
     }
     exchange.m_isRefused = false; // another address of the same host may have been refused before
-    exchange.m_wasPublic |= exchange.m_network.isPublic(*where);
+    exchange.m_wasPublic |= exchange.m_network.isPublic(*where) || exchange.isProxied();
     exchange.m_wasSecure |= exchange.isAt("https:");
     return CURL_PREREQFUNC_OK;
 }
@@ -265,14 +297,26 @@ bool HttpExchange::mayContact(const sockaddr &address) const
 {
     if (m_wasSecure && !isAt("https:"))
         return false;
-    return !m_wasPublic || m_network.isPublic(address) || isBehindProxy();
+    return !m_wasPublic || m_network.isPublic(address) || isProxied();
+}
+
+/// The connected address is then the proxy's and tells nothing about the page's, which is taken for
+/// one outside.
+bool HttpExchange::isProxied() const
+{
+    return goesThroughProxy(effectiveUrl());
 }
 
 bool HttpExchange::isAt(const char *scheme) const
 {
+    return effectiveUrl().toLower().startsWith(scheme);
+}
+
+QByteArray HttpExchange::effectiveUrl() const
+{
     const char *url = nullptr;
     curl_easy_getinfo(m_transfer.get(), CURLINFO_EFFECTIVE_URL, &url);
-    return url && QByteArray(url).toLower().startsWith(scheme);
+    return url;
 }
 
 void HttpExchange::finish(CURLcode code)
@@ -285,10 +329,14 @@ void HttpExchange::finish(CURLcode code)
 
 HttpReply HttpExchange::replyFor(CURLcode code)
 {
+    if (m_hasNoHost)
+        return error(Kind::badUrl, "The address names no host.");
     if (m_isRefused)
         return error(Kind::refused, "The address may not be asked for from here.");
     if (m_isFlooded)
         return error(Kind::broken, "The answer is too large.");
+    if (code == CURLE_OUT_OF_MEMORY) // its word for a header line that is longer than it takes
+        return error(Kind::broken, "The header of the answer is too large.");
     // What is not HTTP at all has the code of a scheme that is not allowed.
     if (code == CURLE_UNSUPPORTED_PROTOCOL && (isAt("http:") || isAt("https:")))
         code = CURLE_WEIRD_SERVER_REPLY;

@@ -32,8 +32,8 @@ private:
     };
 
     static size_t bodyArrived(char *bytes, size_t, size_t count, void *self);
-    static size_t headArrived(char *, size_t, size_t count, void *self);
-    static int progressed(void *self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t);
+    static size_t headArrived(char *bytes, size_t, size_t count, void *self);
+    static int progressed(void *self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent);
     static curl_socket_t openSocket(void *self, curlsocktype, curl_sockaddr *address);
     static int aboutToRequest(void *self, char *address, char *, int, int);
 
@@ -43,7 +43,9 @@ private:
     void configureTrust();
     void addHeaders();
     bool mayContact(const sockaddr &address) const;
+    bool isProxied() const;
     bool isAt(const char *scheme) const;
+    QByteArray effectiveUrl() const;
     void finish(CURLcode code);
     HttpReply replyFor(CURLcode code);
 
@@ -57,9 +59,11 @@ private:
     HttpResponse m_response;
     curl_off_t m_wireBytes = 0; ///< of earlier hops, and all heads
     curl_off_t m_hopBytes = 0;
+    curl_off_t m_sentBytes = 0; ///< of the request's body
+    bool m_hasNoHost = false;
     bool m_isFlooded = false;
     bool m_isRefused = false;
-    bool m_wasPublic = false; ///< some hop was a public address
+    bool m_wasPublic = false; ///< some hop was a public address, or behind a proxy
     bool m_wasSecure = false; ///< some hop was https
     std::coroutine_handle<> m_sender;
     std::optional<HttpReply> m_reply;
