@@ -81,17 +81,19 @@ Expected<bool, QString> backUpStore(const QString &folder, const QString &path)
     auto file = AtomicFile::open(path, FileAudience::owner);
     if (!file)
         return Unexpected{description(file.error())};
-    const QString draft = file->draft();
+    const auto draft = file->draft();
+    if (!draft)
+        return Unexpected{description(draft.error())};
     const auto copied = readStore(folder, [&draft](StoreDatabase &store) {
-        QFile::resize(draft, 0); // in the second attempt
-        copyInto(store, draft);
+        QFile::resize(*draft, 0); // in the second attempt
+        copyInto(store, *draft);
         return true;
     });
     if (!copied)
         return Unexpected{description(copied.error())};
     if (!*copied)
         return false;
-    if (const auto checked = checkStoreFile(draft); !checked)
+    if (const auto checked = checkStoreFile(*draft); !checked)
         return Unexpected{description(checked.error())};
     if (const auto committed = file->commit(); !committed)
         return Unexpected{description(committed.error())};
@@ -109,9 +111,12 @@ Expected<std::optional<QString>, StoreError> restoreStore(const QString &folder,
     auto file = AtomicFile::open(StoreDatabase::pathIn(folder), FileAudience::owner);
     if (!file)
         return cannotOpen(description(file.error()));
-    if (const auto copied = copyFile(path, file->draft()); !copied)
+    const auto draft = file->draft();
+    if (!draft)
+        return cannotOpen(description(draft.error()));
+    if (const auto copied = copyFile(path, *draft); !copied)
         return Unexpected{copied.error()};
-    if (const auto checked = checkStoreFile(file->draft()); !checked)
+    if (const auto checked = checkStoreFile(*draft); !checked)
         return Unexpected{checked.error()};
 
     const QString old = StoreDatabase::pathIn(folder);

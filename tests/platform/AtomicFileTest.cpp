@@ -10,6 +10,7 @@
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -55,15 +56,47 @@ private Q_SLOTS:
         QCOMPARE(contentOf(m_path), "new");
     }
 
-    void leavesNothingBehindWhenDropped()
+    /// With and without a name, dropped and killed.
+    void leavesNothingBehind()
     {
         QCOMPARE(write(m_path, "old"), QString());
         {
             auto file = AtomicFile::open(m_path);
             QVERIFY(file && file->write("new"));
+            QCOMPARE(names(), QStringList{u"links.md"_s});
+            QVERIFY(bool(file->draft()));
+            QCOMPARE(write(m_path, "newer"), QString()); // takes the other's draft for no leftover
+            QCOMPARE(names().size(), 2);
         }
-        QCOMPARE(contentOf(m_path), "old");
         QCOMPARE(names(), QStringList{u"links.md"_s});
+
+        const pid_t child = fork();
+        if (child == 0) {
+            auto file = AtomicFile::open(m_path);
+            _exit(file && file->draft() ? 0 : 1);
+        }
+        int status = 0;
+        QCOMPARE(waitpid(child, &status, 0), child);
+        QCOMPARE(status, 0);
+        QCOMPARE(names().size(), 2);
+        QCOMPARE(write(m_folder->filePath(u"other.md"_s), "x"), QString());
+        QCOMPARE(names(), (QStringList{u"links.md"_s, u"other.md"_s}));
+        QCOMPARE(contentOf(m_path), "newer");
+    }
+
+    void followsNoLinkThatAnotherUserLaidOut()
+    {
+        if (geteuid() != 0)
+            QSKIP("only root can make another user's link");
+        QCOMPARE(write(m_path, "old"), QString());
+        const QString first = m_folder->filePath(u"first"_s);
+        const QString second = m_folder->filePath(u"second"_s);
+        QVERIFY(QFile::link(m_path, second) && QFile::link(u"second"_s, first));
+        QCOMPARE(lchown(QFile::encodeName(second).constData(), 65534, 65534), 0);
+        QCOMPARE(write(first, "new"), QString()); // nobody else may write to the folder
+        QCOMPARE(chmod(QFile::encodeName(m_folder->path()).constData(), 01777), 0);
+        QCOMPARE(write(first, "newer"), description(FileError{second, FileError::foreignLink}));
+        QCOMPARE(contentOf(m_path), "new");
     }
 
     void keepsPermissionsAndLinks()
@@ -103,14 +136,14 @@ private Q_SLOTS:
         QTest::addColumn<int>("code");
         QTest::newRow("a vanished folder") << u"/nowhere/links.md"_s << ENOENT;
         QTest::newRow("a folder") << QDir::tempPath() << EISDIR;
-        QTest::newRow("a device") << u"/dev/null"_s << EINVAL;
+        QTest::newRow("a device") << u"/dev/null"_s << int(FileError::notRegular);
     }
 
     void refusesWhatItCannotReplace()
     {
         QFETCH(QString, path);
         QFETCH(int, code);
-        QCOMPARE(write(path, "new"), path + u": " + qt_error_string(code));
+        QCOMPARE(write(path, "new"), description(FileError{path, code}));
     }
 
     void refusesReadOnlyFoldersAndFiles()
