@@ -18,6 +18,7 @@
 #include "TrayIcon.h"
 #include "UnixSignal.h"
 #include "UpdateView.h"
+#include "commands/Terminal.h"
 #include "settings/InlineSettingsView.h"
 #include "settings/SettingsView.h"
 
@@ -276,7 +277,10 @@ int runStrandloom(int argc, char **argv, const Start &start)
         QObject::connect(end, &UnixSignal::arrived, &application, &QCoreApplication::quit);
 
     SingleInstance instance;
-    if (instance.claim(start.action, launch) == SingleInstance::Role::second)
+    const auto role = instance.claim(start.action, launch);
+    if (!role)
+        return fail(role.error(), ExitCode::notRunning);
+    if (*role == SingleInstance::Role::second)
         return int(ExitCode::done);
 
     SystemClock clock;

@@ -10,11 +10,13 @@
 #include <QDBusMessage>
 #include <QDeadlineTimer>
 #include <QFile>
-#include <QLockFile>
 #include <QStandardPaths>
 #include <QThread>
 
+#include <cerrno>
 #include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -27,9 +29,18 @@ const QString applicationInterface = u"org.freedesktop.Application"_s;
 /// How long the running instance may take to answer, and to end.
 constexpr auto patience = 5s;
 
-QString lockPath()
+QByteArray lockPath()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + u"/strandloom.lock";
+    return QFile::encodeName(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation)
+                             + u"/strandloom.lock");
+}
+
+struct flock wholeFile()
+{
+    struct flock place = {};
+    place.l_type = F_WRLCK;
+    place.l_whence = SEEK_SET;
+    return place;
 }
 
 /// Real-time signals, which by default nobody else sends.
@@ -38,21 +49,16 @@ int signalFor(ApplicationAction action)
     return SIGRTMIN + int(action);
 }
 
-QString programOf(qint64 process)
+/// Who holds the lock, in the kernel's word: a file that was left behind names nobody.
+std::optional<pid_t> lockOwner()
 {
-    const QString file = QFile::symLinkTarget(u"/proc/%1/exe"_s.arg(process)).section(u'/', -1);
-    return file.endsWith(u" (deleted)") ? file.section(u' ', 0, -2) : file; // replaced by an update
-}
-
-/// Whose lock file it is; absent when nobody holds it. The number in a file that was left behind
-/// may have become another program's.
-std::optional<pid_t> lockOwner(const QLockFile &file)
-{
-    qint64 owner = 0;
-    QString host, program;
-    if (!file.getLockInfo(&owner, &host, &program) || programOf(owner) != program)
+    const int file = open(lockPath().constData(), O_RDONLY | O_CLOEXEC);
+    if (file < 0)
         return std::nullopt;
-    return pid_t(owner);
+    struct flock place = wholeFile();
+    const bool isHeld = fcntl(file, F_GETLK, &place) == 0 && place.l_type != F_UNLCK;
+    close(file);
+    return isHeld ? std::optional(place.l_pid) : std::nullopt;
 }
 
 bool isRunningOnBus()
@@ -78,6 +84,13 @@ Expected<void, QString> tellOnBus(ApplicationAction action, const QVariantMap &l
     return {};
 }
 
+Expected<void, QString> tellBySignal(pid_t owner, ApplicationAction action)
+{
+    if (owner > 0 && ::kill(owner, signalFor(action)) == 0)
+        return {};
+    return Unexpected{QString(u"the running program cannot be reached"_s)};
+}
+
 /// A start right after must not take one that is about to end for the program.
 template <typename IsRunning>
 Expected<void, QString> waitForEnd(IsRunning isRunning)
@@ -99,62 +112,80 @@ SingleInstance::SingleInstance(QObject *parent)
 
 SingleInstance::~SingleInstance()
 {
-    if (m_lockFile)
+    if (m_lockFile >= 0) {
+        close(m_lockFile); // while the signals of those who find it locked are still heard
         return;
+    }
     auto bus = QDBusConnection::sessionBus();
     bus.unregisterService(serviceName);
     bus.unregisterObject(objectPath);
 }
 
-SingleInstance::Role SingleInstance::claim(ApplicationAction action, const QVariantMap &launchData)
+SingleInstance::Claim SingleInstance::claim(ApplicationAction action, const QVariantMap &launchData)
 {
     return QDBusConnection::sessionBus().isConnected() ? claimOnBus(action, launchData)
                                                        : claimLockFile(action);
 }
 
-SingleInstance::Role SingleInstance::claimOnBus(ApplicationAction action,
-                                                const QVariantMap &launchData)
+SingleInstance::Claim SingleInstance::claimOnBus(ApplicationAction action,
+                                                 const QVariantMap &launchData)
 {
     auto bus = QDBusConnection::sessionBus();
     bus.registerObject(objectPath, this, QDBusConnection::ExportAdaptors);
-    const auto reply =
-        bus.interface()->registerService(serviceName, QDBusConnectionInterface::DontQueueService,
-                                         QDBusConnectionInterface::DontAllowReplacement);
-    if (reply.value() == QDBusConnectionInterface::ServiceRegistered)
-        return Role::first;
-    if (const auto told = tellOnBus(action, launchData); !told)
-        debugLog(u"Failed to activate the running instance: "_s + told.error());
-    return Role::second;
+    while (true) {
+        const auto reply = bus.interface()->registerService(
+            serviceName, QDBusConnectionInterface::DontQueueService,
+            QDBusConnectionInterface::DontAllowReplacement);
+        if (!reply.isValid())
+            return Unexpected{reply.error().message()};
+        if (reply.value() == QDBusConnectionInterface::ServiceRegistered)
+            return Role::first;
+        const auto told = tellOnBus(action, launchData);
+        if (told)
+            return Role::second;
+        if (isRunningOnBus())
+            return Unexpected{told.error()};
+        // It was about to end: this is the program now.
+    }
 }
 
-SingleInstance::Role SingleInstance::claimLockFile(ApplicationAction action)
+SingleInstance::Claim SingleInstance::claimLockFile(ApplicationAction action)
 {
     // Whoever finds the file locked calls its owner at once, which would end one that cannot hear.
     for (const ApplicationAction call : applicationActions) {
         auto &signal = m_calls.emplace_back(std::make_unique<UnixSignal>(signalFor(call)));
         connect(signal.get(), &UnixSignal::arrived, this, [this, call] { Q_EMIT requested(call); });
     }
-    m_lockFile = std::make_unique<QLockFile>(lockPath());
-    m_lockFile->setStaleLockTime(0); // only a dead owner makes the lock stale
-    if (m_lockFile->tryLock())
-        return Role::first;
-    if (const auto owner = lockOwner(*m_lockFile))
-        ::kill(*owner, signalFor(action));
-    return Role::second;
+    const QByteArray path = lockPath();
+    m_lockFile = open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    const auto cannotLock = [&path] {
+        const QString reason = qt_error_string();
+        return Unexpected{QString(QFile::decodeName(path) + u": " + reason)};
+    };
+    if (m_lockFile < 0)
+        return cannotLock();
+    struct flock place = wholeFile();
+    while (fcntl(m_lockFile, F_SETLK, &place) != 0) {
+        if (errno != EACCES && errno != EAGAIN)
+            return cannotLock();
+        const auto owner = lockOwner();
+        if (!owner)
+            continue; // it has just ended
+        const auto told = tellBySignal(*owner, action);
+        return told ? Claim(Role::second) : Unexpected{told.error()};
+    }
+    return Role::first;
 }
 
 Expected<void, QString> SingleInstance::tell(ApplicationAction action)
 {
-    const QLockFile file(lockPath());
     const bool hasBus = QDBusConnection::sessionBus().isConnected();
-    const auto isRunning = [&] { return hasBus ? isRunningOnBus() : lockOwner(file).has_value(); };
+    const auto isRunning = [&] { return hasBus ? isRunningOnBus() : lockOwner().has_value(); };
     if (!isRunning())
         return Unexpected{QString(u"the program is not running"_s)};
-    if (hasBus) {
-        if (auto told = tellOnBus(action, {}); !told)
-            return told;
-    } else if (const auto owner = lockOwner(file)) {
-        ::kill(*owner, signalFor(action));
-    }
+    const auto told =
+        hasBus ? tellOnBus(action, {}) : tellBySignal(lockOwner().value_or(0), action);
+    if (!told)
+        return told;
     return action == ApplicationAction::quit ? waitForEnd(isRunning) : Expected<void, QString>();
 }

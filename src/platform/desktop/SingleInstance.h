@@ -10,7 +10,6 @@
 #include <memory>
 #include <vector>
 
-class QLockFile;
 class UnixSignal;
 
 /// Sees to it that the user runs the program once. The first start owns the name "app.strandloom"
@@ -32,9 +31,12 @@ public:
     explicit SingleInstance(QObject *parent = nullptr);
     ~SingleInstance() override;
 
+    /// The error, that another instance runs and does not answer, is a sentence for the user.
+    using Claim = Expected<Role, QString>;
+
     /// Becomes the first instance, or asks the running one for `action`, handing on what
     /// `launchData()` gave.
-    Role claim(ApplicationAction action, const QVariantMap &launchData);
+    Claim claim(ApplicationAction action, const QVariantMap &launchData);
 
     /// Asks the running instance for `action`, and waits for it to end when that is `quit`. The
     /// error, that there is none or that it does not answer, is a sentence for the user. For a
@@ -46,9 +48,9 @@ Q_SIGNALS:
     void requested(ApplicationAction action);
 
 private:
-    Role claimOnBus(ApplicationAction action, const QVariantMap &launchData);
-    Role claimLockFile(ApplicationAction action);
+    Claim claimOnBus(ApplicationAction action, const QVariantMap &launchData);
+    Claim claimLockFile(ApplicationAction action);
 
     std::vector<std::unique_ptr<UnixSignal>> m_calls; ///< of further starts where there is no bus
-    std::unique_ptr<QLockFile> m_lockFile; ///< released before its owner can no longer be called
+    int m_lockFile = -1; ///< a descriptor, which holds the lock; negative where there is a bus
 };
