@@ -28,8 +28,10 @@ constexpr auto lockAttempt = 100ms; ///< then look whether the program has start
 /// How long to keep the store at a time, and how long to leave it to others.
 constexpr auto holdLimit = 1s;
 constexpr auto holdPause = 50ms;
-/// Links may be large, and the bus has a limit.
+/// What a call may hold keeps the store, and whoever else wants it, that long.
+constexpr int linksPerCall = 500;
 constexpr qsizetype bytesPerCall = 1 << 20;
+static_assert(linksPerCall <= LinksAdaptor::linksPerCall);
 
 Unexpected<CommandError> unusable(const StoreError &error)
 {
@@ -119,9 +121,15 @@ public:
         QByteArray array;
         qsizetype size = 0;
         for (const CapturedLink &link : links) {
-            array.append(array.isEmpty() ? '[' : ',').append(jsonOf(link));
-            const bool isFull = ++size == LinksAdaptor::linksPerCall || array.size() > bytesPerCall;
-            if (!isFull && &link != &links.last())
+            const QByteArray object = jsonOf(link);
+            if (bytesPerCall + object.size() < LinksAdaptor::bytesPerCall) {
+                array.append(array.isEmpty() ? '[' : ',').append(object);
+                ++size;
+            } else {
+                counts.note(Refusal::noWebAddress); // megabytes of anything
+            }
+            const bool isFull = size == linksPerCall || array.size() > bytesPerCall;
+            if (array.isEmpty() || (!isFull && &link != &links.last()))
                 continue;
             const auto answer = call(u"Import"_s, {array.append(']')});
             if (!answer)
@@ -142,7 +150,7 @@ private:
         QStringList texts;
         for (const LinkId &id : ids) {
             texts.append(id.toString());
-            if (texts.size() < LinksAdaptor::linksPerCall && &id != &ids.last())
+            if (texts.size() < linksPerCall && &id != &ids.last())
                 continue;
             const Result called = done(call(method, {std::exchange(texts, {})}));
             if (!called)
@@ -166,7 +174,8 @@ private:
             QDBusConnection::sessionBus().call(message, QDBus::Block, int(answerLimit.count()));
         if (answer.type() != QDBusMessage::ErrorMessage)
             return answer.arguments();
-        if (answer.errorName() == LinksAdaptor::storeError)
+        if (answer.errorName() == LinksAdaptor::storeError
+            || answer.errorName() == LinksAdaptor::invalidError)
             return Unexpected{CommandError{ExitCode::unusable, answer.errorMessage()}};
         const QString reason = u"the running program does not answer: " + answer.errorMessage();
         return Unexpected{CommandError{ExitCode::notRunning, reason}};

@@ -2,55 +2,39 @@
 #include "LinksAdaptor.h"
 
 #include "Clock.h"
+#include "LinkAddress.h"
+#include "LinkFileReader.h"
 #include "LinkIntake.h"
-#include "LinkJson.h"
 #include "ModelContext.h"
+#include "async/LoopTurn.h"
 
-#include <QDBusConnection>
+#include <QBuffer>
 #include <QDBusMessage>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace
 {
 
-void refuse(const QDBusMessage &call, QLatin1StringView error, const QString &reason)
+/// How long the main loop is held at a time.
+constexpr auto slice = 5ms;
+
+CallError invalid(const QString &reason)
 {
-    call.setDelayedReply(true); // this is the reply
-    QDBusConnection::sessionBus().send(call.createErrorReply(error, reason));
+    return {LinksAdaptor::invalidError, reason};
 }
 
-void refuse(const QDBusMessage &call, const StoreError &error)
+CallError tooMany()
 {
-    refuse(call, LinksAdaptor::storeError, description(error));
+    return invalid(u"more than %1 links in one call"_s.arg(LinksAdaptor::linksPerCall));
 }
 
-/// Absent when one of them is none, or there are too many.
-std::optional<QList<LinkId>> linkIds(const QStringList &texts)
+Unexpected<CallError> failure(const StoreError &error)
 {
-    QList<LinkId> ids;
-    for (const QString &text : texts)
-        ids.append(LinkId(text));
-    const bool isValid = ids.size() <= LinksAdaptor::linksPerCall && !ids.contains(LinkId());
-    return isValid ? std::optional(ids) : std::nullopt;
-}
-
-/// Absent when it is no array, or too long.
-std::optional<QList<CapturedLink>> linksFrom(const QByteArray &json, Instant now)
-{
-    const QJsonDocument document = QJsonDocument::fromJson(json);
-    const QJsonArray array = document.array();
-    if (!document.isArray() || array.size() > LinksAdaptor::linksPerCall)
-        return std::nullopt;
-    QList<CapturedLink> links;
-    for (const auto &value : array)
-        links.append(linkFrom(value.toObject(), now).value_or(CapturedLink()));
-    return links;
+    return Unexpected{CallError{LinksAdaptor::storeError, description(error)}};
 }
 
 } // namespace
@@ -64,59 +48,101 @@ LinksAdaptor::LinksAdaptor(const Parts &parts, QObject *parent)
 
 QString LinksAdaptor::Add(const QString &address, const QDBusMessage &call)
 {
-    const auto added = LinkIntake(m_parts.modelContext).add(address, m_parts.clock.now());
-    if (!added) {
-        refuse(call, added.error());
-        return {};
-    }
-    if (!*added)
-        return description(added->error());
-    m_tasks.start(m_titles.fetchTitle(&m_parts.modelContext, (*added)->id));
+    if (address.size() > longestText)
+        refuse(call, invalid(u"the address is too long"_s));
+    else
+        m_calls.add(call, address.size(), [this, address] { return add(address); });
     return {};
 }
 
-void LinksAdaptor::SetTitle(const QString &id, const QString &title)
+void LinksAdaptor::SetTitle(const QString &id, const QString &title, const QDBusMessage &call)
 {
-    m_parts.modelContext.setTitle(LinkId(id), title);
+    const LinkId link(id);
+    if (link.isNull())
+        return refuse(call, invalid(u"not the id of a link"_s));
+    if (title.size() > longestText)
+        return refuse(call, invalid(u"the title is too long"_s));
+    m_calls.add(call, title.size(), [this, link, title] { return setTitle(link, title); });
 }
 
 void LinksAdaptor::Remove(const QStringList &ids, const QDBusMessage &call)
 {
-    change(ids, call,
-           [this](const QList<LinkId> &links) { return m_parts.modelContext.remove(links); });
+    queueChange(ids, call, &ModelContext::remove);
 }
 
 void LinksAdaptor::HideExported(const QStringList &ids, const QDBusMessage &call)
 {
-    change(ids, call,
-           [this](const QList<LinkId> &links) { return m_parts.modelContext.hideExported(links); });
+    queueChange(ids, call, &ModelContext::hideExported);
 }
 
-void LinksAdaptor::change(const QStringList &ids, const QDBusMessage &call, const Change &apply)
+qlonglong LinksAdaptor::Import(const QByteArray &links, const QDBusMessage &call, qlonglong &,
+                               qlonglong &, qlonglong &)
 {
-    const auto links = linkIds(ids);
-    if (!links)
-        return refuse(call, invalidError, u"not a few link ids"_s);
-    if (const auto changed = apply(*links); !changed)
-        refuse(call, changed.error());
+    if (links.size() > bytesPerCall)
+        refuse(call, invalid(u"the array is larger than %1 MiB"_s.arg(bytesPerCall >> 20)));
+    else if (!links.startsWith('['))
+        refuse(call, invalid(u"not an array of links"_s));
+    else
+        m_calls.add(call, links.size(), [this, links] { return import(links); });
+    return 0;
 }
 
-qlonglong LinksAdaptor::Import(const QByteArray &links, const QDBusMessage &call,
-                               qlonglong &alreadyStored, qlonglong &excluded,
-                               qlonglong &noWebAddress)
+void LinksAdaptor::queueChange(const QStringList &ids, const QDBusMessage &call, Change apply)
 {
-    const auto offered = linksFrom(links, m_parts.clock.now());
-    if (!offered) {
-        refuse(call, invalidError, u"not an array of a few links"_s);
-        return 0;
+    if (ids.size() > linksPerCall)
+        return refuse(call, tooMany());
+    QList<LinkId> links;
+    for (const QString &id : ids)
+        links.append(LinkId(id));
+    if (links.contains(LinkId()))
+        return refuse(call, invalid(u"not the ids of links"_s));
+    m_calls.add(call, links.size() * qsizetype(sizeof(LinkId)),
+                [this, links, apply] { return change(links, apply); });
+}
+
+Task<CallQueue::Answer> LinksAdaptor::add(QString address)
+{
+    const auto added = LinkIntake(m_parts.modelContext).add(address, m_parts.clock.now());
+    if (!added)
+        co_return failure(added.error());
+    if (!*added)
+        co_return QVariantList{description(added->error())};
+    m_tasks.start(m_titles.fetchTitle(&m_parts.modelContext, (*added)->id));
+    co_return QVariantList{QString()};
+}
+
+Task<CallQueue::Answer> LinksAdaptor::setTitle(LinkId id, QString title)
+{
+    m_parts.modelContext.setTitle(id, title);
+    co_return QVariantList();
+}
+
+Task<CallQueue::Answer> LinksAdaptor::change(QList<LinkId> ids, Change apply)
+{
+    const auto changed = (m_parts.modelContext.*apply)(ids);
+    co_return changed ? Answer(QVariantList()) : failure(changed.error());
+}
+
+Task<CallQueue::Answer> LinksAdaptor::import(QByteArray json)
+{
+    QBuffer buffer(&json);
+    buffer.open(QBuffer::ReadOnly);
+    LinkFileReader reader(buffer, m_parts.clock.now());
+    QList<CapturedLink> links;
+    auto since = m_parts.clock.elapsed();
+    while (const auto entry = reader.next()) {
+        if (links.size() == linksPerCall)
+            co_return Unexpected{tooMany()};
+        links.append(entry->link.value_or(CapturedLink())); // which is no web address
+        if (m_parts.clock.elapsed() - since < slice)
+            continue;
+        LoopTurn turn;
+        co_await turn;
+        since = m_parts.clock.elapsed();
     }
-    const auto counts = LinkIntake(m_parts.modelContext).import(*offered);
-    if (!counts) {
-        refuse(call, counts.error());
-        return 0;
-    }
-    alreadyStored = counts->alreadyStored;
-    excluded = counts->excluded;
-    noWebAddress = counts->noWebAddress;
-    return counts->taken;
+    const auto counts = LinkIntake(m_parts.modelContext).import(links);
+    if (!counts)
+        co_return failure(counts.error());
+    co_return QVariantList{counts->taken, counts->alreadyStored, counts->excluded,
+                           counts->noWebAddress};
 }

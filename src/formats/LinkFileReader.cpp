@@ -217,6 +217,20 @@ std::optional<LinkFileReader::Piece> LinkFileReader::pieceUntil(char end)
 
 std::optional<LinkFileEntry> LinkFileReader::next()
 {
+    auto entry = nextAsRead();
+    if (!entry || !entry->link)
+        return entry;
+    if (entry->link->url.size() > longestText)
+        return LinkFileEntry();
+    for (auto *const text : {&entry->link->title, &entry->link->summary}) {
+        if (*text && (*text)->size() > longestText)
+            text->reset();
+    }
+    return entry;
+}
+
+std::optional<LinkFileEntry> LinkFileReader::nextAsRead()
+{
     if (!m_format) {
         if (fill() && m_buffer.startsWith("\xef\xbb\xbf"))
             m_position = 3; // a byte order mark

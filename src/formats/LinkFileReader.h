@@ -22,7 +22,8 @@ public:
     /// at `now`, in their order.
     LinkFileReader(QIODevice &device, Instant now);
 
-    /// Absent at the end, and when the device fails.
+    /// Absent at the end, and when the device fails. A title or summary that is too long is left
+    /// out.
     std::optional<LinkFileEntry> next();
 
 private:
@@ -33,6 +34,7 @@ private:
         bool isEnded = false; ///< by what it was to end with
     };
 
+    std::optional<LinkFileEntry> nextAsRead();
     bool fill();
     bool skipSpace();
     std::optional<Piece> pieceUntil(char end);

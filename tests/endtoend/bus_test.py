@@ -1,0 +1,101 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""What other programs on the session bus can do to the running program."""
+
+import pathlib
+import re
+import sys
+import time
+import unittest
+
+import dbus
+
+from desktop import Desktop, Program, wait_until, windows
+
+BINARY = str(pathlib.Path(sys.argv.pop(1)).resolve())
+IS_SANITIZED = b"__asan_init" in pathlib.Path(BINARY).read_bytes()
+LINKS = "app.strandloom.Links"
+MEBIBYTE = 1 << 20
+
+
+class Bus(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = Desktop(tray=False)
+        cls.addClassCleanup(cls.desktop.close)
+        cls.program = Program(cls.desktop, BINARY)
+        cls.program.wait_for_line("Started")
+
+    def connect(self):
+        return dbus.bus.BusConnection(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+
+    def call(self, method, signature, *arguments):
+        """The answer, or the name of the error."""
+        try:
+            return self.connect().call_blocking("app.strandloom", "/app/strandloom", LINKS, method,
+                                                signature, arguments, timeout=120)
+        except dbus.DBusException as error:
+            return error.get_dbus_name().removeprefix("app.strandloom.Error.")
+
+    def peak(self):
+        """The most memory that the program has used so far, in MiB."""
+        status = pathlib.Path(f"/proc/{self.program.process.pid}/status").read_text()
+        return int(re.search(r"VmHWM:\s+(\d+)", status)[1]) // 1024
+
+    def urls(self, part):
+        return [link["url"] for link in self.program.list()[1] if part in link["url"]]
+
+    def test_what_is_too_much_is_refused(self):
+        known = "00000000-0000-4000-8000-000000000001"
+        link = f'{{"url":"https://known.example","id":"{known}"}}'.encode()
+        before = self.peak()
+        for method, signature, argument, answer in (
+                ("Import", "ay", [b"[" + link + b"]"], (1, 0, 0, 0)),
+                ("Add", "s", [" " * (100 * MEBIBYTE)], "Invalid"),
+                ("Add", "s", ["https://large.example/" + "a" * (52 * MEBIBYTE)], "Invalid"),
+                ("Add", "s", [" " * MEBIBYTE], "not a web address"),
+                ("Add", "s", ["https://large.example/" + "a" * (MEBIBYTE - 22)], ""),
+                ("SetTitle", "ss", [known, "t" * (50 * MEBIBYTE)], "Invalid"),
+                ("SetTitle", "ss", ["no id", "title"], "Invalid"),
+                ("Remove", "as", [[known, "no id"]], "Invalid"),
+                ("HideExported", "as", [[known] * 1001], "Invalid"),
+                ("Import", "ay", [b"[" + b"{}," * 1000 + b"{}]"], "Invalid"),
+                ("Import", "ay", [b"[" + b" " * (50 * MEBIBYTE)], "Invalid"),
+                ("Import", "ay", [b"[" * (4 * MEBIBYTE)], (0, 0, 0, 0)),
+                ("Import", "ay", [b'{"url":"https://large.example"}'], "Invalid")):
+            with self.subTest(method=method, answer=answer):
+                self.assertEqual(self.call(method, signature, *argument), answer)
+        print(f"{before} MiB before, at most {self.peak()} MiB", file=sys.stderr)
+        if not IS_SANITIZED:
+            self.assertLess(self.peak(), before + 400)  # the bus hands on 100 MiB, in UTF-16
+        self.assertEqual(len(self.urls("known")), 1)
+        self.assertEqual([len(url) for url in self.urls("large")], [MEBIBYTE])
+
+    def flood(self, number):
+        peer = self.connect()
+        for call in range(10_000):
+            message = dbus.lowlevel.MethodCallMessage("app.strandloom", "/app/strandloom", LINKS,
+                                                      "Add")
+            message.append(f"https://flood.example/{number}/{call}", signature="s")
+            peer.send_message(message)
+        peer.flush()
+
+    def test_a_flood_leaves_the_panel_to_its_user(self):
+        quiet, flooded = [], []
+        for start in range(6):
+            panel = self.program.open_panel()
+            self.desktop.run("xdotool", "windowfocus", "--sync", panel)
+            if start % 2:
+                self.flood(start)
+            begin = time.monotonic()
+            self.desktop.key("Escape")
+            wait_until(lambda: not windows(self.desktop), "the panel to close")
+            (flooded if start % 2 else quiet).append(round(time.monotonic() - begin, 3))
+        self.assertEqual(self.call("Add", "s", "https://other.example"), "")
+        print(f"keys took {flooded} s, else {quiet} s", file=sys.stderr)
+        self.assertLess(min(flooded) - min(quiet), 0.1)  # the machine may be busy now and then
+        self.assertLess(len(self.urls("flood")), 3000, "calls that were not waited for")
+
+
+if __name__ == "__main__":
+    unittest.main()
