@@ -34,13 +34,18 @@ DateSpan since(int days, Instant now)
 std::optional<DateSpan> parseMoment(const QString &text)
 {
     if (text.size() == isoDateSize) { // QDate would overlook a time behind the date
-        const QDateTime noon(QDate::fromString(text, Qt::ISODate), QTime(12, 0));
-        return noon.isValid() ? std::optional(wholeDay(instantOf(noon))) : std::nullopt;
+        const QDate date = QDate::fromString(text, Qt::ISODate);
+        return date.isValid() ? std::optional(wholeDay(instantAt(date, QTime(12, 0))))
+                              : std::nullopt;
     }
-    const QDateTime moment = QDateTime::fromString(text, Qt::ISODateWithMs);
-    if (!moment.isValid())
+    // Without a zone it is read as in UTC, which has all times: QDateTime refuses what is skipped.
+    const QDateTime local = QDateTime::fromString(text + u'Z', Qt::ISODateWithMs);
+    const QDateTime zoned = QDateTime::fromString(text, Qt::ISODateWithMs);
+    if (!local.isValid() && !zoned.isValid())
         return std::nullopt;
-    return DateSpan{instantOf(moment), instantOf(moment)};
+    const Instant moment =
+        local.isValid() ? instantAt(local.date(), local.time()) : instantOf(zoned);
+    return DateSpan{moment, moment};
 }
 
 } // namespace

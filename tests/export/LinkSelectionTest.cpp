@@ -129,9 +129,13 @@ void LinkSelectionTest::readsRangesOfTheCommandLine_data()
         DateSpan{at(u"2025-10-25T08:00"_s), at(u"2025-10-26T09:30:15.250"_s)});
     row(u"2025-10-25T08:00Z..2025-10-26"_s,
         DateSpan{at(u"2025-10-25T10:00"_s), at(u"2025-10-27T00:00"_s) - moment});
+    row(u"2026-03-29T02:30..2025-10-26T02:30"_s, // skipped, and there twice
+        DateSpan{at(u"2026-03-29T03:30"_s), at(u"2025-10-26T00:30Z"_s)});
+    row(u"2025-10-26T02:30+01:00..2025-10-26"_s,
+        DateSpan{at(u"2025-10-26T01:30Z"_s), at(u"2025-10-27T00:00"_s) - moment});
     for (const auto &text : {u""_s, u"Today"_s, u".."_s, u"2025-10-25"_s, u"2025-10-25.."_s,
                              u"2025-02-30..2025-03-01"_s, u"2025-10-25..2025-10-26..2025-10-27"_s,
-                             u"2025-10-25..yesterday"_s})
+                             u"2025-10-25..yesterday"_s, u"2025-10-25T08:00ZZ..2025-10-26"_s})
         row(text, std::nullopt);
 }
 

@@ -42,6 +42,11 @@ std::optional<Instant> atHour(Instant instant, int hour, int days)
     const QTime time(hour, 0);
     if (!date.isValid() || !time.isValid())
         return std::nullopt;
+    return instantAt(date, time);
+}
+
+Instant instantAt(QDate date, QTime time)
+{
     // QDateTime itself is not to be relied on near a change of the clocks.
     const Instant civil = instantOf(QDateTime(date, time, Qt::UTC));
     const seconds before = offsetFromUtc(civil - 24h);
