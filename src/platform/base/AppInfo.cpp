@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "AppInfo.h"
 
+#include "DebugLog.h"
+
 #include <QCoreApplication>
-#include <QFile>
+#include <QFileInfo>
 #include <QSettings>
 #include <QStandardPaths>
 
@@ -16,9 +18,14 @@ bool isThisMachine(const QString &host)
 
 } // namespace
 
-AppInfo::AppInfo(QString path)
-    : m_path(std::move(path))
+AppInfo::AppInfo(const QString &path)
 {
+    constexpr qint64 sizeLimit = 1 << 20;
+    const QFileInfo file(path);
+    if (file.isFile() && file.size() <= sizeLimit) // no pipe, which would be waited for
+        m_path = path;
+    else if (file.exists())
+        debugLog(path + u": not an information file");
 }
 
 QString AppInfo::defaultPath()

@@ -10,8 +10,8 @@
 class AppInfo
 {
 public:
-    /// A missing file is as good as an empty one.
-    explicit AppInfo(QString path);
+    /// A missing file is as good as an empty one, and so is one that is not a file or is huge.
+    explicit AppInfo(const QString &path);
     /// The file that STRANDLOOM_INFO names, else the one installed with this program, else one in
     /// the data folders. Needs the application object.
     static QString defaultPath();
@@ -22,5 +22,5 @@ public:
     std::optional<QUrl> endpoint(const QString &key) const;
 
 private:
-    QString m_path;
+    QString m_path; ///< empty: there is nothing to read
 };
