@@ -50,8 +50,8 @@ Finding trayFinding(const std::optional<TrayKind> &tray)
         return well(name, u"An XEmbed tray shows the icon."_s);
     case TrayKind::none:
         return problem(name,
-                       u"There is none. The panel opens as a window, and when Strandloom is "
-                       "started again."_s);
+                       u"There is none. The panel opens as a window, again with each further "
+                       "start of Strandloom."_s);
     }
     Q_UNREACHABLE();
 }
@@ -112,7 +112,7 @@ Finding proxyFinding(const QProcessEnvironment &environment)
             continue;
         const auto address = proxyAddress(value);
         if (!address)
-            return problem(name, u"The value of %1 is no proxy's address."_s.arg(variable));
+            return problem(name, u"The value of %1 is not the address of a proxy."_s.arg(variable));
         proxies.append(variable + u'=' + *address);
     }
     return well(name,

@@ -25,26 +25,16 @@
 #include <string_view>
 
 using namespace Qt::StringLiterals;
+using namespace std::string_view_literals;
 
 namespace
 {
 
-constexpr auto usage = R"(Usage: strandloom [--background]
+constexpr auto synopsis = R"(Usage: strandloom [--background]
        strandloom --settings|--export|--quit|--pause|--resume
-       strandloom list [--json] [--search TEXT] [--limit N]
-       strandloom search TEXT [--json] [--limit N]
-       strandloom add URL...
-       strandloom open ID|URL
-       strandloom remove ID|URL...
-       strandloom inspect [--url URL] TARGET...
-       strandloom digest [--output FILE]
-       strandloom export --format FORMAT --output FILE [--range RANGE]
-                         [--search TEXT] [--layout LAYOUT] [--hide]
-       strandloom import [--json] FILE
-       strandloom backup [--force] FILE
-       strandloom restore FILE
-       strandloom doctor [--json]
+)";
 
+constexpr auto options = R"(
 Strandloom lives in the tray and remembers every web address you copy.
 
 Options:
@@ -54,51 +44,18 @@ Options:
   --quit         end the running program
   --pause        let the running program capture nothing
   --resume       let it capture again; what was copied meanwhile stays out
-  -h, --help     show this help
+  -h, --help     show this help, or behind a command the help for that command
   -v, --version  show the version
 
 Commands:
-  list           print the links, newest first
-    --json         as JSON, one array of objects
-    --search TEXT  only those whose address or title contains TEXT
-    --limit N      at most N of them
-  search         the same as list --search TEXT
-  add            store the addresses as if you had copied them, and fetch the
-                 titles of their pages
-  open           open a stored link in the browser; ID is the beginning of a
-                 link's id, at least 4 digits that no other begins with
-  remove         delete links
-  inspect        print what the program reads from pages, a JSON object a line;
-                 TARGET is a web address or an HTML file
-    --url URL      the address that files stand for
-  digest         write the daily mail as it would be now, as HTML
-    --output FILE  into FILE instead of to standard output
-  export         write the links, or some of them, into a file
-    --format FORMAT  text, markdown, pdf, json, or netscape (bookmarks for
-                     browsers)
-    --output FILE    - is standard output
-    --range RANGE    those copied today, yesterday, last7Days or last30Days, all
-                     (the default), or FROM..TO in ISO dates or date-times in
-                     local time; a date as TO means the end of that day
-    --search TEXT    only those whose address or title contains TEXT
-    --layout LAYOUT  window (the default): oldest first, a text's summary below
-                     its title; compact: newest first, the summary at the end
-    --hide           take them off the list once they are written
-  import         store the links of a file: bookmarks of a browser (HTML), an
-                 export as json, or one address a line; - is standard input
-    --json           print the counts as a JSON object
-  backup         copy the whole store into FILE, also while the program runs
-    --force        replace FILE if it exists
-  restore        put a backup into the place of the store, which is kept beside
-                 it under another name; not while the program runs
-  doctor         say what works on this machine and what does not
-    --json         as a JSON object
+)";
 
+constexpr auto exitCodes = R"(
 Exit codes:
   0  done
   1  nothing to show, refused, or a problem was found
   2  wrong usage, or something cannot be read or written
-  3  the program does not run, or runs where it must not
+  3  the program is not running, or is running where it must not
 )";
 
 /// Arguments begin with the command's name; the result is the exit code.
@@ -112,24 +69,130 @@ int parseAndRun(const QStringList &arguments)
 }
 
 struct Command {
-    std::string_view name;
+    QByteArrayView name;
+    QByteArrayView synopsis; ///< what may stand behind the name; its lines are aligned
+    QByteArrayView help;
     RunCommand run;
 };
 
 constexpr std::array commands{
-    Command{"add", parseAndRun<parseAddArguments, runAdd>},
-    Command{"backup", parseAndRun<parseBackupArguments, runBackup>},
-    Command{"digest", parseAndRun<parseDigestArguments, runDigest>},
-    Command{"doctor", parseAndRun<parseDoctorArguments, runDoctor>},
-    Command{"export", parseAndRun<parseExportArguments, runExport>},
-    Command{"import", parseAndRun<parseImportArguments, runImport>},
-    Command{"inspect", parseAndRun<parseInspectArguments, runInspect>},
-    Command{"list", parseAndRun<parseListArguments, runList>},
-    Command{"open", parseAndRun<parseOpenArguments, runOpen>},
-    Command{"remove", parseAndRun<parseRemoveArguments, runRemove>},
-    Command{"restore", parseAndRun<parseRestoreArguments, runRestore>},
-    Command{"search", parseAndRun<parseSearchArguments, runList>},
+    Command{"list", "[--json] [--search TEXT] [--limit N]",
+            R"(  list           print the links, newest first
+    --json         as JSON, one array of objects
+    --search TEXT  only those whose address or title contains TEXT
+    --limit N      at most N of them
+)",
+            parseAndRun<parseListArguments, runList>},
+    Command{"search", "TEXT [--json] [--limit N]",
+            R"(  search         the same as list --search TEXT
+)",
+            parseAndRun<parseSearchArguments, runList>},
+    Command{"add", "URL...",
+            R"(  add            store the addresses as if you had copied them, and fetch the
+                 titles of their pages
+)",
+            parseAndRun<parseAddArguments, runAdd>},
+    Command{"open", "ID|URL",
+            R"(  open           open a stored link in the browser; ID is the beginning of a
+                 link's id, at least 4 digits with which no other id begins
+)",
+            parseAndRun<parseOpenArguments, runOpen>},
+    Command{"remove", "ID|URL...",
+            R"(  remove         delete links
+)",
+            parseAndRun<parseRemoveArguments, runRemove>},
+    Command{"inspect", "[--url URL] TARGET...",
+            R"(  inspect        print what the program reads from pages, one JSON object a line;
+                 TARGET is a web address or an HTML file
+    --url URL      the address that files stand for
+)",
+            parseAndRun<parseInspectArguments, runInspect>},
+    Command{"digest", "[--output FILE]",
+            R"(  digest         write the daily mail as it would be now, as HTML
+    --output FILE  into FILE instead of to standard output
+)",
+            parseAndRun<parseDigestArguments, runDigest>},
+    Command{"export", R"(--format FORMAT --output FILE [--range RANGE]
+                         [--search TEXT] [--layout LAYOUT] [--hide])",
+            R"(  export         write the links, or some of them, into a file
+    --format FORMAT  text, markdown, pdf, json, or netscape (bookmarks for
+                     browsers)
+    --output FILE    - is standard output
+    --range RANGE    those copied today, yesterday, last7Days or last30Days, all
+                     (the default), or FROM..TO in ISO dates or date-times in
+                     local time; a date as TO means the end of that day
+    --search TEXT    only those whose address or title contains TEXT
+    --layout LAYOUT  window (the default): in the order in which they were
+                     stored, each summary below its title; compact: those copied
+                     last come first, each summary at the end
+    --hide           take them off the list once they are written
+)",
+            parseAndRun<parseExportArguments, runExport>},
+    Command{"import", "[--json] FILE",
+            R"(  import         store the links of a file: bookmarks of a browser (HTML), an
+                 export as json, or one address a line; - is standard input
+    --json           print the counts as a JSON object
+)",
+            parseAndRun<parseImportArguments, runImport>},
+    Command{"backup", "[--force] FILE",
+            R"(  backup         copy the whole store into FILE, also while the program runs
+    --force        replace FILE if it exists
+)",
+            parseAndRun<parseBackupArguments, runBackup>},
+    Command{"restore", "FILE",
+            R"(  restore        put a backup in the place of the store, which is kept beside it
+                 under another name; not while the program runs
+)",
+            parseAndRun<parseRestoreArguments, runRestore>},
+    Command{"doctor", "[--json]",
+            R"(  doctor         say what works on this machine and what does not
+    --json         as a JSON object
+)",
+            parseAndRun<parseDoctorArguments, runDoctor>},
 };
+
+void printSynopsis(QByteArrayView begin, const Command &command)
+{
+    print(begin);
+    print("strandloom ");
+    print(command.name);
+    print(" ");
+    print(command.synopsis);
+    print("\n");
+}
+
+int showHelp()
+{
+    print(synopsis);
+    for (const Command &command : commands)
+        printSynopsis("       ", command);
+    print(options);
+    for (const Command &command : commands)
+        print(command.help);
+    print(exitCodes);
+    return finish(ExitCode::done);
+}
+
+int showHelp(const Command &command)
+{
+    printSynopsis("Usage: ", command);
+    print("\n");
+    print(command.help);
+    print(exitCodes);
+    return finish(ExitCode::done);
+}
+
+bool asksForHelp(std::string_view argument)
+{
+    return argument == "--help" || argument == "-h";
+}
+
+/// Behind "--" everything is what it looks like.
+bool asksForHelp(int argc, char **argv)
+{
+    char **const end = std::find(argv, argv + argc, "--"sv);
+    return std::any_of(argv, end, [](const char *argument) { return asksForHelp(argument); });
+}
 
 int runCommand(RunCommand run, int argc, char **argv)
 {
@@ -199,17 +262,17 @@ int runCommandLine(int argc, char **argv)
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     const std::string_view first = argc > 1 ? argv[1] : "";
-    if (first == "--help" || first == "-h") {
-        print(usage);
-        return finish(ExitCode::done);
-    }
+    if (asksForHelp(first))
+        return showHelp();
     if (first == "--version" || first == "-v") {
         print("strandloom " STRANDLOOM_VERSION "\n");
         return finish(ExitCode::done);
     }
     const auto *const command =
-        std::find_if(commands.begin(), commands.end(),
-                     [first](const Command &candidate) { return candidate.name == first; });
-    return command != commands.end() ? runCommand(command->run, argc, argv)
-                                     : runProgram(argc, argv);
+        std::find_if(commands.begin(), commands.end(), [first](const Command &candidate) {
+            return candidate.name == QByteArrayView(first);
+        });
+    if (command == commands.end())
+        return runProgram(argc, argv);
+    return asksForHelp(argc, argv) ? showHelp(*command) : runCommand(command->run, argc, argv);
 }

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "CapturedLink.h"
-#include "ExitCode.h"
 #include "Expected.h"
 #include "LinkIntake.h"
+#include "commands/Terminal.h"
 
 #include <QList>
 
@@ -12,12 +12,6 @@
 #include <memory>
 
 class Clock;
-
-/// Why a command cannot go on, as a sentence for the user.
-struct CommandError {
-    ExitCode code = ExitCode::unusable;
-    QString reason;
-};
 
 /// What became of an address.
 struct Addition {

@@ -13,7 +13,7 @@ QString description(Refusal refusal)
 {
     switch (refusal) {
     case Refusal::noWebAddress:
-        return u"no web address"_s;
+        return u"not a web address"_s;
     case Refusal::excluded:
         return u"excluded"_s;
     case Refusal::alreadyStored:

@@ -121,8 +121,8 @@ class Commands(unittest.TestCase):
     def test_add_fetches_titles_and_says_what_it_refuses(self):
         site = Site({"/page": (200, {}, b"<title>A &amp; B</title>")})
         self.addCleanup(site.close)
-        for refused, reason in ((site.url("/page"), "already stored"), ("ftp://x", "no web address"),
-                                ("https://a b.example", "no web address")):
+        for refused, reason in ((site.url("/page"), "already stored"), ("ftp://x", "not a web address"),
+                                ("https://a b.example", "not a web address")):
             self.check(1, "add", site.url("/page/"), refused, stderr=f"{refused}: {reason}")
         self.assertEqual([(link["url"], link["title"]) for link in self.home.list()],
                          [(site.url("/page"), "A & B")])

@@ -51,7 +51,7 @@ private:
         const auto writer = m_access.writer();
         const auto stored = writer ? (*writer)->setTitle(id, title) : Unexpected{writer.error()};
         if (!stored)
-            fail(u"a title is not stored: " + stored.error().reason);
+            fail(u"a title could not be stored: " + stored.error().reason);
         m_access.release();
     }
 

@@ -48,18 +48,27 @@ public:
     {
         std::packaged_task<Answer()> task(ask);
         m_answer = task.get_future();
-        std::thread(std::move(task)).detach();
+        m_thread = std::thread(std::move(task));
+    }
+    Question(const Question &) = delete;
+    Question &operator=(const Question &) = delete;
+    ~Question()
+    {
+        if (m_thread.joinable())
+            m_thread.detach(); // the process is about to end without it
     }
 
     std::optional<Answer> answer(const QDeadlineTimer &limit)
     {
         if (m_answer.wait_for(limit.remainingTimeAsDuration()) != std::future_status::ready)
             return std::nullopt;
+        m_thread.join(); // what it leaves to the end of a thread is done before that of the process
         return m_answer.get();
     }
 
 private:
     std::future<Answer> m_answer;
+    std::thread m_thread;
 };
 
 StoreCondition storeCondition()

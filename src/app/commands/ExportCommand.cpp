@@ -158,7 +158,7 @@ int runExport(const ExportRequest &request)
         return fail(written.error());
     if (request.hidesLinks) {
         if (const auto hidden = hide(links.ids()); !hidden)
-            return fail(u"the links are exported, but not hidden: " + hidden.error().reason,
+            return fail(u"the links were exported but not hidden: " + hidden.error().reason,
                         hidden.error().code);
     }
     return int(links.ids().isEmpty() ? ExitCode::nothing : ExitCode::done);

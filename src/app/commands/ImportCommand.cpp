@@ -74,7 +74,7 @@ private:
 QByteArray text(const IntakeCounts &counts)
 {
     const qint64 refused = counts.alreadyStored + counts.excluded + counts.noWebAddress;
-    return u"%1 taken, %2 not: %3 already stored, %4 excluded, %5 no web address\n"_s
+    return u"%1 taken, %2 not: %3 already stored, %4 excluded, %5 not web addresses\n"_s
         .arg(counts.taken)
         .arg(refused)
         .arg(counts.alreadyStored)
@@ -119,7 +119,7 @@ int runImport(const ImportRequest &request)
     print(request.asJson ? json(counts) : text(counts));
     const int code = finish(counts.taken > 0 ? ExitCode::done : ExitCode::nothing);
     if (!imported)
-        return fail(imported.error().reason, imported.error().code);
+        return fail(imported.error());
     if (file.error() != QFile::NoError)
         return fail(request.input + u": " + file.errorString());
     return code;

@@ -23,8 +23,8 @@ int runOpen(const OpenRequest &request)
 {
     const auto links = linksNamed(request.target);
     if (!links)
-        return fail(links.error().reason, links.error().code);
+        return fail(links.error());
     const QString &url = links->first().url;
     return DesktopUrlOpener().open(url) ? int(ExitCode::done)
-                                        : fail(url + u": cannot be opened", ExitCode::nothing);
+                                        : fail(url + u": no program opens it", ExitCode::nothing);
 }

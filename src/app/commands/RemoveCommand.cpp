@@ -30,7 +30,7 @@ int runRemove(const RemoveRequest &request)
     for (const QString &target : request.targets) {
         const auto links = linksNamed(target);
         if (!links) {
-            code = std::max(code, ExitCode(fail(links.error().reason, links.error().code)));
+            code = std::max(code, ExitCode(fail(links.error())));
             continue;
         }
         QList<LinkId> ids;
@@ -39,7 +39,7 @@ int runRemove(const RemoveRequest &request)
         const auto writer = access.writer();
         const auto removed = writer ? (*writer)->remove(ids) : Unexpected{writer.error()};
         if (!removed)
-            return fail(removed.error().reason, removed.error().code);
+            return fail(removed.error());
     }
     return int(code);
 }

@@ -6,6 +6,9 @@
 #include "commands/Terminal.h"
 
 #include <QCommandLineParser>
+#include <QFile>
+
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -21,6 +24,8 @@ Expected<RestoreRequest, QString> parseRestoreArguments(const QStringList &argum
 
 int runRestore(const RestoreRequest &request)
 {
+    if (access(QFile::encodeName(request.file).constData(), R_OK) != 0)
+        return fail(request.file + u": " + qt_error_string());
     const auto kept = restoreStore(ModelContainer::defaultFolder(), request.file);
     if (!kept && kept.error().kind == StoreError::Kind::locked)
         return fail(u"Strandloom is running; quit it first"_s, ExitCode::notRunning);

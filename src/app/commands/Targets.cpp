@@ -40,11 +40,11 @@ Found find(const QString &target)
     return isElsewhere ? readLinksWithUrl(folder, normalizedUrl(target)) : links;
 }
 
-QString candidates(const QList<CapturedLink> &links)
+QStringList candidates(const QList<CapturedLink> &links)
 {
-    QString lines;
+    QStringList lines;
     for (const CapturedLink &link : links)
-        lines += u"\n  " + link.id.toString(QUuid::WithoutBraces) + u"  " + onOneLine(link.url);
+        lines.append(link.id.toString(QUuid::WithoutBraces) + u"  " + link.url);
     return lines;
 }
 
@@ -58,8 +58,8 @@ Expected<QList<CapturedLink>, CommandError> linksNamed(const QString &target)
     if (links->isEmpty())
         return Unexpected{CommandError{ExitCode::nothing, target + u": no such link"}};
     if (links->size() > 1 && idDigits(target))
-        return Unexpected{
-            CommandError{ExitCode::nothing,
-                         target + u": several links have ids that begin so:" + candidates(*links)}};
+        return Unexpected{CommandError{ExitCode::nothing,
+                                       target + u": the ids of several links begin with this:",
+                                       candidates(*links)}};
     return *links;
 }

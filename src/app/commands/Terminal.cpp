@@ -2,11 +2,14 @@
 #include "commands/Terminal.h"
 
 #include "AtomicFile.h"
+#include "Printable.h"
 
 #include <QCommandLineParser>
+#include <QFile>
 
 #include <cerrno>
 #include <cstdio>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -38,12 +41,47 @@ Outcome writeFile(const QString &path, const std::function<Outcome(const ByteSin
     return committed ? Outcome() : Unexpected{description(committed.error())};
 }
 
+bool isStandardOutput(const QString &output)
+{
+    return output == u"-" || output == u"/dev/stdout" || output == u"/dev/fd/1";
+}
+
+/// Whether `path` is there and takes what is written piece by piece: a pipe, a terminal.
+bool isStream(const QString &path)
+{
+    struct stat found = {};
+    return stat(QFile::encodeName(path).constData(), &found) == 0
+        && (S_ISFIFO(found.st_mode) || S_ISCHR(found.st_mode));
+}
+
+Outcome writeStream(const QString &path, const std::function<Outcome(const ByteSink &)> &write)
+{
+    QFile stream(path);
+    const auto failure = [&] { return Unexpected{QString(path + u": " + stream.errorString())}; };
+    if (!stream.open(QFile::WriteOnly | QFile::Unbuffered))
+        return failure();
+    bool isWriting = true;
+    const Outcome written = write([&](QByteArrayView bytes) {
+        isWriting = isWriting && stream.write(bytes.data(), bytes.size()) == bytes.size();
+        return isWriting;
+    });
+    return isWriting ? written : failure();
+}
+
 } // namespace
 
 int fail(const QString &reason, ExitCode code)
 {
-    std::fprintf(stderr, "strandloom: %s\n", qPrintable(reason));
+    std::fprintf(stderr, "strandloom: %s\n", qPrintable(printable(reason)));
     return int(code);
+}
+
+int fail(const CommandError &error)
+{
+    fail(error.reason, error.code);
+    for (const QString &detail : error.details)
+        std::fprintf(stderr, "  %s\n", qPrintable(printable(detail)));
+    return int(error.code);
 }
 
 int refuse(const QString &reason)
@@ -62,13 +100,9 @@ Outcome parseOptions(QCommandLineParser &parser, const QStringList &arguments)
     return {};
 }
 
-QString onOneLine(QString text)
+QString onOneLine(const QString &text)
 {
-    for (QChar &character : text) {
-        if (character.category() == QChar::Other_Control)
-            character = u' ';
-    }
-    return text.simplified();
+    return printable(text).simplified();
 }
 
 bool print(QByteArrayView bytes)
@@ -87,8 +121,8 @@ int finish(ExitCode code)
 
 Outcome writeTo(const QString &output, const std::function<Outcome(const ByteSink &)> &write)
 {
-    if (output != u"-")
-        return writeFile(output, write);
+    if (!isStandardOutput(output))
+        return isStream(output) ? writeStream(output, write) : writeFile(output, write);
     const Outcome written = write(print);
     const Outcome taken = flushed(); // the cause, where that went wrong
     return taken ? written : taken;

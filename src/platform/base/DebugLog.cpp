@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "DebugLog.h"
 
+#include "Printable.h"
+
 #include <QLoggingCategory>
 
 namespace
@@ -10,9 +12,6 @@ Q_LOGGING_CATEGORY(diagnostics, "strandloom", QtWarningMsg)
 
 void debugLog(const QString &line)
 {
-    if (!diagnostics().isDebugEnabled())
-        return;
-    QString oneLine = line;
-    oneLine.replace(u'\n', u' ').replace(u'\r', u' ');
-    qCDebug(diagnostics).noquote() << oneLine;
+    if (diagnostics().isDebugEnabled())
+        qCDebug(diagnostics).noquote() << printable(line);
 }

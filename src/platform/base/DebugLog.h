@@ -3,6 +3,6 @@
 
 class QString;
 
-/// One diagnostic line for developers; line breaks in it become spaces. Goes to standard error when
+/// One diagnostic line for developers; control characters in it become spaces. Goes to standard error when
 /// QT_LOGGING_RULES="strandloom.debug=true" asks for it, else nowhere. Any thread.
 void debugLog(const QString &line);
