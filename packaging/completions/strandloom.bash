@@ -30,6 +30,7 @@ _strandloom()
     digest) options=--output ;;
     inspect) options=--url ;;
     esac
+    options+=' --help'
     if [[ $cur == -* ]]; then
         COMPREPLY=($(compgen -W "$options" -- "$cur"))
     elif [[ ${words[1]} == @(import|backup|restore|inspect) ]]; then

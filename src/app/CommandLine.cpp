@@ -85,6 +85,8 @@ constexpr std::array commands{
             parseAndRun<parseListArguments, runList>},
     Command{"search", "TEXT [--json] [--limit N]",
             R"(  search         the same as list --search TEXT
+    --json         as JSON, one array of objects
+    --limit N      at most N of them
 )",
             parseAndRun<parseSearchArguments, runList>},
     Command{"add", "URL...",
@@ -102,7 +104,7 @@ constexpr std::array commands{
 )",
             parseAndRun<parseRemoveArguments, runRemove>},
     Command{"inspect", "[--url URL] TARGET...",
-            R"(  inspect        print what the program reads from pages, one JSON object a line;
+            R"(  inspect        print what the program reads from pages, a JSON object a line;
                  TARGET is a web address or an HTML file
     --url URL      the address that files stand for
 )",

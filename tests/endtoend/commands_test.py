@@ -7,12 +7,14 @@ import json
 import os
 import pathlib
 import random
+import re
 import resource
 import shutil
 import sqlite3
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 
@@ -74,8 +76,17 @@ class Commands(unittest.TestCase):
                           ["export", "--format", "json", "--output", "-", "--range", "someday"],
                           ["export", "--format", "pdf", "--output", "-", "--layout", "wide"]):
             self.check(2, *arguments, stdout="", stderr="Try 'strandloom --help'")
-        self.assertTrue(all(len(line) <= 80 for line in
-                            self.check(0, "--help").stdout.decode().splitlines()))
+        self.check(2, "list", "\x1b[2J\a", stdout="", stderr="unexpected argument ' [2J '")
+
+    def test_help_for_all_and_for_each(self):
+        help_text = self.check(0, "--help").stdout.decode()
+        self.assertTrue(all(len(line) <= 80 for line in help_text.splitlines()))
+        for command in re.findall(r"^ +strandloom ([a-z]+)", help_text, re.M):
+            for arguments in ([command, "--help"], [command, "--nonsense", "x", "-h"]):
+                own = self.check(0, *arguments).stdout.decode()
+                self.assertTrue(own.startswith(f"Usage: strandloom {command} "), own)
+                self.assertIn(own.split("\n\n")[1], help_text)
+        self.check(1, "add", "--", "--help", stderr="--help: not a web address")
 
     def test_json_comes_back_as_it_was(self):
         self.import_links()
@@ -128,11 +139,13 @@ class Commands(unittest.TestCase):
                          [(site.url("/page"), "A & B")])
 
     def test_links_are_named_by_url_or_by_the_beginning_of_their_id(self):
-        twin = {**LINKS[0], "id": "00000000-1000-4000-8000-000000000000", "url": "https://t.example"}
-        self.import_links([*LINKS, twin])
-        self.check(1, "remove", "0000000", "000", "https://none.example", stderr=LINKS[3]["id"])
-        self.assertEqual(len(self.home.list()), 5)
-        self.check(0, "remove", "00000000-1", "00000003", " http://three.example/|x/ ")
+        twins = [{**LINKS[0], "id": f"{begin}-1000-4000-8000-000000000000",
+                  "url": f"https://{begin}.example"} for begin in ("00000000", "f0000000")]
+        self.import_links([*LINKS, *twins])
+        self.check(1, "remove", "0000000", "f", "f00", "https://none.example",
+                   stderr=f"  {LINKS[3]['id']}  {LINKS[3]['url']}\n")
+        self.assertEqual(len(self.home.list()), 6)
+        self.check(0, "remove", "00000000-1", "f000", "00000003", " http://three.example/|x/ ")
         self.assertEqual({link["url"] for link in self.home.list()},
                          {LINKS[0]["url"], LINKS[1]["url"]})
         opener = self.home.path / "xdg-open"
@@ -152,6 +165,9 @@ class Commands(unittest.TestCase):
         full = os.open("/dev/full", os.O_WRONLY)
         self.addCleanup(os.close, full)
         formats = ("text", "markdown", "pdf", "json", "netscape")
+        for name in formats:
+            self.check(2, "export", "--output", "/dev/full", "--format", name,
+                       stderr="/dev/full: No space left")
         for arguments in (["list"], ["search", "e", "--json"], ["digest"], ["--help"],
                           *(["export", "--output", "-", "--format", name] for name in formats)):
             self.check(2, *arguments, stdout_to=closed, stderr="Broken pipe")
@@ -163,6 +179,38 @@ class Commands(unittest.TestCase):
         for arguments in (["export", "--format", "json", "--output", file], ["backup", file]):
             self.check(2, *arguments, preexec_fn=small_files)
             self.assertEqual([path.name for path in self.home.path.iterdir()], ["strandloom"])
+
+    def test_output_goes_to_pipes_and_devices(self):
+        self.import_links()
+        export = ("export", "--format", "json", "--output")
+        expected = self.check(0, *export, "-").stdout
+        with open(self.home.path / "log", "ab") as log:
+            log.write(b"before\n")
+            log.flush()
+            self.check(0, *export, "/dev/stdout", stdout_to=log)
+        self.assertEqual((self.home.path / "log").read_bytes(), b"before\n" + expected)
+        pipe = self.home.path / "pipe"
+        os.mkfifo(pipe)
+        read = []
+        reading = threading.Thread(target=lambda: read.append(pipe.read_bytes()))
+        reading.start()
+        self.check(0, *export, str(pipe))
+        reading.join()
+        self.assertEqual(read, [expected])
+        self.check(2, "backup", "--force", str(pipe), stderr=f"{pipe}: not a regular file")
+
+    def test_bookmarks_are_read_as_they_are_written(self):
+        page = ('<A HREF="https://a.example/?x=1&amp;y=2" ADD_DATE="253402300799">'
+                "A &lt;b&gt; &amp; &quot;c&quot;</A>\n"
+                '<A HREF="https://b.example/?x=1&y=2" ADD_DATE="253402300800">'
+                "B & C &no; &#x1f9f5;&amp;lt;</A>")
+        self.check(0, "import", "-", stdin=page.encode())
+        first, second = sorted(self.home.list(), key=lambda link: link["url"])
+        self.assertEqual((first["url"], first["title"], first["copiedAt"][:19]),
+                         ("https://a.example/?x=1&y=2", 'A <b> & "c"', "9999-12-31T23:59:59"))
+        self.assertEqual((second["url"], second["title"]),
+                         ("https://b.example/?x=1&y=2", "B & C &no; \U0001f9f5&lt;"))
+        self.assertLess(second["copiedAt"], "9999", "no such date, so as copied now")
 
     def test_import_takes_what_it_can_of_anything(self):
         mark = b"\xef\xbb\xbf"
@@ -181,6 +229,10 @@ class Commands(unittest.TestCase):
             "cut JSON": (b'[{"url":"https://a.example"},{"url":"https://b', 1, 0, 1),
             "other JSON": (b'[1,{"url":7},{"url":" https://a.example"},{"id":"x",'
                            b'"url":"https://b.example","copiedAt":"?","title":[]}]', 1, 0, 2),
+            "a backslash at the end": (b'[{"url":"https://a.example","title":"\\\\"},'
+                                       b'{"url":"https://b.example"}]', 2, 0, 0),
+            "a huge address": (b'[{"url":"https://a.example/' + b"a" * 2_000_000 + b'"},'
+                               b'{"url":"https://b.example"}]', 1, 0, 1),
             "a hundred thousand": (many, 100_000, 0, 0),
         }
         for name, (content, taken, stored, invalid) in rows.items():

@@ -5,12 +5,16 @@
 import json
 import os
 import pathlib
+import shutil
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
 import time
 import unittest
+
+import dbus
 
 from desktop import Desktop, Program, Site, wait_until, windows
 
@@ -36,6 +40,26 @@ class Starting(unittest.TestCase):
             program.open_panel()
             desktop.copy("https://no-bus.example")
             program.wait_for_line("Captured link: https://no-bus.example")
+
+    def test_a_start_that_reaches_nobody_says_so(self):
+        with Desktop(tray=False) as desktop:
+            deaf = dbus.bus.BusConnection(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+            deaf.request_name("app.strandloom")
+            done = subprocess.run([BINARY], env=desktop.environment, capture_output=True, timeout=30)
+            self.assertEqual(done.returncode, 3)
+            self.assertIn(b"does not answer", done.stderr)
+
+    def test_a_lock_that_was_left_behind_signals_nobody(self):
+        with Desktop(tray=False) as desktop:
+            desktop.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nowhere"
+            namesake = shutil.copy("/bin/sleep", desktop.home / "strandloom")
+            stranger = desktop.start(namesake, "60")
+            lock = desktop.home / "runtime/strandloom.lock"
+            lock.write_text(f"{stranger.pid}\nstrandloom\n{socket.gethostname()}\n")
+            done = subprocess.run([BINARY, "--quit"], env=desktop.environment, capture_output=True)
+            self.assertEqual(done.returncode, 3)
+            Program(desktop, BINARY, "--background").wait_for_line("Started")
+            self.assertIsNone(stranger.poll())
 
     def test_without_a_tray_a_window_opens_unless_in_the_background(self):
         with Desktop(tray=False) as desktop:
