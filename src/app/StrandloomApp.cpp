@@ -3,6 +3,7 @@
 
 #include "AppState.h"
 #include "ApplicationAdaptor.h"
+#include "AtomicFile.h"
 #include "DebugLog.h"
 #include "ExitCode.h"
 #include "ExportView.h"
@@ -12,6 +13,7 @@
 #include "MenuBarViewModel.h"
 #include "ModelContainer.h"
 #include "ModelContext.h"
+#include "Printable.h"
 #include "Services.h"
 #include "SingleInstance.h"
 #include "SystemClock.h"
@@ -78,7 +80,8 @@ bool presentOpenDialog()
 int dieOfStoreError(const StoreError &error)
 {
     const QString message = u"Could not create ModelContainer: "_s + description(error);
-    std::fprintf(stderr, "%s\n", qPrintable(message)); // first: there may be nobody at the screen
+    std::fprintf(stderr, "%s\n",
+                 qPrintable(printable(message))); // first: there may be nobody at the screen
     QMessageBox box(QMessageBox::Critical, u"Strandloom"_s, message, QMessageBox::Close);
     box.exec();
     return int(ExitCode::nothing);
@@ -288,6 +291,7 @@ int runStrandloom(int argc, char **argv, const Start &start)
         ModelContainer::open(ModelContainer::defaultFolder(), clock, storePatience);
     if (!container)
         return dieOfStoreError(container.error());
+    removeStaleDrafts(ModelContainer::defaultFolder()); // of a restore that was killed
     Services services((*container)->mainContext(), clock);
     StrandloomApp strandloom(services, instance, start);
     LinksAdaptor links({services.modelContext, services.http, services.pages, services.clock},

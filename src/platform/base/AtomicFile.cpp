@@ -109,19 +109,10 @@ void removeIfStale(const QByteArray &path)
     const Descriptor draft(::open(path.constData(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     struct stat found = {};
     if (draft >= 0 && fstat(draft, &found) == 0 && S_ISREG(found.st_mode)
-        && found.st_uid == geteuid() && lock(draft))
+        && found.st_uid == geteuid() && lock(draft)) {
+        const QByteArray journal = path + "-journal"; // SQLite's, when that wrote it
+        unlink(journal.constData());
         unlink(path.constData());
-}
-
-/// What was killed while it wrote, or lost its power, could not clean up.
-void removeStaleDrafts(const QByteArray &folder)
-{
-    const std::unique_ptr<DIR, int (*)(DIR *)> entries(opendir(folder.constData()), closedir);
-    while (const dirent *const entry = entries ? readdir(entries.get()) : nullptr) {
-        const QByteArrayView name(entry->d_name);
-        if (name.size() == draftBegin.size() + digits + draftEnd.size()
-            && name.startsWith(draftBegin) && name.endsWith(draftEnd))
-            removeIfStale(folder + name);
     }
 }
 
@@ -175,6 +166,18 @@ QString description(const FileError &error)
     return error.path + u": "_s + reason;
 }
 
+void removeStaleDrafts(const QString &folder)
+{
+    const QByteArray path = QFile::encodeName(folder) + '/';
+    const std::unique_ptr<DIR, int (*)(DIR *)> entries(opendir(path.constData()), closedir);
+    while (const dirent *const entry = entries ? readdir(entries.get()) : nullptr) {
+        const QByteArrayView name(entry->d_name);
+        if (name.size() == draftBegin.size() + digits + draftEnd.size()
+            && name.startsWith(draftBegin) && name.endsWith(draftEnd))
+            removeIfStale(path + name);
+    }
+}
+
 AtomicFile::AtomicFile(QByteArray target, QByteArray draft, int descriptor)
     : m_target(std::move(target))
     , m_draft(std::move(draft))
@@ -211,7 +214,7 @@ Expected<AtomicFile, FileError> AtomicFile::open(const QString &path, FileAudien
     if (isOld && access(target.constData(), W_OK) != 0)
         return systemError(target); // the rename alone would not care
 
-    removeStaleDrafts(folderOf(target));
+    removeStaleDrafts(QFile::decodeName(folderOf(target)));
     const mode_t mode = audience == FileAudience::owner ? 0600 : 0666;
     QByteArray draft;
     int descriptor = openNameless(target, mode);

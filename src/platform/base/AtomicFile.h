@@ -21,6 +21,9 @@ struct FileError {
 /// The error as one sentence without a full stop, in the words of the system.
 QString description(const FileError &error);
 
+/// Removes what a process left in `folder` that was killed while it wrote a file there.
+void removeStaleDrafts(const QString &folder);
+
 /// A new file, or a new content for an old one, that is there whole or not at all: it is written
 /// without a name and gets that by `commit`. Permissions of the old file stay, a link to a file
 /// stays a link; one that another user may have laid out is refused. What is not committed leaves
