@@ -105,7 +105,7 @@ Expected<LinkIntake::Choice, StoreError> LinkIntake::chosen(const QList<Captured
     return choice;
 }
 
-/// By the rules behind the one that it is a web address.
+/// What keeps a web address out of the store; absent when nothing does.
 Expected<std::optional<Refusal>, StoreError> LinkIntake::refusal(const QString &url)
 {
     if (const auto loaded = loadExcludedDomains(); !loaded)

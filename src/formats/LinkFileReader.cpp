@@ -76,7 +76,7 @@ bool isLinkTag(QByteArrayView tag)
     return tag.size() > 1 && (tag[0] == 'a' || tag[0] == 'A') && isSpace(tag[1]);
 }
 
-/// Whether a tag stands behind every title that comes before it.
+/// Whether an open title ends at this tag, which cannot be a part of it.
 bool endsTitle(QByteArrayView tag)
 {
     const auto end = std::find_if(tag.begin(), tag.end(), isSpace);
