@@ -43,6 +43,10 @@ for release in "packaging/app.strandloom.metainfo.xml:<release version=\"$versio
         fail 'Not about the version of CMakeLists.txt:' "${release%%:*}"
 done
 
+fail 'SECURITY.md names tests that are not there:' \
+    "$(grep -oP '`\K(test_\w+|[a-z]+[A-Z]\w*)(?=`)' SECURITY.md | sort -u |
+        while read -r name; do git grep -q "\b$name\b" -- tests || echo "$name"; done)"
+
 # g++ 12.2 miscompiles a wait inside a richer expression: the operand is a name or a call of names.
 fail 'A wait stands alone on its line, with named arguments:' \
     "$(git grep -nP 'co_await(?!\s+(?:std::move\()?[\w.:>()*-]+(?:\([\w.,:>()*\s&-]*\))?\)?\s*;)' -- 'src/*.cpp' 'src/*.h' | grep -vP '^[^:]*:\d+:\s*//')"
