@@ -71,13 +71,6 @@ class Starting(unittest.TestCase):
             Program(desktop, BINARY)
             desktop.window("Strandloom")
 
-    def test_wrong_usage(self):
-        for arguments in (["--nonsense"], ["nonsense"], ["list", "--limit", "x"], ["list", "more"],
-                          ["inspect"], ["digest", "more"]):
-            done = subprocess.run([BINARY, *arguments], capture_output=True, text=True)
-            self.assertEqual(done.returncode, 2, arguments)
-            self.assertIn("strandloom: ", done.stderr)
-
     def test_help_and_version_need_no_display(self):
         for option in ("--help", "--version"):
             done = subprocess.run([BINARY, option], capture_output=True, text=True, env={})
