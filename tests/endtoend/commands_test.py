@@ -15,7 +15,6 @@ import subprocess
 import sys
 import tempfile
 import threading
-import time
 import unittest
 
 from desktop import LEAK_OPTIONS, Desktop, Program, Site, wait_until
