@@ -14,6 +14,14 @@ public:
     bool userUnlocks = true; ///< when asked
     int prompts = 0;
 
+    /// As the keyring that comes up, or is unlocked by another program.
+    void change()
+    {
+        fault.reset();
+        isLocked = false;
+        Q_EMIT changed();
+    }
+
     Task<ReadResult> read(QStringList accounts, UnlockPrompt prompt) override;
     Task<Result> write(QList<Secret> secrets) override;
     Task<Result> removeAll() override;

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "KeyringSession.h"
 
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
 #include <QDir>
 #include <QFile>
 #include <QTest>
@@ -97,6 +101,29 @@ bool KeyringSession::startDaemon(const QList<QByteArray> &options, const QByteAr
 bool KeyringSession::isDaemonThere() const
 {
     return QDBusConnection(busName).interface()->isServiceRegistered(u"org.freedesktop.secrets"_s);
+}
+
+bool KeyringSession::unlock()
+{
+    const auto call = [](const QString &interface, const QString &method,
+                         const QVariantList &arguments) {
+        auto message = QDBusMessage::createMethodCall(
+            u"org.freedesktop.secrets"_s, u"/org/freedesktop/secrets"_s, interface, method);
+        message.setArguments(arguments);
+        return QDBusConnection(busName).call(message);
+    };
+    const QDBusMessage session = call(u"org.freedesktop.Secret.Service"_s, u"OpenSession"_s,
+                                      {u"plain"_s, QVariant::fromValue(QDBusVariant(QString()))});
+    QDBusArgument password;
+    password.beginStructure();
+    password << session.arguments().value(1).value<QDBusObjectPath>() << QByteArray()
+             << QByteArray("password") << u"text/plain"_s;
+    password.endStructure();
+    const QDBusObjectPath keyring(u"/org/freedesktop/secrets/collection/login"_s);
+    const QDBusMessage answer = call(u"org.gnome.keyring.InternalUnsupportedGuiltRiddenInterface"_s,
+                                     u"UnlockWithMasterPassword"_s,
+                                     {QVariant::fromValue(keyring), QVariant::fromValue(password)});
+    return answer.type() == QDBusMessage::ReplyMessage;
 }
 
 void KeyringSession::killDaemon()

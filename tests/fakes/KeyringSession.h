@@ -18,6 +18,8 @@ public:
     /// Waits until the daemon answers. Once unlocked, the keyring exists and can be locked.
     bool startUnlocked() { return startDaemon({"--unlock"}, "password"); }
     bool startLocked() { return startDaemon({}, {}); }
+    /// As the user does at another program's prompt.
+    bool unlock();
     void killDaemon();
     /// Lets the daemon hang, as a stopped process does, and go on.
     void freezeDaemon();

@@ -10,9 +10,13 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
+#include <QDateTime>
 #include <QDirIterator>
 #include <QTest>
 #include <QTimer>
+
+#undef signals // a name in GIO
+#include <libsecret/secret.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -98,6 +102,7 @@ private Q_SLOTS:
         SecretStore &store = isReal ? static_cast<SecretStore &>(real) : fake;
 
         QCOMPARE(read(store), SecretStore::Secrets());
+        QVERIFY(!isReal || addItem(SECRET_COLLECTION_DEFAULT, two.first()));
         QVERIFY(*waitFor(store.write(two)));
         QCOMPARE(read(store), contents(two));
         const QList<Secret> others = {{u"key"_s, "other"}, {u"address"_s, ""}};
@@ -108,6 +113,21 @@ private Q_SLOTS:
         QVERIFY(*waitFor(store.removeAll()));
         QCOMPARE(read(store), SecretStore::Secrets());
         QVERIFY(*waitFor(store.removeAll()));
+    }
+
+    void readsTheNewestOfSeveralKeyrings()
+    {
+        KeyringSession session;
+        QVERIFY(session.startBus() && session.startUnlocked());
+        LibsecretStore store(serviceName);
+        for (const char *const keyring :
+             {SECRET_COLLECTION_SESSION, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_SESSION}) {
+            const Secret secret = {u"key"_s,
+                                   QByteArray::number(QDateTime::currentSecsSinceEpoch())};
+            QVERIFY(addItem(keyring, secret));
+            QCOMPARE(read(store), contents({secret}));
+            QTRY_VERIFY(QByteArray::number(QDateTime::currentSecsSinceEpoch()) > secret.value);
+        }
     }
 
     void outlivesTheDaemonAndItsBus()
@@ -232,6 +252,20 @@ private:
     {
         const auto secrets = co_await reading;
         Q_UNUSED(secrets)
+    }
+    /// As another program does.
+    static bool addItem(const char *keyring, const Secret &secret)
+    {
+        SecretSchema schema = {};
+        schema.name = "another.Schema";
+        schema.attributes[0] = {"service", SECRET_SCHEMA_ATTRIBUTE_STRING};
+        schema.attributes[1] = {"account", SECRET_SCHEMA_ATTRIBUTE_STRING};
+        const bool isStored =
+            secret_password_store_sync(&schema, keyring, "label", secret.value.constData(), nullptr,
+                                       nullptr, "service", serviceName.toUtf8().constData(),
+                                       "account", secret.account.toUtf8().constData(), nullptr);
+        secret_service_disconnect(); // else it would be remembered beyond its session
+        return isStored;
     }
     static int itemCount(const QString &address)
     {

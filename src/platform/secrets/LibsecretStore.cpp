@@ -3,6 +3,7 @@
 
 #include "async/OnPool.h"
 
+#include <QDBusConnection>
 #include <QStringList>
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace
@@ -139,7 +141,10 @@ public:
 
     /// Asks the user for what is locked, if anything is, for as long as that takes.
     Result unlock();
+    /// Whether the search may have missed items because the keyring is locked.
+    Expected<bool, SecretFault> mayHideItems() const;
     Expected<SecretStore::Secrets, SecretFault> load() const;
+    /// Replaces the values of the items that were found for the account, or creates one.
     Result keep(const Secret &secret) const;
     Result remove() const;
 
@@ -149,6 +154,7 @@ private:
     Result connect(const Deadline &deadline);
     Result open(const Deadline &deadline);
     Result search(const QString &account, const Deadline &deadline);
+    Result create(const QString &account, SecretValue *value) const;
 
     QByteArray m_serviceName;
     std::unique_ptr<GMainContext, PopContext> m_context; ///< else signals go to the main thread
@@ -237,6 +243,21 @@ Result Conversation::unlock()
     return {};
 }
 
+/// Not every service searches what is locked.
+Expected<bool, SecretFault> Conversation::mayHideItems() const
+{
+    if (!m_open.empty() || !m_locked.empty())
+        return false;
+    const Deadline deadline;
+    GError *error = nullptr;
+    const Owned<SecretCollection> keyring(
+        secret_collection_for_alias_sync(m_service.get(), SECRET_COLLECTION_DEFAULT,
+                                         SECRET_COLLECTION_NONE, deadline.cancellable(), &error));
+    if (error)
+        return failure(error, &deadline);
+    return keyring && secret_collection_get_locked(keyring.get());
+}
+
 Expected<SecretStore::Secrets, SecretFault> Conversation::load() const
 {
     const Deadline deadline;
@@ -261,14 +282,28 @@ Expected<SecretStore::Secrets, SecretFault> Conversation::load() const
 
 Result Conversation::keep(const Secret &secret) const
 {
-    const auto attributes = attributesOf(m_serviceName, secret.account);
     const Owned<SecretValue> value(
         secret_value_new(secret.value.constData(), secret.value.size(), "text/plain"));
-    const QByteArray label = "Strandloom: " + secret.account.toUtf8();
+    bool isKept = false;
+    for (const Item &item : m_open) { // another program's too: a new one would be a second
+        if (item.account != secret.account)
+            continue;
+        GError *error = nullptr;
+        if (!secret_item_set_secret_sync(item.object.get(), value.get(), nullptr, &error))
+            return failure(error);
+        isKept = true;
+    }
+    return isKept ? Result() : create(secret.account, value.get());
+}
+
+Result Conversation::create(const QString &account, SecretValue *value) const
+{
+    const auto attributes = attributesOf(m_serviceName, account);
+    const QByteArray label = "Strandloom: " + account.toUtf8();
     GError *error = nullptr;
     if (!secret_service_store_sync(m_service.get(), &schema, attributes.get(),
-                                   SECRET_COLLECTION_DEFAULT, label.constData(), value.get(),
-                                   nullptr, &error))
+                                   SECRET_COLLECTION_DEFAULT, label.constData(), value, nullptr,
+                                   &error))
         return failure(error);
     return {};
 }
@@ -291,14 +326,22 @@ SecretStore::ReadResult readSecrets(const QByteArray &serviceName, const QString
         return Unexpected{conversation.error()};
     if (prompt == UnlockPrompt::allowed)
         (void)conversation->unlock(); // what stays locked is told apart in the result
+    const auto isHidden = conversation->mayHideItems();
+    if (!isHidden || *isHidden)
+        return Unexpected{isHidden ? SecretFault::locked : isHidden.error()};
     return conversation->load();
 }
 
 Result writeSecrets(const QByteArray &serviceName, const QList<Secret> &secrets)
 {
-    const auto conversation = Conversation::begin(serviceName, {});
+    QStringList accounts;
+    for (const Secret &secret : secrets)
+        accounts.append(secret.account);
+    auto conversation = Conversation::begin(serviceName, accounts);
     if (!conversation)
         return Unexpected{conversation.error()};
+    if (auto unlocked = conversation->unlock(); !unlocked)
+        return unlocked;
     for (const Secret &secret : secrets) {
         if (auto kept = conversation->keep(secret); !kept)
             return kept;
@@ -323,6 +366,7 @@ LibsecretStore::LibsecretStore(const QString &serviceName)
     , m_thread(std::make_unique<QThreadPool>())
 {
     m_thread->setMaxThreadCount(1);
+    watch();
 }
 
 LibsecretStore::~LibsecretStore()
@@ -330,6 +374,23 @@ LibsecretStore::~LibsecretStore()
     m_thread->clear();
     if (!m_thread->waitForDone(int(std::chrono::milliseconds(100ms).count())))
         (void)m_thread.release(); // a prompt may be up for hours: it ends with the process
+}
+
+/// Without a bus there is nothing to watch.
+void LibsecretStore::watch()
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    bus.connect({}, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, u"NameOwnerChanged"_s,
+                {u"org.freedesktop.secrets"_s}, {}, this,
+                SLOT(noteOwner(QString, QString, QString)));
+    // Whatever happens to a keyring is told as one of this interface's signals.
+    bus.connect({}, {}, u"org.freedesktop.Secret.Service"_s, {}, this, SIGNAL(changed()));
+}
+
+void LibsecretStore::noteOwner(const QString &, const QString &, const QString &now)
+{
+    if (!now.isEmpty())
+        Q_EMIT changed();
 }
 
 Task<SecretStore::ReadResult> LibsecretStore::read(QStringList accounts, UnlockPrompt prompt)

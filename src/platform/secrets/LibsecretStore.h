@@ -13,6 +13,7 @@
 /// seconds without an answer, though never while the user is being asked.
 class LibsecretStore final : public SecretStore
 {
+    Q_OBJECT
 public:
     explicit LibsecretStore(const QString &serviceName);
     ~LibsecretStore() override;
@@ -21,7 +22,12 @@ public:
     Task<Result> write(QList<Secret> secrets) override;
     Task<Result> removeAll() override;
 
+private Q_SLOTS:
+    void noteOwner(const QString &name, const QString &before, const QString &now);
+
 private:
+    void watch();
+
     QByteArray m_serviceName;
     std::unique_ptr<QThreadPool> m_thread;
 };

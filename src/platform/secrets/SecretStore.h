@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QList>
+#include <QObject>
 #include <QStringList>
 
 #include <optional>
@@ -31,8 +32,9 @@ struct Secret {
 
 /// Secrets of this program in the user's keyring, by account name. Operations run one after
 /// another, in the order in which they were begun. Main thread only.
-class SecretStore
+class SecretStore : public QObject
 {
+    Q_OBJECT
 public:
     /// What is there: an account that has no secret is missing, the value of one that stays locked
     /// is absent.
@@ -40,11 +42,16 @@ public:
     using ReadResult = Expected<Secrets, SecretFault>;
     using Result = Expected<void, SecretFault>;
 
-    virtual ~SecretStore() = default;
+    /// What stays locked is told apart in the result; when nothing is found because all is locked,
+    /// that is the fault.
     virtual Task<ReadResult> read(QStringList accounts, UnlockPrompt prompt) = 0;
     /// Replaces what the accounts have; may ask the user to unlock. What fails half-way may have
     /// kept the first of them.
     virtual Task<Result> write(QList<Secret> secrets) = 0;
     /// Removes the secrets of all accounts; may ask the user to unlock. Nothing there is success.
     virtual Task<Result> removeAll() = 0;
+
+Q_SIGNALS:
+    /// There may be more to read than before: the keyring has come up or was unlocked.
+    void changed();
 };
