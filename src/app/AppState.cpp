@@ -58,13 +58,8 @@ void AppState::startScheduler()
 {
     EmailScheduler &scheduler = m_services.scheduler;
     scheduler.setModelContext(&m_services.modelContext);
-    const auto schedule = [&scheduler] {
-        scheduler.scheduleNextEmail();
-        scheduler.checkAndSendIfNeeded();
-    };
-    schedule();
-    // Until the keyring has answered, mail does not count as configured, and a catch-up is missed.
-    connect(&m_services.keys, &ResendKeyService::becameKnown, &scheduler, schedule);
+    scheduler.scheduleNextEmail();
+    scheduler.checkAndSendIfNeeded();
 }
 
 void AppState::setCapturingPaused(bool isPaused)

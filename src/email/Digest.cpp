@@ -68,18 +68,11 @@ void appendEscaped(QString &html, QStringView text)
     html += text.sliced(begin);
 }
 
-QString displayTitle(const CapturedLink &link, const QString &host)
-{
-    if (link.title)
-        return *link.title; // an empty title too
-    return host.isEmpty() ? u"Untitled"_s : host;
-}
-
 void appendCard(QString &html, const CapturedLink &link, const DateText &dates)
 {
     const QString host = hostOf(link.url);
     html += QLatin1StringView("<div class=\"link-card\">\n    <div class=\"link-title\">");
-    appendEscaped(html, displayTitle(link, host));
+    appendEscaped(html, displayTitle(link));
     html += QLatin1StringView("</div>");
     if (link.summary) {
         html += QLatin1StringView("<div class=\"link-summary\">");

@@ -18,7 +18,6 @@ using std::chrono::milliseconds;
 namespace
 {
 
-constexpr int defaultHour = 8;
 constexpr milliseconds longestSleep = 60s; // no alarm counts the time of a suspend
 
 QList<LinkId> idsOf(const QList<CapturedLink> &links)
@@ -36,71 +35,64 @@ EmailScheduler::EmailScheduler(const Parts &parts, QObject *parent)
     : QObject(parent)
     , m_parts(parts)
 {
-    connect(&m_parts.keys, &ResendKeyService::becameKnown, this, [this] {
-        if (!m_modelContext)
-            return; // the start itself is still to come
-        scheduleNextEmail();
-        checkAndSendIfNeeded();
-    });
+    const auto whenStarted = [this](void (EmailScheduler::*act)()) {
+        return [this, act] {
+            if (m_modelContext)
+                (this->*act)();
+        };
+    };
+    connect(&m_parts.keys, &ResendKeyService::isConfiguredChanged, this,
+            whenStarted(&EmailScheduler::scheduleNextEmail));
+    connect(&m_parts.keys, &ResendKeyService::becameKnown, this,
+            whenStarted(&EmailScheduler::checkAndSendIfNeeded));
 }
 
 void EmailScheduler::scheduleNextEmail()
 {
-    m_due.reset();
-    schedule(nextSendDate(sendHour()));
+    aim(slotAt(nextSendDate(sendHour())));
 }
 
-/// Aims at `date`; goes on as before if that is aimed at already.
-void EmailScheduler::schedule(std::optional<Instant> date)
+void EmailScheduler::aim(const std::optional<Slot> &slot)
 {
-    if (date && date == m_due)
-        return wait();
     m_timer.reset();
-    m_due.reset();
+    m_aim.reset();
     const bool isEnabled =
         m_parts.preferences.boolean(preferenceKeys::emailDigestEnabled).value_or(false);
     if (!isEnabled || !m_parts.keys.isConfigured()) {
         m_isScheduled = false;
         return;
     }
-    if (!date)
+    if (!slot)
         return;
 
+    const Instant date = due(*slot);
     const auto minutes =
-        std::chrono::duration_cast<std::chrono::minutes>(*date - m_parts.clock.now());
+        std::chrono::duration_cast<std::chrono::minutes>(date - m_parts.clock.now());
     debugLog(u"Scheduling email for "
-             % dateTimeOf(*date).toUTC().toString(u"yyyy-MM-dd HH:mm:ss +0000") % u" (in "
+             % dateTimeOf(date).toUTC().toString(u"yyyy-MM-dd HH:mm:ss +0000") % u" (in "
              % QString::number(minutes.count()) % u" minutes)");
-    m_due = date;
+    m_aim = slot;
     wait();
     m_isScheduled = true;
 }
 
 void EmailScheduler::wait()
 {
-    const auto left = std::chrono::ceil<milliseconds>(*m_due - m_parts.clock.now());
+    const auto left = std::chrono::ceil<milliseconds>(due(*m_aim) - m_parts.clock.now());
     m_timer = m_parts.clock.after(std::min(left, longestSleep), [this] { wake(); });
 }
 
 void EmailScheduler::wake()
 {
-    if (m_parts.clock.now() >= *m_due) {
-        m_due.reset();
-        m_tasks.start(sendScheduledEmail());
+    if (m_parts.clock.now() >= due(*m_aim)) {
+        m_tasks.start(send(*std::exchange(m_aim, std::nullopt)));
         return;
     }
-    // Another date than before means that the clock or its zone was set.
-    const auto next = nextSendDate(sendHour());
-    schedule(next == m_due ? next : nextUnsentDate());
-}
-
-/// Aims anew after a send, which the user may have done meanwhile.
-void EmailScheduler::scheduleAfter(Instant begun)
-{
-    const auto next = nextSendDate(sendHour());
-    // A digest that is late, after a suspend, is also that of the day on which it went out.
-    const bool wasLate = next && next != m_due && isSameDay(begun, *next);
-    schedule(wasLate ? nextUnsentDate() : next);
+    const auto next = nextUnfiredSlot();
+    if (next && due(*next) < due(*m_aim)) // the clock or its zone was set back
+        aim(next);
+    else
+        wait();
 }
 
 void EmailScheduler::checkAndSendIfNeeded()
@@ -117,27 +109,32 @@ void EmailScheduler::checkAndSendIfNeeded()
 
 Task<> EmailScheduler::sendScheduledEmail()
 {
+    return send(lastSlot());
+}
+
+Task<> EmailScheduler::send(Slot slot)
+{
     if (m_isSending)
         co_return;
-    const Instant begun = m_parts.clock.now();
     const QString recipient =
         m_parts.preferences.string(preferenceKeys::emailAddress).value_or(QString());
-    if (!m_parts.keys.isConfigured() || recipient.isEmpty()) {
-        scheduleAfter(begun);
+    const bool canSend = m_parts.keys.isKnown() && m_parts.keys.isConfigured();
+    if (!canSend || recipient.isEmpty()) {
+        aim(nextUnfiredSlot());
         co_return;
     }
     if (!m_modelContext)
         co_return;
 
+    m_fired.append(slot);
     m_isSending = true;
-    co_await deliver(recipient);
+    co_await deliver(recipient, slot);
     m_isSending = false;
-    scheduleAfter(begun);
+    aim(nextUnfiredSlot());
 }
 
-Task<> EmailScheduler::deliver(QString recipient)
+Task<> EmailScheduler::deliver(QString recipient, Slot slot)
 {
-    const Instant due = lastSendDate();
     const ModelContext &context = *m_modelContext;
     const auto links = co_await collectVisibleLinks(context, LinkOrder::newestFirst);
     if (!links) {
@@ -146,9 +143,12 @@ Task<> EmailScheduler::deliver(QString recipient)
     }
     if (links->isEmpty())
         co_return;
-    const SendResult sent = co_await m_parts.service.sendDigest(*links, recipient, due);
+    const QByteArray name = occasion(slot);
+    const SendResult sent = co_await m_parts.service.sendDigest(*links, recipient, name);
     if (!sent) {
         debugLog(u"Scheduled email failed: " + description(sent.error()));
+        if (sent.error().isAnswer())
+            m_parts.preferences.set(preferenceKeys::lastEmailRefusedDate, m_parts.clock.now());
         co_return;
     }
     recordSent(*links);
@@ -170,22 +170,41 @@ std::optional<Instant> EmailScheduler::nextSendDate(int hour) const
     return today && *today <= now ? atHour(now, hour, 1) : today;
 }
 
-/// The next send date in a day for which no digest has gone out yet.
-std::optional<Instant> EmailScheduler::nextUnsentDate() const
-{
-    const auto next = nextSendDate(sendHour());
-    const auto lastSent = m_parts.preferences.date(preferenceKeys::lastEmailSentDate);
-    const bool isSent = next && lastSent && isSameDay(*lastSent, *next);
-    return isSent ? atHour(*next, sendHour(), 1) : next;
-}
-
-/// The latest send date that has passed.
-Instant EmailScheduler::lastSendDate() const
+EmailScheduler::Slot EmailScheduler::lastSlot() const
 {
     const Instant now = m_parts.clock.now();
-    const auto today = atHour(now, sendHour());
-    const auto last = today && *today <= now ? today : atHour(now, sendHour(), -1);
-    return last.value_or(now);
+    const Slot today{dateTimeOf(now).date(), sendHour()};
+    return due(today) <= now ? today : Slot{today.day.addDays(-1), today.hour};
+}
+
+/// The next slot but for those that were fired, which lie ahead when the clock was set back.
+std::optional<EmailScheduler::Slot> EmailScheduler::nextUnfiredSlot() const
+{
+    auto slot = slotAt(nextSendDate(sendHour()));
+    while (slot && m_fired.contains(*slot))
+        slot = slotAt(atHour(due(*slot), slot->hour, 1));
+    return slot;
+}
+
+std::optional<EmailScheduler::Slot> EmailScheduler::slotAt(std::optional<Instant> date) const
+{
+    return date ? std::optional(Slot{dateTimeOf(*date).date(), sendHour()}) : std::nullopt;
+}
+
+Instant EmailScheduler::due(const Slot &slot) const
+{
+    const QTime time(slot.hour, 0);
+    return time.isValid() ? instantAt(slot.day, time) : m_parts.clock.now();
+}
+
+/// The name of the slot for the provider: the same after a restart, as nobody knows what has become
+/// of a send that was cut off, but another one when the provider has refused a mail.
+QByteArray EmailScheduler::occasion(const Slot &slot) const
+{
+    const auto refused = m_parts.preferences.date(preferenceKeys::lastEmailRefusedDate);
+    const qint64 since = refused.value_or(Instant()).time_since_epoch().count();
+    return slot.day.toString(Qt::ISODate).toLatin1() + 'T' + QByteArray::number(slot.hour) + ' '
+        + QByteArray::number(since);
 }
 
 int EmailScheduler::sendHour() const

@@ -3,10 +3,9 @@
 
 #include "CapturedLink.h"
 #include "Clock.h"
-#include "Expected.h"
-#include "StoreError.h"
 #include "async/Scope.h"
 
+#include <QDate>
 #include <QList>
 #include <QObject>
 #include <QProperty>
@@ -17,12 +16,17 @@ class Preferences;
 class ResendKeyService;
 
 /// Mails the digest of the visible links once a day at the hour the user has chosen. Follows the
-/// wall clock: through suspends, steps of the clock and changes of the time zone. Main thread only.
+/// wall clock: through suspends, steps of the clock and changes of the time zone. What was missed
+/// meanwhile goes out late, once. Follows the keyring as well: when mail is set up or removed, and
+/// when the keyring can be read for the first time. Main thread only.
 class EmailScheduler : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(bool isScheduled READ isScheduled NOTIFY isScheduledChanged)
 public:
+    /// The hour of a user who has chosen none, or midnight.
+    static constexpr int defaultHour = 8;
+
     /// What the scheduler works with; all of it outlives the scheduler.
     struct Parts {
         EmailService &service;
@@ -39,7 +43,7 @@ public:
     bool isScheduled() const { return m_isScheduled; }
 
     /// Aims at the next send, or at none when the digest is off. To be called at the start and
-    /// when the user has changed the digest's settings.
+    /// when the user has changed the digest's preferences.
     void scheduleNextEmail();
     /// Sends the digest of today if its hour has passed and none has gone out. To be called once,
     /// at the start, after `scheduleNextEmail`.
@@ -55,20 +59,32 @@ Q_SIGNALS:
     void isScheduledChanged();
 
 private:
+    /// What a send is due for, in whatever time zone. Where the clocks skip the hour, the day is
+    /// that of the moment after the gap.
+    struct Slot {
+        QDate day;
+        int hour;
+        bool operator==(const Slot &) const = default;
+    };
+
     int sendHour() const;
-    Instant lastSendDate() const;
-    std::optional<Instant> nextUnsentDate() const;
-    void schedule(std::optional<Instant> date);
-    void scheduleAfter(Instant begun);
+    Instant due(const Slot &slot) const;
+    std::optional<Slot> slotAt(std::optional<Instant> date) const;
+    Slot lastSlot() const;
+    std::optional<Slot> nextUnfiredSlot() const;
+    void aim(const std::optional<Slot> &slot);
     void wait();
     void wake();
-    Task<> deliver(QString recipient);
+    Task<> send(Slot slot);
+    Task<> deliver(QString recipient, Slot slot);
+    QByteArray occasion(const Slot &slot) const;
     void recordSent(const QList<CapturedLink> &links);
 
     Parts m_parts;
     ModelContext *m_modelContext = nullptr;
-    std::optional<Instant> m_due; ///< absent while nothing is aimed at
-    std::unique_ptr<Alarm> m_timer; ///< rings at `m_due`, or before it to look at the clock
+    std::optional<Slot> m_aim;
+    std::unique_ptr<Alarm> m_timer; ///< rings when `m_aim` is due, or before to look at the clock
+    QList<Slot> m_fired; ///< by this process
     bool m_isSending = false;
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(EmailScheduler, bool, m_isScheduled, false,
                                          &EmailScheduler::isScheduledChanged)

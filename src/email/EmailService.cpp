@@ -37,11 +37,11 @@ QByteArray messageBody(const QString &from, const QString &to, const QList<Captu
     return QJsonDocument(message).toJson(QJsonDocument::Compact);
 }
 
-QByteArray idempotencyKey(const QByteArray &body, Instant due)
+QByteArray idempotencyKey(const QByteArray &body, const QByteArray &occasion)
 {
     QCryptographicHash hash(QCryptographicHash::Sha256);
     hash.addData(body);
-    hash.addData(QByteArray::number(qint64(due.time_since_epoch().count())));
+    hash.addData(occasion);
     return "digest-" + hash.result().toHex();
 }
 
@@ -128,27 +128,27 @@ EmailService::EmailService(const Parts &parts, QObject *parent)
 }
 
 Task<SendResult> EmailService::sendDigest(QList<CapturedLink> links, QString to,
-                                          std::optional<Instant> due)
+                                          std::optional<QByteArray> occasion)
 {
     const auto sending = std::make_shared<Sending>();
-    m_tasks.start(run(sending, links, to, due));
+    m_tasks.start(run(sending, links, to, occasion));
     Turn afterSending(sending->end);
     co_await afterSending;
     co_return sending->result;
 }
 
 Task<> EmailService::run(std::shared_ptr<Sending> sending, QList<CapturedLink> links, QString to,
-                         std::optional<Instant> due)
+                         std::optional<QByteArray> occasion)
 {
     const Turn untilSent(sending->end);
-    const SendResult result = co_await send(links, to, due);
+    const SendResult result = co_await send(links, to, occasion);
     sending->result = result;
 }
 
 Task<SendResult> EmailService::send(QList<CapturedLink> links, QString to,
-                                    std::optional<Instant> due)
+                                    std::optional<QByteArray> occasion)
 {
-    const UnlockPrompt prompt = due ? UnlockPrompt::never : UnlockPrompt::allowed;
+    const UnlockPrompt prompt = occasion ? UnlockPrompt::never : UnlockPrompt::allowed;
     const auto apiKey = co_await m_keys.apiKey(prompt);
     if (!apiKey)
         co_return Unexpected{EmailError{Kind::notConfigured}};
@@ -176,8 +176,8 @@ Task<SendResult> EmailService::send(QList<CapturedLink> links, QString to,
         return messageBody(from, to, complete, context);
     });
     request.body = co_await composing;
-    if (due)
-        request.headers.append({"Idempotency-Key", idempotencyKey(request.body, *due)});
+    if (occasion)
+        request.headers.append({"Idempotency-Key", idempotencyKey(request.body, *occasion)});
     const HttpReply reply = co_await m_http.send(request);
     co_return outcomeOf(reply);
 }

@@ -23,6 +23,9 @@ struct EmailError {
     enum class Kind { sendFailed, notConfigured, invalidEmail, noLinks, requestFailed, transport };
     Kind kind;
     QString detail = {}; ///< with `sendFailed` the provider's words, with `transport` the client's
+
+    /// Whether the provider has refused the mail, so that it certainly did not go out.
+    bool isAnswer() const { return kind == Kind::sendFailed || kind == Kind::requestFailed; }
 };
 
 /// The error as words for people.
@@ -60,11 +63,11 @@ public:
     QString lastError() const { return m_lastError; }
 
     /// Mails the digest of `links` to the address `to`, summarising first where a summary is
-    /// missing. Goes on to its end even when this wait is abandoned. `due` is the hour for which
-    /// the scheduler sends: the provider takes the same digest for the same hour only once. Without
-    /// it the user sends, and may be asked to unlock the keyring.
+    /// missing. Goes on to its end even when this wait is abandoned. `occasion` names what the
+    /// scheduler sends for: the provider takes the same digest for the same occasion only once.
+    /// Without it the user sends, and may be asked to unlock the keyring.
     Task<SendResult> sendDigest(QList<CapturedLink> links, QString to,
-                                std::optional<Instant> due = std::nullopt);
+                                std::optional<QByteArray> occasion = std::nullopt);
 
 Q_SIGNALS:
     void isSendingChanged();
@@ -74,10 +77,10 @@ private:
     struct Sending;
 
     Task<> run(std::shared_ptr<Sending> sending, QList<CapturedLink> links, QString to,
-               std::optional<Instant> due);
-    Task<SendResult> send(QList<CapturedLink> links, QString to, std::optional<Instant> due);
+               std::optional<QByteArray> occasion);
+    Task<SendResult> send(QList<CapturedLink> links, QString to,
+                          std::optional<QByteArray> occasion);
     Task<QList<CapturedLink>> withSummaries(QList<CapturedLink> links);
-    Task<SendResult> post(HttpRequest request);
     SendResult outcomeOf(const HttpReply &reply);
     DigestContext digestContext() const;
 

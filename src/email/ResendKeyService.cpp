@@ -6,6 +6,9 @@
 #include "WhiteSpace.h"
 
 #include <QRegularExpression>
+#include <QStringDecoder>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -18,7 +21,8 @@ QString withoutSpace(const QString &text)
 {
     const std::string utf8 = text.toStdString();
     const std::string_view rest = trimmed(utf8);
-    return QString::fromUtf8(rest.data(), qsizetype(rest.size()));
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    return decoder.decode(QByteArrayView(rest.data(), qsizetype(rest.size())));
 }
 
 bool isEmailAddress(const QString &text)
@@ -33,6 +37,12 @@ std::optional<QString> textOf(const SecretStore::Secrets &secrets, QLatin1String
 {
     const auto value = secrets.value(account);
     return value ? std::optional(QString::fromUtf8(*value)) : std::nullopt;
+}
+
+bool isUnlocked(const SecretStore::Secrets &secrets)
+{
+    return std::all_of(secrets.begin(), secrets.end(),
+                       [](const auto &value) { return value.has_value(); });
 }
 
 } // namespace
@@ -58,6 +68,10 @@ ResendKeyService::ResendKeyService(SecretStore &secrets, QObject *parent)
     : QObject(parent)
     , m_secrets(secrets)
 {
+    connect(&m_secrets, &SecretStore::changed, this, [this] {
+        if (!m_isKnown)
+            refresh();
+    });
     refresh();
 }
 
@@ -75,7 +89,6 @@ Task<bool> ResendKeyService::saveConfiguration(QString apiKey, QString fromEmail
     const auto written = co_await m_secrets.write(secrets);
     if (!written)
         debugLog(u"Failed to save the email configuration: " + description(written.error()));
-    m_isKnown = true;
     m_isConfigured = true;
     m_configuredEmail = address;
     co_return true;
@@ -85,7 +98,6 @@ void ResendKeyService::removeConfiguration()
 {
     ++m_changes;
     m_tasks.start(removeSecrets());
-    m_isKnown = true;
     m_isConfigured = false;
     m_configuredEmail = std::nullopt;
     m_validationError = std::nullopt;
@@ -126,6 +138,8 @@ Task<std::optional<SecretStore::Secrets>> ResendKeyService::read(UnlockPrompt pr
     }
     if (changes == m_changes)
         publish(*secrets);
+    if (isUnlocked(*secrets) && !std::exchange(m_isKnown, true))
+        Q_EMIT becameKnown();
     co_return *secrets;
 }
 
@@ -135,6 +149,4 @@ void ResendKeyService::publish(const SecretStore::Secrets &secrets)
     m_isConfigured = m_isConfigured || secrets.contains(apiKeyAccount);
     if (const auto address = textOf(secrets, emailAccount))
         m_configuredEmail = *address;
-    if (!std::exchange(m_isKnown, true))
-        Q_EMIT becameKnown();
 }

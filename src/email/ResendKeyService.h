@@ -12,7 +12,8 @@
 std::optional<QString> configurationFault(const QString &apiKey, const QString &fromEmail);
 
 /// The mail provider's API key and the sender address, kept in the keyring and nowhere else. The
-/// keyring answers late: until it first has, nothing counts as configured. Main thread only.
+/// keyring answers late, and may be absent or locked at first: it is looked at again whenever it
+/// has changed, until all of it could be read. Main thread only.
 class ResendKeyService : public QObject
 {
     Q_OBJECT
@@ -29,6 +30,8 @@ public:
     /// Begins to read `secrets`, which outlives the service, without asking the user for anything.
     explicit ResendKeyService(SecretStore &secrets, QObject *parent = nullptr);
 
+    /// Whether the keyring could be read, now or earlier.
+    bool isKnown() const { return m_isKnown; }
     /// Whether an API key is stored, be it locked.
     bool isConfigured() const { return m_isConfigured; }
     /// The message of the last save that was refused; absent after one that was not.
@@ -50,7 +53,7 @@ Q_SIGNALS:
     void isConfiguredChanged();
     void validationErrorChanged();
     void configuredEmailChanged();
-    /// Once, when the keyring has told for the first time what it holds.
+    /// Once, when the keyring could be read for the first time.
     void becameKnown();
 
 private:

@@ -57,11 +57,11 @@ QList<CapturedLink> MailDesk::visible()
 }
 
 std::optional<SendResult> MailDesk::send(const QList<CapturedLink> &links, const QString &to,
-                                         std::optional<Instant> due)
+                                         const std::optional<QByteArray> &occasion)
 {
     std::optional<SendResult> result;
     Scope scope;
-    scope.start(keepResult(service->sendDigest(links, to, due), &result));
+    scope.start(keepResult(service->sendDigest(links, to, occasion), &result));
     (void)QTest::qWaitFor(
         [&] {
             clock.advance(100ms);

@@ -29,7 +29,7 @@ struct MailDesk {
     QList<CapturedLink> visible();
     /// Sends and lets virtual time pass until the outcome is there; absent when there is none.
     std::optional<SendResult> send(const QList<CapturedLink> &links, const QString &to,
-                                   std::optional<Instant> due = std::nullopt);
+                                   const std::optional<QByteArray> &occasion = std::nullopt);
 
     static const QString key;
     QTemporaryDir folder;

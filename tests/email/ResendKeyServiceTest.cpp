@@ -3,6 +3,8 @@
 
 #include "DiagnosticLines.h"
 #include "FakeSecretStore.h"
+#include "KeyringSession.h"
+#include "LibsecretStore.h"
 #include "Waiting.h"
 
 #include <QSignalSpy>
@@ -35,6 +37,7 @@ private Q_SLOTS:
         row("nineteen characters", u"re_4567890123456789"_s, address, tooShort);
         row("clusters count, not code units", u"re_456789012345678e\u0301"_s, address, tooShort);
         row("no prefix, and short", u"sk_1"_s, address, noPrefix);
+        row("byte order mark", u"\ufeffre_45678901234567890"_s, address, noPrefix);
         row("prefix in upper case", u"RE_45678901234567890"_s, address, noPrefix);
         row("nothing at all", {}, {}, u"API key cannot be empty"_s);
         row("only space", u" \t\n"_s, address, u"API key cannot be empty"_s);
@@ -90,14 +93,37 @@ private Q_SLOTS:
                             {u"resend_from_email"_s, address.toUtf8()}};
         secrets.isLocked = true;
         ResendKeyService service(secrets);
-        QTRY_VERIFY(service.isConfigured());
-        QVERIFY(!service.configuredEmail());
         QVERIFY(!*waitFor(service.apiKey(UnlockPrompt::never)));
         QCOMPARE(secrets.prompts, 0);
 
         QCOMPARE(*waitFor(service.apiKey(UnlockPrompt::allowed)), key);
         QCOMPARE(service.configuredEmail(), address);
         QCOMPARE(secrets.prompts, 1);
+    }
+
+    void readsAKeyringThatComesLateAndIsUnlockedLater()
+    {
+        KeyringSession session;
+        QVERIFY(session.startBus() && session.startUnlocked());
+        LibsecretStore secrets(ResendKeyService::serviceName);
+        const QList<Secret> both = {{ResendKeyService::apiKeyAccount, key.toUtf8()},
+                                    {ResendKeyService::emailAccount, address.toUtf8()}};
+        QVERIFY(*waitFor(secrets.write(both)));
+        session.killDaemon();
+        ResendKeyService service(secrets);
+        QSignalSpy known(&service, &ResendKeyService::becameKnown);
+        QVERIFY(!*waitFor(service.apiKey(UnlockPrompt::never)));
+        QVERIFY(!service.isConfigured());
+
+        QVERIFY(session.startLocked());
+        QTRY_VERIFY(service.isConfigured());
+        QVERIFY(!service.isKnown());
+        QVERIFY(session.unlock());
+        QVERIFY(known.wait());
+        QCOMPARE(service.configuredEmail(), address);
+        service.refresh();
+        (void)waitFor(service.apiKey(UnlockPrompt::never));
+        QCOMPARE(known.count(), 1);
     }
 
     void hasItsOutcomeWithoutAKeyring()
@@ -116,25 +142,6 @@ private Q_SLOTS:
                              "There is no secret service"_s});
         QVERIFY(!*waitFor(service.apiKey(UnlockPrompt::allowed)));
         QVERIFY(known.isEmpty());
-    }
-
-    void becomesKnownWhenTheKeyringComesUp()
-    {
-        FakeSecretStore secrets;
-        secrets.contents = {{u"resend_api_key"_s, key.toUtf8()}};
-        secrets.fault = SecretFault::timedOut;
-        ResendKeyService service(secrets);
-        QSignalSpy known(&service, &ResendKeyService::becameKnown);
-        (void)waitFor(service.apiKey(UnlockPrompt::never));
-        QVERIFY(known.isEmpty());
-
-        secrets.fault.reset();
-        service.refresh();
-        QVERIFY(known.wait());
-        QVERIFY(service.isConfigured());
-        service.refresh();
-        (void)waitFor(service.apiKey(UnlockPrompt::never));
-        QCOMPARE(known.count(), 1);
     }
 
     void doesNotBringBackWhatWasRemovedDuringAReading()

@@ -23,6 +23,8 @@ inline constexpr QLatin1StringView emailSendHour("emailSendHour"); ///< 0 to 23
 inline constexpr QLatin1StringView clearAfterEmail("clearAfterEmail");
 inline constexpr QLatin1StringView autoPruneDays("autoPruneDays"); ///< 0: never
 inline constexpr QLatin1StringView lastEmailSentDate("lastEmailSentDate");
+/// When the mail provider has last refused a scheduled mail.
+inline constexpr QLatin1StringView lastEmailRefusedDate("lastEmailRefusedDate");
 } // namespace preferenceKeys
 
 /// The user's preferences, in one INI file. A key that was never set, or whose value is not of the
