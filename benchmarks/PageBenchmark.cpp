@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
-// What reading a page costs. With `--write-pages=FOLDER` it writes the pages instead, for peers.
+// What reading a page costs. With `--write-pages=FOLDER` it writes the pages instead, for peers;
+// with
+// `--compare=COUNT` it compares what is read from that many with what ICU's expressions find.
 
+#include "PageComparison.h"
 #include "PageEvidence.h"
 #include "PageMaker.h"
 #include "PageTitle.h"
@@ -9,6 +12,8 @@
 #include <QString>
 
 #include <benchmark/benchmark.h>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <vector>
 
@@ -49,6 +54,20 @@ void readPages(benchmark::State &state)
 }
 BENCHMARK(readPages)->Unit(benchmark::kMillisecond);
 
+void readSmallPages(benchmark::State &state)
+{
+    PageMaker maker(5);
+    std::vector<std::string> small;
+    for (int i = 0; i < 100; ++i)
+        small.push_back(maker.page(1700)); // which makes 2.3 KB
+    for ([[maybe_unused]] const auto &_ : state) {
+        for (const std::string &page : small)
+            read(page);
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(small.size()));
+}
+BENCHMARK(readSmallPages)->Unit(benchmark::kMicrosecond);
+
 /// Nothing but one start that never ends: the time must grow with the size and no faster.
 void readHostilePage(benchmark::State &state, const std::string &start)
 {
@@ -60,8 +79,24 @@ void readHostilePage(benchmark::State &state, const std::string &start)
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(html.size()));
 }
 
+/// Random `<meta`s that nothing ends, with all that patterns look for in them.
+std::string metasWithoutEnd()
+{
+    std::mt19937 random(7);
+    const std::string parts[] = {"<meta ", "content='", "name=\"description\" ", "' ",
+                                 "\" ",    "x",         "property='og:title' ",  "\n"};
+    std::string start;
+    while (start.size() < 60'000)
+        start += parts[random() % std::size(parts)];
+    return start;
+}
+
 void registerHostilePages()
 {
+    benchmark::RegisterBenchmark("hostile metas", readHostilePage, metasWithoutEnd())
+        ->RangeMultiplier(8)
+        ->Range(64 << 10, 4 << 20)
+        ->Unit(benchmark::kMillisecond);
     for (const std::string start : {"<title",
                                     "<title>",
                                     "<meta ",
@@ -110,10 +145,15 @@ void writePages(const std::string &folder)
 
 int main(int argc, char **argv)
 {
-    const std::string_view option = "--write-pages=";
-    if (argc == 2 && std::string_view(argv[1]).starts_with(option)) {
+    const std::string_view argument = argc == 2 ? argv[1] : "";
+    if (const std::string_view option = "--write-pages="; argument.starts_with(option)) {
         writePages(argv[1] + option.size());
         return 0;
+    }
+    if (const std::string_view option = "--compare="; argument.starts_with(option)) {
+        const auto difference = firstDifference(6, std::atoi(argv[1] + option.size()));
+        std::puts(difference ? difference->c_str() : "no difference");
+        return difference ? 1 : 0;
     }
     registerHostilePages();
     benchmark::Initialize(&argc, argv);

@@ -14,6 +14,8 @@ for program in "$build"/benchmarks/*Benchmark; do
         --benchmark_report_aggregates_only=true)
 done
 if [ "$filter" = . ]; then
+    echo "== 100,000 pages against ICU's regular expressions"
+    "$build/benchmarks/PageBenchmark" --compare=100000
     echo "== against lxml"
     /usr/bin/python3 benchmarks/peers/pages_lxml.py "$build/benchmarks/PageBenchmark"
     echo "== against wkhtmltopdf and WeasyPrint"

@@ -2,38 +2,54 @@
 #include "PageTitle.h"
 
 #include "Entities.h"
-#include "Pattern.h"
+#include "Markup.h"
 #include "WhiteSpace.h"
 
 namespace
 {
 
-/// In the order in which they are tried.
-const auto &titlePatterns()
+constexpr Entity titleEntities[] = {
+    {"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&#39;", "'"}, {"&nbsp;", " "},
+};
+
+std::optional<std::string_view> titleElement(std::string_view html)
 {
-    static const Pattern patterns[] = {
-        Pattern(R"(<title[^>]*>([^<]+)</title>)"),
-        Pattern(R"(<meta[^>]*property=["']og:title["'][^>]*content=["']([^"']+)["'])"),
-        Pattern(R"(<meta[^>]*content=["']([^"']+)["'][^>]*property=["']og:title["'])"),
-    };
-    return patterns;
+    ElementTexts titles(html, {"title"}, 1);
+    TagScanner tags(html, {"title"});
+    auto tag = tags.next();
+    for (; tag && !titles.isFull(); tag = tags.next())
+        titles.take(*tag);
+    return titles.isFull() ? std::optional(titles.found().front()) : std::nullopt;
 }
 
-constexpr Entity titleEntities[] = {
-    {"&amp;", "&"}, {"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&#39;", "'"}, {"&nbsp;", " "},
-};
+Metas metasOf(std::string_view html)
+{
+    Metas metas(html);
+    TagScanner tags(html, {"meta"});
+    while (const auto tag = tags.next())
+        metas.take(*tag);
+    return metas;
+}
+
+/// Absent when nothing is left of it.
+std::optional<std::string> readable(std::optional<std::string_view> text)
+{
+    if (!text)
+        return std::nullopt;
+    // Trimmed before decoding: the space of a "&nbsp;" at the end stays.
+    std::string title = decodeEntities(std::string(trimmed(*text)), titleEntities);
+    return title.empty() ? std::nullopt : std::optional(std::move(title));
+}
 
 } // namespace
 
 std::optional<std::string> extractTitle(std::string_view html)
 {
-    for (const Pattern &pattern : titlePatterns()) {
-        const auto found = pattern.firstCapture(html);
-        if (!found)
-            continue;
-        // Trimmed before decoding: the space of a "&nbsp;" at the end stays.
-        std::string title = decodeEntities(std::string(trimmed(*found)), titleEntities);
-        if (!title.empty())
+    if (auto title = readable(titleElement(html)))
+        return title;
+    const Metas metas = metasOf(html);
+    for (const ContentPlace place : {ContentPlace::behind, ContentPlace::inFront}) {
+        if (auto title = readable(metas.content("property", "og:title", place)))
             return title;
     }
     return std::nullopt;

@@ -6,43 +6,13 @@
 #include "MainText.h"
 #include "Markup.h"
 #include "PageText.h"
-#include "Pattern.h"
+#include "Prices.h"
 #include "WhiteSpace.h"
 
 using namespace Qt::StringLiterals;
 
 namespace
 {
-
-/// The content of the meta element whose attribute has a value, the attribute first or the content.
-struct MetaPattern {
-    Pattern attributeFirst;
-    Pattern contentFirst;
-
-    MetaPattern(const std::string &attribute, const std::string &value)
-        : attributeFirst(R"(<meta[^>]*)" + attribute + R"(=["'])" + value
-                         + R"(["'][^>]*content=["']([^"']+)["'])")
-        , contentFirst(R"(<meta[^>]*content=["']([^"']+)["'][^>]*)" + attribute + R"(=["'])" + value
-                       + R"(["'])")
-    {
-    }
-};
-
-struct PagePatterns {
-    Pattern title{R"(<title[^>]*>([^<]+)</title>)"};
-    MetaPattern description{"name", "description"};
-    MetaPattern ogTitle{"property", "og:title"};
-    MetaPattern ogDescription{"property", "og:description"};
-    MetaPattern ogType{"property", "og:type"};
-    MetaPattern siteName{"property", "og:site_name"};
-    MetaPattern twitterTitle{"name", "twitter:title"};
-    MetaPattern twitterDescription{"name", "twitter:description"};
-    Pattern heading{R"(<h[12][^>]*>([^<]+)</h[12]>)"};
-    Pattern link{R"(<a[^>]*>([^<]+)</a>)"};
-    Pattern button{R"(<button[^>]*>([^<]+)</button>)"};
-    // White space and digits of all scripts
-    Pattern price{R"([$£€][\t-\r\x{85}\p{Z}]*[\p{Nd},]+(?:\.\p{Nd}{2})?)"};
-};
 
 constexpr BlockPattern navigation{"<nav", BlockPattern::Start::tag, "</nav>"};
 
@@ -56,10 +26,11 @@ std::optional<QString> cleaned(std::optional<std::string_view> text)
     return text ? std::optional(toQString(clean(*text))) : std::nullopt;
 }
 
-std::optional<QString> metaContent(std::string_view metas, const MetaPattern &pattern)
+std::optional<QString> metaContent(const Metas &metas, std::string_view attribute,
+                                   std::string_view value)
 {
-    const auto content = pattern.attributeFirst.firstCapture(metas);
-    return cleaned(content ? content : pattern.contentFirst.firstCapture(metas));
+    const auto behind = metas.content(attribute, value, ContentPlace::behind);
+    return cleaned(behind ? behind : metas.content(attribute, value, ContentPlace::inFront));
 }
 
 /// Those of `texts` that, cleaned, are not empty and have fewer than `limit` characters.
@@ -74,13 +45,18 @@ QStringList labels(const std::vector<std::string_view> &texts, std::size_t limit
     return kept;
 }
 
-QStringList navLabels(std::string_view html, const Pattern &link)
+QStringList navLabels(std::string_view html, std::size_t from)
 {
-    const auto nav = firstBlock(html, navigation);
+    const auto nav = firstBlock(html, navigation, from);
     if (!nav)
         return {};
     const auto inner = html.substr(nav->innerBegin, nav->innerEnd - nav->innerBegin);
-    return labels(link.captures(inner, 8), 30);
+    ElementTexts links(inner, {"a"}, 8);
+    TagScanner tags(inner, {"a"});
+    auto tag = tags.next();
+    for (; tag && !links.isFull(); tag = tags.next())
+        links.take(*tag);
+    return labels(links.found(), 30);
 }
 
 QString classifyPageType(const EvidencePacket &packet)
@@ -96,25 +72,42 @@ QString classifyPageType(const EvidencePacket &packet)
 
 EvidencePacket parsePacket(std::string_view html, const QString &url, Instant now)
 {
-    static const PagePatterns patterns;
-    const std::string metas = metaParts(html);
+    ElementTexts titles(html, {"title"}, 1);
+    ElementTexts headings(html, {"h1", "h2"}, 5);
+    ElementTexts buttons(html, {"button"}, 5);
+    Metas metas(html);
+    std::size_t firstNav = html.size();
+    TagScanner tags(html, {"title", "meta", "h1", "h2", "button", "nav"});
+    while (const auto tag = tags.next()) {
+        if (tag->name == "title")
+            titles.take(*tag);
+        else if (tag->name == "meta")
+            metas.take(*tag);
+        else if (tag->name == "button")
+            buttons.take(*tag);
+        else if (tag->name == "nav")
+            firstNav = std::min(firstNav, tag->at);
+        else
+            headings.take(*tag);
+    }
 
     EvidencePacket packet(url, now);
-    packet.title = cleaned(patterns.title.firstCapture(html));
-    packet.metaDescription = metaContent(metas, patterns.description);
-    packet.ogTitle = metaContent(metas, patterns.ogTitle);
-    packet.ogDescription = metaContent(metas, patterns.ogDescription);
-    packet.ogType = metaContent(metas, patterns.ogType);
-    packet.siteName = metaContent(metas, patterns.siteName);
+    if (!titles.found().empty())
+        packet.title = toQString(clean(titles.found().front()));
+    packet.metaDescription = metaContent(metas, "name", "description");
+    packet.ogTitle = metaContent(metas, "property", "og:title");
+    packet.ogDescription = metaContent(metas, "property", "og:description");
+    packet.ogType = metaContent(metas, "property", "og:type");
+    packet.siteName = metaContent(metas, "property", "og:site_name");
     if (!packet.ogTitle)
-        packet.ogTitle = metaContent(metas, patterns.twitterTitle);
+        packet.ogTitle = metaContent(metas, "name", "twitter:title");
     if (!packet.ogDescription)
-        packet.ogDescription = metaContent(metas, patterns.twitterDescription);
-    for (const std::string_view heading : patterns.heading.captures(html, 5))
+        packet.ogDescription = metaContent(metas, "name", "twitter:description");
+    for (const std::string_view heading : headings.found())
         packet.headings.append(toQString(clean(heading)));
-    packet.navLabels = navLabels(html, patterns.link);
-    packet.ctaButtons = labels(patterns.button.captures(html, 5), 50);
-    for (const std::string_view price : patterns.price.captures(html, 3))
+    packet.navLabels = navLabels(html, firstNav);
+    packet.ctaButtons = labels(buttons.found(), 50);
+    for (const std::string_view price : prices(html, 3))
         packet.pricingText.append(toQString(price));
     packet.extractedText = toQString(mainText(html));
     packet.pageType = classifyPageType(packet);

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "Characters.h"
 
-#include <algorithm>
 #include <memory>
+#include <optional>
 #include <unicode/brkiter.h>
+#include <unicode/uchar.h>
 #include <unicode/utext.h>
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
 
 namespace
 {
@@ -22,48 +25,89 @@ icu::BreakIterator &clusterIterator()
     return *iterator;
 }
 
-/// The index behind `count` clusters; `size` when there are fewer.
-std::size_t clusterEnd(UText &text, std::size_t size, std::size_t count)
+/// Has the thread's iterator read a text for as long as it lives.
+class OpenText
 {
-    UErrorCode status = U_ZERO_ERROR;
-    icu::BreakIterator &iterator = clusterIterator();
-    iterator.setText(&text, status);
-    int32_t end = iterator.first();
-    while (count-- > 0 && end != icu::BreakIterator::DONE)
-        end = iterator.next();
-    utext_close(&text);
-    return end == icu::BreakIterator::DONE ? size : static_cast<std::size_t>(end);
+public:
+    explicit OpenText(std::string_view utf8)
+    {
+        utext_openUTF8(&m_text, utf8.data(), static_cast<int64_t>(utf8.size()), &m_status);
+        m_iterator.setText(&m_text, m_status);
+    }
+    explicit OpenText(std::u16string_view units)
+    {
+        utext_openUChars(&m_text, units.data(), static_cast<int64_t>(units.size()), &m_status);
+        m_iterator.setText(&m_text, m_status);
+    }
+    OpenText(const OpenText &) = delete;
+    OpenText &operator=(const OpenText &) = delete;
+    ~OpenText() { utext_close(&m_text); }
+
+    std::size_t clusterEnd(std::size_t begin)
+    {
+        return static_cast<std::size_t>(m_iterator.following(static_cast<int32_t>(begin)));
+    }
+
+private:
+    icu::BreakIterator &m_iterator = clusterIterator();
+    UErrorCode m_status = U_ZERO_ERROR;
+    UText m_text = UTEXT_INITIALIZER;
+};
+
+UChar32 next(std::string_view utf8, std::size_t &at)
+{
+    UChar32 character;
+    U8_NEXT(utf8.data(), at, utf8.size(), character);
+    return character;
 }
 
-/// In ASCII without carriage returns every unit is a character. The unit behind the first `count`
-/// counts too: it may belong to the last of them.
-template <typename View>
-bool isPlain(View text, std::size_t count)
+UChar32 next(std::u16string_view units, std::size_t &at)
 {
-    const auto plain = [](auto unit) { return unit > 0 && unit < 0x80 && unit != '\r'; };
-    const auto end = text.begin() + std::min<std::size_t>(text.size(), count + 1);
-    return std::all_of(text.begin(), end, plain);
+    UChar32 character;
+    U16_NEXT(units.data(), at, units.size(), character);
+    return character;
+}
+
+/// Whether clusters begin and end between the character at `at`, which is passed, and its like.
+template <typename View>
+bool isPlain(View text, std::size_t &at)
+{
+    const UChar32 character = next(text, at);
+    if (character < 0x80)
+        return character >= ' ' && character < 0x7F;
+    return u_getIntPropertyValue(character, UCHAR_GRAPHEME_CLUSTER_BREAK) == U_GCB_OTHER;
+}
+
+/// ICU takes its time, so it is asked only about what is not plain, or stands in front of that.
+template <typename View>
+std::size_t clustersEnd(View text, std::size_t count)
+{
+    std::optional<OpenText> opened;
+    std::size_t at = 0;
+    while (count-- > 0 && at < text.size()) {
+        std::size_t end = at;
+        const bool isPlainHere = isPlain(text, end);
+        std::size_t behind = end;
+        if (isPlainHere && (end == text.size() || isPlain(text, behind))) {
+            at = end;
+            continue;
+        }
+        if (!opened)
+            opened.emplace(text);
+        at = opened->clusterEnd(at);
+    }
+    return at;
 }
 
 } // namespace
 
 std::string_view firstCharacters(std::string_view utf8, std::size_t count)
 {
-    if (isPlain(utf8, count))
-        return utf8.substr(0, count);
-    UErrorCode status = U_ZERO_ERROR;
-    UText text = UTEXT_INITIALIZER;
-    utext_openUTF8(&text, utf8.data(), static_cast<int64_t>(utf8.size()), &status);
-    return utf8.substr(0, clusterEnd(text, utf8.size(), count));
+    return utf8.substr(0, clustersEnd(utf8, count));
 }
 
 QStringView firstCharacters(QStringView text, std::size_t count)
 {
     const std::u16string_view units(text.utf16(), text.size());
-    if (isPlain(units, count))
-        return units.substr(0, count);
-    UErrorCode status = U_ZERO_ERROR;
-    UText opened = UTEXT_INITIALIZER;
-    utext_openUChars(&opened, units.data(), text.size(), &status);
-    return units.substr(0, clusterEnd(opened, units.size(), count));
+    return units.substr(0, clustersEnd(units, count));
 }

@@ -11,6 +11,6 @@ struct Entity {
     std::string_view replacement;
 };
 
-/// Replaces each entity of `table` everywhere before it turns to the next one: with `&amp;` first,
-/// "&amp;lt;" ends as "<". Others stay as they are.
+/// Replaces `&amp;` everywhere, then the entities of `table`: "&amp;lt;" ends as "<". Others stay
+/// as they are. No replacement is, or makes of what stands beside it, another entity.
 std::string decodeEntities(std::string text, std::span<const Entity> table);

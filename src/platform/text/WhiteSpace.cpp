@@ -25,6 +25,13 @@ bool isSpace(UChar32 character)
 std::size_t findSpace(std::string_view text, std::size_t begin, bool wanted)
 {
     while (begin < text.size()) {
+        const auto byte = static_cast<unsigned char>(text[begin]);
+        if (byte < 128) {
+            if (asciiSpaces[byte] == wanted)
+                break;
+            ++begin;
+            continue;
+        }
         std::size_t next = begin;
         UChar32 character;
         U8_NEXT(text.data(), next, text.size(), character);
@@ -36,6 +43,11 @@ std::size_t findSpace(std::string_view text, std::size_t begin, bool wanted)
 }
 
 } // namespace
+
+std::size_t skipSpace(std::string_view text, std::size_t begin)
+{
+    return findSpace(text, begin, false);
+}
 
 std::string_view trimmed(std::string_view text)
 {

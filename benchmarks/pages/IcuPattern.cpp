@@ -19,7 +19,7 @@ icu::UnicodeString view(const QString &text)
 
 QString toQString(const icu::UnicodeString &text)
 {
-    return QString::fromUtf16(text.getBuffer(), text.length());
+    return QStringView(text.getBuffer(), text.length()).toString(); // with a U+FEFF in front
 }
 
 } // namespace
