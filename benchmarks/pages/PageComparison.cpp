@@ -3,10 +3,10 @@
 
 #include "PageEvidence.h"
 #include "PageMaker.h"
-#include "PageText.h"
 #include "PageTitle.h"
 #include "ReferencePacket.h"
 #include "ReferenceTitle.h"
+#include "Utf8.h"
 
 using namespace Qt::StringLiterals;
 
@@ -30,7 +30,7 @@ std::optional<std::string> firstDifference(unsigned seed, int count)
     PageMaker maker(seed);
     for (int number = 0; number < count; ++number) {
         const std::string html = mutatedPage(maker, number);
-        const QString text = toQString(html);
+        const QString text = readUtf8(html);
         const std::string title = extractTitle(html).value_or(std::string());
         const std::string expectedTitle = referenceTitle(text).toStdString();
         if (title != expectedTitle)

@@ -6,6 +6,7 @@
 #include "ModelContext.h"
 #include "PageText.h"
 #include "PageTitle.h"
+#include "Utf8.h"
 #include "WebAddress.h"
 #include "async/OnPool.h"
 
@@ -31,7 +32,7 @@ std::optional<QString> titleIn(const HttpResponse &response)
 {
     const auto end = response.isTruncated ? BodyEnd::truncated : BodyEnd::complete;
     const auto title = extractTitle(decodePage(response.body, end));
-    return title ? std::optional(toQString(*title)) : std::nullopt;
+    return title ? std::optional(readUtf8(*title)) : std::nullopt;
 }
 
 } // namespace

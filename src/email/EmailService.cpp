@@ -8,6 +8,7 @@
 #include "ModelContext.h"
 #include "ResendKeyService.h"
 #include "SummaryService.h"
+#include "Utf8.h"
 #include "async/OnPool.h"
 #include "async/Turn.h"
 
@@ -61,7 +62,7 @@ HttpRequest digestRequest(const QByteArray &endpoint, const QString &apiKey)
 /// The text under `name` in a JSON object.
 std::optional<QString> member(const QByteArray &json, QLatin1StringView name)
 {
-    const QJsonValue value = QJsonDocument::fromJson(json).object().value(name);
+    const QJsonValue value = readJson(json).object().value(name);
     return value.isString() ? std::optional(value.toString()) : std::nullopt;
 }
 

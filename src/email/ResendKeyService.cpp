@@ -3,10 +3,10 @@
 
 #include "Characters.h"
 #include "DebugLog.h"
+#include "Utf8.h"
 #include "WhiteSpace.h"
 
 #include <QRegularExpression>
-#include <QStringDecoder>
 
 #include <algorithm>
 
@@ -21,8 +21,7 @@ QString withoutSpace(const QString &text)
 {
     const std::string utf8 = text.toStdString();
     const std::string_view rest = trimmed(utf8);
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
-    return decoder.decode(QByteArrayView(rest.data(), qsizetype(rest.size())));
+    return readUtf8(rest);
 }
 
 bool isEmailAddress(const QString &text)
@@ -36,7 +35,7 @@ bool isEmailAddress(const QString &text)
 std::optional<QString> textOf(const SecretStore::Secrets &secrets, QLatin1StringView account)
 {
     const auto value = secrets.value(account);
-    return value ? std::optional(QString::fromUtf8(*value)) : std::nullopt;
+    return value ? std::optional(readUtf8(*value)) : std::nullopt;
 }
 
 bool isUnlocked(const SecretStore::Secrets &secrets)

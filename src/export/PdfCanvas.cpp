@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "PdfCanvas.h"
 
+#include "Utf8.h"
+
 #include <QDateTime>
 
 #include <cairo-pdf.h>
@@ -142,7 +144,7 @@ std::optional<QString> PdfCanvas::error() const
 {
     const auto ofPage = cairo_status(m_parts->cairo.get());
     const auto status = ofPage ? ofPage : cairo_surface_status(m_parts->surface.get());
-    return status ? std::optional(QString::fromUtf8(cairo_status_to_string(status))) : std::nullopt;
+    return status ? std::optional(readUtf8(cairo_status_to_string(status))) : std::nullopt;
 }
 
 struct PdfText::Layout {

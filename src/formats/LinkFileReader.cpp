@@ -3,6 +3,7 @@
 
 #include "LinkAddress.h"
 #include "LinkJson.h"
+#include "Utf8.h"
 
 #include <QIODevice>
 #include <QJsonDocument>
@@ -298,7 +299,7 @@ LinkFileEntry LinkFileReader::bookmarkOf(const Piece &tag, const QByteArray &tit
         return entry;
     entry.link->copiedAt = dateFrom(attribute(tag.bytes, "add_date")).value_or(moment);
     const bool isWhole = tag.bytes.count('"') % 2 == 0; // else the tag goes on in the title
-    const QString text = unescaped(QString::fromUtf8(title)).trimmed();
+    const QString text = unescaped(readUtf8(title)).trimmed();
     if (isWhole && !text.isEmpty())
         entry.link->title = text;
     return entry;
@@ -322,6 +323,6 @@ std::optional<LinkFileEntry> LinkFileReader::nextObject()
     }
     if (object.isEmpty())
         return std::nullopt;
-    const QJsonDocument document = isTooLong ? QJsonDocument() : QJsonDocument::fromJson(object);
+    const QJsonDocument document = isTooLong ? QJsonDocument() : readJson(object);
     return LinkFileEntry{linkFrom(document.object(), nextMoment())};
 }

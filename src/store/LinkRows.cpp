@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "LinkRows.h"
 
+#include "Utf8.h"
+
 namespace
 {
 
@@ -57,5 +59,5 @@ Instant instantFrom(const SQLite::Column &column)
 QString textFrom(const SQLite::Column &column)
 {
     const char *const text = column.getText(); // before the size: it may convert
-    return QString::fromUtf8(text, column.getBytes());
+    return readUtf8({text, column.getBytes()});
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "StoreError.h"
 
+#include "Utf8.h"
+
 #include <SQLiteCpp/Exception.h>
 #include <sqlite3.h>
 
@@ -62,7 +64,7 @@ QString reason(StoreError::Kind kind)
 StoreError storeError(const SQLite::Exception &exception)
 {
     const int code = exception.getExtendedErrorCode();
-    const QString detail = u"%1 (SQLite %2)"_s.arg(QString::fromUtf8(exception.what())).arg(code);
+    const QString detail = u"%1 (SQLite %2)"_s.arg(readUtf8(exception.what())).arg(code);
     return {kindOf(code), detail};
 }
 

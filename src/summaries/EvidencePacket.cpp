@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "EvidencePacket.h"
 
+#include "Utf8.h"
 #include "WebAddress.h"
 
 #include <QJsonArray>
@@ -137,7 +138,7 @@ QByteArray EvidencePacket::toJson() const
 
 std::optional<EvidencePacket> EvidencePacket::fromJson(const QByteArray &json)
 {
-    JsonReader reader(QJsonDocument::fromJson(json).object());
+    JsonReader reader(readJson(json).object());
     EvidencePacket packet{QString(), Instant()};
     visitFields(packet, reader);
     return reader.isComplete() ? std::optional(packet) : std::nullopt;

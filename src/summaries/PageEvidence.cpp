@@ -5,8 +5,8 @@
 #include "HtmlEntities.h"
 #include "MainText.h"
 #include "Markup.h"
-#include "PageText.h"
 #include "Prices.h"
+#include "Utf8.h"
 #include "WhiteSpace.h"
 
 using namespace Qt::StringLiterals;
@@ -23,7 +23,7 @@ std::string clean(std::string_view text)
 
 std::optional<QString> cleaned(std::optional<std::string_view> text)
 {
-    return text ? std::optional(toQString(clean(*text))) : std::nullopt;
+    return text ? std::optional(readUtf8(clean(*text))) : std::nullopt;
 }
 
 std::optional<QString> metaContent(const Metas &metas, std::string_view attribute,
@@ -40,7 +40,7 @@ QStringList labels(const std::vector<std::string_view> &texts, std::size_t limit
     for (const std::string_view text : texts) {
         const std::string label = clean(text);
         if (!label.empty() && hasFewerCharacters(std::string_view(label), limit))
-            kept.append(toQString(label));
+            kept.append(readUtf8(label));
     }
     return kept;
 }
@@ -93,7 +93,7 @@ EvidencePacket parsePacket(std::string_view html, const QString &url, Instant no
 
     EvidencePacket packet(url, now);
     if (!titles.found().empty())
-        packet.title = toQString(clean(titles.found().front()));
+        packet.title = readUtf8(clean(titles.found().front()));
     packet.metaDescription = metaContent(metas, "name", "description");
     packet.ogTitle = metaContent(metas, "property", "og:title");
     packet.ogDescription = metaContent(metas, "property", "og:description");
@@ -104,12 +104,12 @@ EvidencePacket parsePacket(std::string_view html, const QString &url, Instant no
     if (!packet.ogDescription)
         packet.ogDescription = metaContent(metas, "name", "twitter:description");
     for (const std::string_view heading : headings.found())
-        packet.headings.append(toQString(clean(heading)));
+        packet.headings.append(readUtf8(clean(heading)));
     packet.navLabels = navLabels(html, firstNav);
     packet.ctaButtons = labels(buttons.found(), 50);
     for (const std::string_view price : prices(html, 3))
-        packet.pricingText.append(toQString(price));
-    packet.extractedText = toQString(mainText(html));
+        packet.pricingText.append(readUtf8(price));
+    packet.extractedText = readUtf8(mainText(html));
     packet.pageType = classifyPageType(packet);
     return packet;
 }

@@ -2,6 +2,7 @@
 #include "UpdateFeed.h"
 
 #include "Calendar.h"
+#include "Utf8.h"
 
 #include <QDateTime>
 #include <QJsonDocument>
@@ -68,7 +69,7 @@ Unexpected<UpdateError> incomplete(const char *field)
 
 Expected<UpdateFeed, UpdateError> parseFeed(const QByteArray &document)
 {
-    const QJsonDocument json = QJsonDocument::fromJson(document);
+    const QJsonDocument json = readJson(document);
     if (!json.isObject())
         return Unexpected{UpdateError{Kind::notJson}};
     const QJsonObject object = json.object();

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "PageTitle.h"
 
-#include "PageText.h"
 #include "ReferenceTitle.h"
+#include "Utf8.h"
 
 #include <QTest>
 
@@ -13,7 +13,7 @@ namespace
 
 QString titleOf(const std::string &html)
 {
-    return toQString(extractTitle(html).value_or(std::string()));
+    return readUtf8(extractTitle(html).value_or(std::string()));
 }
 
 } // namespace
@@ -41,8 +41,9 @@ private Q_SLOTS:
         row("unknown entities stay", u"<title>&eacute;&#8211;</title>"_s, u"&eacute;&#8211;"_s);
         row("line breaks stay", u"<title>a\r\n b</title>"_s, u"a\r\n b"_s);
         row("only the first title counts", u"<title> </title><title>B</title>"_s, QString());
-        row("first of the contents empty", u"<meta property='og:title' content=' '>"_s
-                                               "<meta content='b' property='og:title'>",
+        row("first of the contents empty",
+            u"<meta property='og:title' content=' '>"_s
+            "<meta content='b' property='og:title'>",
             u"b"_s);
         row("nothing", u"text"_s, QString());
     }

@@ -27,9 +27,9 @@ LINKS = [
      "isVisible": True, "copiedAt": f"2026-11-2{n}T08:30:00.{n:06}Z", **texts}
     for n, (url, texts) in enumerate([
         ("https://one.example/?a=1&b=%22", {"title": "A <b> & \"c\" \U0001f9f5", "summary": ""}),
-        ("https://two.example/\u00e9/", {"summary": "Two\nlines."}),
+        ("https://two.example/\u00e9/", {"summary": "\ufeffTwo\nlines."}),
         ("http://three.example/|x", {"title": "} ] \\\" {"}),
-        ("https://four.example", {"title": "\u202e rtl"})])]
+        ("https://four.example", {"title": "\ufeff\u202e rtl"})])]
 
 
 class Home:
@@ -99,6 +99,14 @@ class Commands(unittest.TestCase):
         self.check(0, "export", "--format", "json", "--output", "-", stdout=exported.decode())
         self.check(1, "import", "--json", "-", stdin=exported, stdout='{"alreadyStored":4,'
                    '"excluded":0,"noWebAddress":0,"taken":0}\n')
+        to_file = ["--output", "-", "--format"]
+        for arguments in (["digest"], *(["export", *to_file, name] for name in ("text", "markdown"))):
+            texts = self.check(0, *arguments).stdout.decode()
+            self.assertTrue("\ufeff\u202e rtl" in texts and "\ufeffTwo" in texts, (arguments, texts))
+        bookmarks = self.check(0, "export", *to_file, "netscape").stdout
+        self.home = Home(self)
+        self.check(0, "import", "-", stdin=bookmarks)
+        self.assertIn(LINKS[3]["title"], [link.get("title") for link in self.home.list()])
 
     @unittest.skipUnless(shutil.which("buku"), "buku is not installed")
     def test_bookmarks_go_through_another_program(self):

@@ -111,13 +111,14 @@ class Store(unittest.TestCase):
 
 class Commands(unittest.TestCase):
     def test_inspect_prints_what_can_be_read_and_names_what_cannot(self):
-        page = b"<title>A &amp; B</title><meta name='description' content='What it is about'>"
+        page = b"<title>\xef\xbb\xbfA &amp; B</title><meta name='description' content='What it is about'>"
         site = Site({"/page": (200, {}, page)})
         self.addCleanup(site.close)
         with tempfile.TemporaryDirectory() as folder:
             file = pathlib.Path(folder) / "page.html"
             file.write_bytes(page)
-            targets = [site.url("/page"), str(file), site.url("/gone"), folder + "/none"]
+            targets = [site.url("/page"), str(file), site.url("/gone"), folder + "/none",
+                       site.url("/page").replace("//", "///")]
             done = subprocess.run([BINARY, "inspect", "--url", "https://file.example/x", *targets],
                                   capture_output=True, text=True, timeout=60)
         self.assertEqual(done.returncode, 1)
@@ -126,9 +127,10 @@ class Commands(unittest.TestCase):
         self.assertEqual([page["packet"]["domain"] for page in pages],
                          ["127.0.0.1", "file.example"])
         for page in pages:
-            self.assertEqual((page["linkTitle"], page["summary"]), ("A & B", "What it is about."))
+            self.assertEqual((page["linkTitle"], page["summary"]), ("\ufeffA & B", "What it is about."))
         self.assertIn(targets[2] + ": Failed to fetch page", done.stderr)
         self.assertIn(targets[3], done.stderr)
+        self.assertIn(targets[4] + ": The address names no host.", done.stderr)
 
     def test_list_and_digest_read_beside_the_running_program(self):
         with Desktop(tray=False) as desktop:

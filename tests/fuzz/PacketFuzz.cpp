@@ -5,6 +5,7 @@
 #include "PageEvidence.h"
 #include "PageText.h"
 #include "SummaryText.h"
+#include "Utf8.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size)
 {
@@ -14,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t siz
     demand(packet.ctaButtons.size() <= 5 && packet.pricingText.size() <= 3);
     demand(hasFewerCharacters(QStringView(packet.extractedText), 1501));
     demand(packet.pageType && EvidencePacket::fromJson(packet.toJson()) == packet);
-    demand(toQString(mainText(html, 7)) == packet.extractedText);
+    demand(readUtf8(mainText(html, 7)) == packet.extractedText);
     demand(!composeSummary(packet).isEmpty());
     return 0;
 }

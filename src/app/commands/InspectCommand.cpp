@@ -6,6 +6,7 @@
 #include "PageTitle.h"
 #include "SummaryText.h"
 #include "SystemClock.h"
+#include "Utf8.h"
 #include "WebContentExtractor.h"
 #include "async/Scope.h"
 #include "commands/Terminal.h"
@@ -89,11 +90,11 @@ private:
         const EvidencePacket packet = parsePacket(html, url, m_clock.now());
         QJsonObject object{
             {u"target"_s, target},
-            {u"packet"_s, QJsonDocument::fromJson(packet.toJson()).object()},
+            {u"packet"_s, readJson(packet.toJson()).object()},
             {u"summary"_s, composeSummary(packet)},
         };
         if (const auto title = extractTitle(html))
-            object.insert(u"linkTitle"_s, QString::fromStdString(*title));
+            object.insert(u"linkTitle"_s, readUtf8(*title));
         ::print(QJsonDocument(object).toJson(QJsonDocument::Compact).append('\n'));
     }
 

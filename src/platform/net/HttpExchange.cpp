@@ -2,6 +2,7 @@
 #include "HttpExchange.h"
 
 #include "ProxyRules.h"
+#include "Utf8.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -43,7 +44,7 @@ Kind kindOf(CURLcode code)
 
 Unexpected<HttpError> error(Kind kind, const char *message)
 {
-    return {HttpError{kind, QString::fromUtf8(message)}};
+    return {HttpError{kind, readUtf8(message)}};
 }
 
 /// The address in its text form; absent when it is none.

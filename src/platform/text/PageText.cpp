@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "PageText.h"
 
-#include <QStringDecoder>
 #include <QUtf8StringView>
 
 namespace
@@ -56,10 +55,4 @@ std::string decodePage(QByteArrayView body, BodyEnd end)
     if (body.startsWith(byteOrderMark))
         body = body.sliced(byteOrderMark.size());
     return {body.data(), static_cast<std::size_t>(body.size())};
-}
-
-QString toQString(std::string_view utf8)
-{
-    QStringDecoder decode(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
-    return decode(QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())));
 }

@@ -2,6 +2,7 @@
 #include "async/Scope.h"
 
 #include "DebugLog.h"
+#include "Utf8.h"
 
 #include <QString>
 
@@ -37,7 +38,7 @@ struct Scope::Root {
             try {
                 throw;
             } catch (const std::exception &error) {
-                debugLog(u"Unexpected error in a task: " + QString::fromUtf8(error.what()));
+                debugLog(u"Unexpected error in a task: " + readUtf8(error.what()));
             } catch (...) {
                 debugLog(QStringLiteral("Unexpected error in a task: of unknown type"));
             }
