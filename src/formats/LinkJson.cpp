@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "LinkJson.h"
 
+#include "LinkAddress.h"
+
 #include <QDateTime>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -71,9 +73,14 @@ std::optional<CapturedLink> linkFrom(const QJsonObject &object, Instant now)
         return std::nullopt;
     CapturedLink link;
     link.id = QUuid(object.value("id"_L1).toString());
-    if (link.id.isNull())
-        link.id = QUuid::createUuid();
     link.url = *url;
+    if (link.id.isNull()) { // from elsewhere, so the address is not yet as it is stored
+        const auto address = webAddressIn(*url);
+        if (!address)
+            return std::nullopt;
+        link.id = QUuid::createUuid();
+        link.url = normalizedUrl(*address);
+    }
     link.title = textAt(object, "title"_L1);
     link.summary = textAt(object, "summary"_L1);
     link.copiedAt = instantFrom(object.value("copiedAt"_L1).toString()).value_or(now);

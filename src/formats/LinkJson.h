@@ -11,5 +11,6 @@ class QJsonObject;
 QByteArray jsonOf(const CapturedLink &link);
 
 /// The link of such an object. What is missing or makes no sense is as in a link that is copied
-/// now, with an `id` of its own; absent when there is no `url`.
+/// now. With an `id` the address is taken as stored, without one as copied; absent when there is
+/// none.
 std::optional<CapturedLink> linkFrom(const QJsonObject &object, Instant now);

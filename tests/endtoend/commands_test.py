@@ -237,7 +237,8 @@ class Commands(unittest.TestCase):
             "script": (b"<A HREF='javascript:alert(1)'>x</A><a href=https://a.example>y</a>", 1, 0, 1),
             "cut JSON": (b'[{"url":"https://a.example"},{"url":"https://b', 1, 0, 1),
             "other JSON": (b'[1,{"url":7},{"url":" https://a.example"},{"id":"x",'
-                           b'"url":"https://b.example","copiedAt":"?","title":[]}]', 1, 0, 2),
+                           b'"url":"https://b.example","copiedAt":"?","title":[]}]', 2, 0, 1),
+            "JSON from elsewhere": (b'[{"url":"https://a.example/"},{"url":"https://a.example"}]', 1, 1, 0),
             "a backslash at the end": (b'[{"url":"https://a.example","title":"\\\\"},'
                                        b'{"url":"https://b.example"}]', 2, 0, 0),
             "a huge address": (b'[{"url":"https://a.example/' + b"a" * 2_000_000 + b'"},'
