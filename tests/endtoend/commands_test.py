@@ -158,9 +158,13 @@ class Commands(unittest.TestCase):
         self.assertEqual({link["url"] for link in self.home.list()},
                          {LINKS[0]["url"], LINKS[1]["url"]})
         opener = self.home.path / "xdg-open"
-        opener.write_text('#!/bin/sh\necho "$1" > "$HOME/opened"\n')
+        opener.write_text('#!/bin/sh\necho "$1" >> "$HOME/opened"\n')
         opener.chmod(0o755)
         self.home.environment["PATH"] = f"{self.home.path}:{os.environ['PATH']}"
+        with sqlite3.connect(self.home.store) as store:
+            store.execute("UPDATE links SET url = 'file:///etc/passwd' WHERE hex(id) LIKE '00000000%'")
+        store.close()
+        self.check(1, "open", "00000000")
         self.check(0, "open", "00000001")
         opened = self.home.path / "opened"
         wait_until(lambda: opened.exists() and opened.read_text(), "the browser")
