@@ -12,6 +12,7 @@
 #include "LibsecretStore.h"
 #include "LocalMLService.h"
 #include "LoginItem.h"
+#include "ManualSend.h"
 #include "Preferences.h"
 #include "ResendKeyService.h"
 #include "SummaryService.h"
@@ -44,6 +45,7 @@ struct Services {
     LibsecretStore secrets{ResendKeyService::serviceName};
     ResendKeyService keys{secrets};
     EmailService email{{http, keys, summaries, modelContext, clock, pages, info}};
+    ManualSend manualSend{{email, modelContext, preferences}};
     EmailScheduler scheduler{{email, keys, preferences, clock}};
     FileSaveDialog saveDialog;
     ExportService exports{

@@ -225,7 +225,7 @@ SettingsParts StrandloomApp::settingsParts()
     return {m_services.modelContext,
             m_services.preferences,
             m_services.keys,
-            m_services.email,
+            m_services.manualSend,
             m_services.scheduler,
             m_services.exports,
             m_services.updates,

@@ -6,6 +6,7 @@
 #include "FakeSaveDialog.h"
 #include "FakeUrlOpener.h"
 #include "MailDesk.h"
+#include "ManualSend.h"
 #include "Preferences.h"
 #include "UpdaterManager.h"
 #include "settings/SettingsParts.h"
@@ -15,6 +16,7 @@
 /// Everything the settings work with, on a fresh installation.
 struct SettingsDesk : MailDesk {
     Preferences preferences{folder.filePath(QStringLiteral("settings.ini"))};
+    ManualSend manualSend{{*service, context(), preferences}};
     EmailScheduler scheduler{{*service, keys, preferences, clock}};
     FakeSaveDialog dialog;
     ExportService exports{{context(), dialog, [](QList<LinkId>) -> Task<> { co_return; }, clock,
@@ -26,7 +28,7 @@ struct SettingsDesk : MailDesk {
     SettingsParts parts{context(),
                         preferences,
                         keys,
-                        *service,
+                        manualSend,
                         scheduler,
                         exports,
                         updates,

@@ -3,8 +3,10 @@
 #include "InlineExportView.h"
 #include "MenuBarView.h"
 #include "SettingsDesk.h"
+#include "Spinner.h"
 #include "StatusLine.h"
 #include "TestPanel.h"
+#include "Waiting.h"
 #include "settings/DataTabContent.h"
 #include "settings/EmailSettingsTab.h"
 #include "settings/EmailSetupSheet.h"
@@ -198,13 +200,64 @@ private Q_SLOTS:
         const EmailTabContent inlineView(desk.parts);
         const EmailSettingsTab window(desk.parts);
         auto *const time = window.findChild<QTimeEdit *>();
+        desk.preferences.set(preferenceKeys::emailDigestEnabled, true);
+        QTRY_VERIFY(desk.keys.isConfigured());
         setValue(*time, u"17:45:00"_s);
+        QVERIFY(desk.scheduler.isScheduled());
         QCOMPARE(labelled<QComboBox>(inlineView, u"Send at"_s)->currentText(), u"17:00"_s);
         QCOMPARE(time->time(), QTime(17, 0));
         labelled<QCheckBox>(inlineView, u"Enable Daily Email Digest"_s)->click();
-        QVERIFY(labelled<QCheckBox>(window, u"Enable Daily Email Digest"_s)->isChecked());
+        QVERIFY(!desk.scheduler.isScheduled());
+        QVERIFY(!labelled<QCheckBox>(window, u"Enable Daily Email Digest"_s)->isChecked());
         QTest::keyClicks(labelled<QLineEdit>(window, u"Email Address"_s), u"a@b.example"_s);
         QCOMPARE(labelled<QLineEdit>(inlineView, u"Send To"_s)->text(), u"a@b.example"_s);
+    }
+
+    void aSendOutlivesItsTabAndItsOutcomeIsSeenOnce_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("outcome");
+        QTest::newRow("sent") << 200 << u"Email sent successfully!"_s;
+        QTest::newRow("refused") << 500 << u"Failed to connect to the email service."_s;
+    }
+    void aSendOutlivesItsTabAndItsOutcomeIsSeenOnce()
+    {
+        QFETCH(int, status);
+        QFETCH(QString, outcome);
+        SettingsDesk desk;
+        desk.addLink(u"https://a.example"_s);
+        InlineSettingsView view(desk.parts);
+        view.show();
+        const auto open = [&view](SettingsTab tab) {
+            view.select(tab);
+            QCoreApplication::processEvents(); // shows it
+        };
+        const auto press = [&view] { labelled<QAbstractButton>(view, u"Send Now"_s)->click(); };
+        open(SettingsTab::email);
+        QTest::keyClicks(labelled<QLineEdit>(view, u"Send To"_s), u"a@b.example"_s);
+        press();
+        open(SettingsTab::general);
+        QTRY_COMPARE(desk.web.waiting(), 1);
+        open(SettingsTab::email);
+        QVERIFY(view.findChild<Spinner *>()->isVisible());
+        press();
+        open(SettingsTab::general);
+        desk.web.answerNext(HttpResponse{status, {}, false});
+        QTRY_VERIFY(!desk.manualSend.isSending());
+        open(SettingsTab::email);
+        QVERIFY(shows(view, outcome));
+        QCOMPARE(desk.web.requests().size(), 1);
+
+        open(SettingsTab::general);
+        open(SettingsTab::email);
+        QVERIFY(!shows(view, outcome));
+        press();
+        QTRY_COMPARE(desk.web.waiting(), 1);
+        desk.web.answerNext(HttpResponse{status, {}, false});
+        QTRY_VERIFY(shows(view, outcome)); // seen as it comes
+        view.hide();
+        view.show();
+        QVERIFY(!shows(view, outcome));
     }
 
     void timesReadTheSameFromRightToLeft()
@@ -356,6 +409,9 @@ private Q_SLOTS:
         typeAndSave(u"re_01234567890123456"_s, u"me@a.example"_s);
         QTRY_VERIFY(!open || !open->isVisible());
         QCOMPARE(model.senderText(), u"Sending from: me@a.example"_s);
+        QVERIFY(!*waitFor(desk.keys.saveConfiguration({}, {})));
+        const EmailSetupSheet another(desk.parts, model, nullptr);
+        QVERIFY(!shows(another, u"API key cannot be empty"_s)); // of an older sheet
     }
 };
 

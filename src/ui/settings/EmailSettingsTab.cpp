@@ -13,11 +13,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace
-{
-constexpr int defaultHour = 8;
-}
-
 EmailSettingsTab::EmailSettingsTab(const SettingsParts &parts, QWidget *parent)
     : QWidget(parent)
     , m_parts(parts)
@@ -48,8 +43,8 @@ EmailSettingsTab::EmailSettingsTab(const SettingsParts &parts, QWidget *parent)
 
 void EmailSettingsTab::showSendTime()
 {
-    const int hour =
-        m_parts.preferences.integer(preferenceKeys::emailSendHour).value_or(defaultHour);
+    const int hour = m_parts.preferences.integer(preferenceKeys::emailSendHour)
+                         .value_or(EmailScheduler::defaultHour);
     if (const QTime time(hour, 0); time.isValid())
         m_sendTime->setTime(time);
 }
@@ -60,7 +55,7 @@ void EmailSettingsTab::chooseSendTime()
 {
     const int hour = m_sendTime->time().hour();
     const auto stored = m_parts.preferences.integer(preferenceKeys::emailSendHour);
-    if (hour != stored.value_or(defaultHour)) {
+    if (hour != stored.value_or(EmailScheduler::defaultHour)) {
         m_parts.preferences.set(preferenceKeys::emailSendHour, hour);
         m_parts.scheduler.scheduleNextEmail();
     }

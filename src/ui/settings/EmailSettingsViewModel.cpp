@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "settings/EmailSettingsViewModel.h"
 
-#include "EmailService.h"
-#include "LinkCursor.h"
-#include "Preferences.h"
+#include "ManualSend.h"
+#include "ModelContext.h"
 #include "ResendKeyService.h"
 
 EmailSettingsViewModel::EmailSettingsViewModel(const SettingsParts &parts, QObject *parent)
@@ -14,6 +13,7 @@ EmailSettingsViewModel::EmailSettingsViewModel(const SettingsParts &parts, QObje
     connect(&m_parts.keys, &ResendKeyService::isConfiguredChanged, this, announce);
     connect(&m_parts.keys, &ResendKeyService::configuredEmailChanged, this, announce);
     connect(&m_parts.keys, &ResendKeyService::validationErrorChanged, this, announce);
+    connect(&m_parts.manualSend, &ManualSend::changed, this, announce);
     connect(&m_parts.modelContext, &ModelContext::changed, this, announce);
 }
 
@@ -37,34 +37,31 @@ std::optional<QString> EmailSettingsViewModel::validationError() const
     return m_parts.keys.validationError();
 }
 
+bool EmailSettingsViewModel::isSending() const
+{
+    return m_parts.manualSend.isSending();
+}
+
+std::optional<QString> EmailSettingsViewModel::sendError() const
+{
+    const auto &outcome = m_parts.manualSend.outcome();
+    return outcome && !*outcome ? std::optional(outcome->error()) : std::nullopt;
+}
+
+bool EmailSettingsViewModel::sendSuccess() const
+{
+    const auto &outcome = m_parts.manualSend.outcome();
+    return outcome && *outcome;
+}
+
 void EmailSettingsViewModel::sendNow()
 {
-    if (!m_isSending)
-        m_tasks.start(send());
+    m_parts.manualSend.start();
 }
 
-Task<> EmailSettingsViewModel::send()
+void EmailSettingsViewModel::leave()
 {
-    m_isSending = true;
-    m_sendError = std::nullopt;
-    m_sendSuccess = false;
-    Q_EMIT changed();
-    m_sendError = co_await deliver();
-    m_sendSuccess = !m_sendError;
-    m_isSending = false;
-    Q_EMIT changed();
-}
-
-/// What went wrong; absent when nothing did.
-Task<std::optional<QString>> EmailSettingsViewModel::deliver()
-{
-    const ModelContext &context = m_parts.modelContext;
-    const auto links = co_await collectVisibleLinks(context, LinkOrder::newestFirst);
-    if (!links)
-        co_return description(links.error());
-    const QString to = m_parts.preferences.string(preferenceKeys::emailAddress).value_or(QString());
-    const SendResult sent = co_await m_parts.email.sendDigest(*links, to);
-    co_return sent ? std::nullopt : std::optional(description(sent.error()));
+    m_parts.manualSend.markSeen();
 }
 
 void EmailSettingsViewModel::save(const QString &apiKey, const QString &fromEmail)

@@ -21,14 +21,17 @@ public:
     /// What is wrong with the last configuration that was to be saved; absent when nothing is.
     std::optional<QString> validationError() const;
 
-    bool isSending() const { return m_isSending; }
-    /// Why the last send from here failed; absent when it did not.
-    std::optional<QString> sendError() const { return m_sendError; }
-    /// The last send from here went well.
-    bool sendSuccess() const { return m_sendSuccess; }
+    /// Whether a mail is under way.
+    bool isSending() const;
+    /// Why the user's last send failed; absent when it did not, or when that has been seen.
+    std::optional<QString> sendError() const;
+    /// The user's last send went well, and nobody has seen that yet.
+    bool sendSuccess() const;
 
-    /// Mails the visible links, unless a send from here is under way.
+    /// Mails the visible links, unless a mail is under way.
     void sendNow();
+    /// The screen is left: the outcome that it showed has been seen.
+    void leave();
     /// Ends with `saved`, or with a `validationError`.
     void save(const QString &apiKey, const QString &fromEmail);
     void removeConfiguration();
@@ -40,13 +43,8 @@ Q_SIGNALS:
     void saved();
 
 private:
-    Task<> send();
-    Task<std::optional<QString>> deliver();
     Task<> saveConfiguration(QString apiKey, QString fromEmail);
 
     const SettingsParts &m_parts;
-    bool m_isSending = false;
-    std::optional<QString> m_sendError;
-    bool m_sendSuccess = false;
     Scope m_tasks;
 };

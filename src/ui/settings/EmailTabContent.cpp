@@ -19,6 +19,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
+#include <QHideEvent>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -28,7 +29,6 @@ namespace
 {
 
 constexpr int cardIconSize = 28;
-constexpr int defaultHour = 8;
 
 QList<PickerEntry> hours()
 {
@@ -61,6 +61,19 @@ EmailTabContent::EmailTabContent(const SettingsParts &parts, QWidget *parent)
     connect(&m_model, &EmailSettingsViewModel::changed, this, &EmailTabContent::refresh);
     refresh();
     m_model.refresh();
+}
+
+EmailTabContent::~EmailTabContent()
+{
+    if (isVisible())
+        m_model.leave();
+}
+
+void EmailTabContent::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    if (!event->spontaneous())
+        m_model.leave();
 }
 
 QWidget *EmailTabContent::makeSetupCard()
@@ -114,8 +127,8 @@ void EmailTabContent::addPreferences(QVBoxLayout *column)
                            reschedule));
     form->addRow(heading(tr("Send Time")));
     addRow(form, tr("Send at"),
-           preferencePicker(preferences, preferenceKeys::emailSendHour, defaultHour, hours(),
-                            reschedule));
+           preferencePicker(preferences, preferenceKeys::emailSendHour, EmailScheduler::defaultHour,
+                            hours(), reschedule));
 
     column->addWidget(preferenceToggle(preferences, preferenceKeys::emailDigestEnabled, false,
                                        tr("Enable Daily Email Digest"), reschedule));

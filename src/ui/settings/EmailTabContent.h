@@ -16,6 +16,10 @@ class EmailTabContent : public QWidget
     Q_OBJECT
 public:
     explicit EmailTabContent(const SettingsParts &parts, QWidget *parent = nullptr);
+    ~EmailTabContent() override;
+
+protected:
+    void hideEvent(QHideEvent *event) override;
 
 private:
     QWidget *makeSetupCard();

@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QScrollArea>
+#include <QSignalBlocker>
 #include <QTabBar>
 
 using namespace Qt::StringLiterals;
@@ -66,7 +67,10 @@ InlineSettingsView::InlineSettingsView(const SettingsParts &parts, QWidget *pare
 void InlineSettingsView::select(SettingsTab tab)
 {
     m_selectedTab = tab;
-    m_tabs->setCurrentIndex(int(tab));
+    {
+        const QSignalBlocker once(m_tabs); // which would select the tab again
+        m_tabs->setCurrentIndex(int(tab));
+    }
     QWidget *const content = makeContent();
     content->layout()->setContentsMargins(margin, margin, margin, margin);
     content->setAutoFillBackground(false);

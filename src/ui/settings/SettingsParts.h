@@ -6,8 +6,8 @@
 class AppInfo;
 class Clock;
 class EmailScheduler;
-class EmailService;
 class ExportService;
+class ManualSend;
 class ModelContext;
 class Preferences;
 class ResendKeyService;
@@ -19,7 +19,7 @@ struct SettingsParts {
     ModelContext &modelContext;
     Preferences &preferences;
     ResendKeyService &keys;
-    EmailService &email;
+    ManualSend &manualSend;
     EmailScheduler &scheduler;
     ExportService &exports;
     UpdaterManager &updates;
