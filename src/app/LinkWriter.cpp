@@ -174,8 +174,7 @@ private:
             QDBusConnection::sessionBus().call(message, QDBus::Block, int(answerLimit.count()));
         if (answer.type() != QDBusMessage::ErrorMessage)
             return answer.arguments();
-        if (answer.errorName() == LinksAdaptor::storeError
-            || answer.errorName() == LinksAdaptor::invalidError)
+        if (answer.errorName().startsWith(u"app.strandloom.Error."))
             return Unexpected{CommandError{ExitCode::unusable, answer.errorMessage()}};
         const QString reason = u"the running program does not answer: " + answer.errorMessage();
         return Unexpected{CommandError{ExitCode::notRunning, reason}};

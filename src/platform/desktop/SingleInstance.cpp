@@ -15,7 +15,9 @@
 
 #include <cerrno>
 #include <csignal>
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <limits>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -65,6 +67,19 @@ bool isRunningOnBus()
 {
     const auto bus = QDBusConnection::sessionBus();
     return bus.interface()->isServiceRegistered(SingleInstance::serviceName).value();
+}
+
+/// Qt cannot take up reading again that libdbus has interrupted because of more than 63 MiB of
+/// messages: one such message from anybody, and nobody could reach the program any more.
+void neverInterruptReading()
+{
+    using SetLimit = void (*)(void *connection, long bytes);
+    const auto setLimit =
+        reinterpret_cast<SetLimit>(dlsym(RTLD_DEFAULT, "dbus_connection_set_max_received_size"));
+    if (setLimit)
+        setLimit(QDBusConnection::sessionBus().internalPointer(), std::numeric_limits<long>::max());
+    else
+        debugLog(u"The limit of libdbus stays as it is"_s);
 }
 
 Expected<void, QString> tellOnBus(ApplicationAction action, const QVariantMap &launchData)
@@ -130,6 +145,7 @@ SingleInstance::Claim SingleInstance::claim(ApplicationAction action, const QVar
 SingleInstance::Claim SingleInstance::claimOnBus(ApplicationAction action,
                                                  const QVariantMap &launchData)
 {
+    neverInterruptReading();
     auto bus = QDBusConnection::sessionBus();
     bus.registerObject(objectPath, this, QDBusConnection::ExportAdaptors);
     while (true) {
