@@ -65,12 +65,13 @@ public:
     Result setTitle(const LinkId &id, const QString &title) override
     {
         context().setTitle(id, title);
-        return {};
+        return written();
     }
     Result remove(const QList<LinkId> &ids) override { return resultOf(context().remove(ids)); }
     Result hideExported(const QList<LinkId> &ids) override
     {
-        return resultOf(context().hideExported(ids));
+        const Result hidden = resultOf(context().hideExported(ids));
+        return hidden ? written() : hidden;
     }
     Expected<IntakeCounts, CommandError> import(const QList<CapturedLink> &links) override
     {
@@ -82,6 +83,12 @@ public:
     }
 
 private:
+    /// What waits in memory for better times would go with this process.
+    Result written()
+    {
+        return context().hasUnsavedChanges() ? unusable(StoreError{StoreError::Kind::failed, {}})
+                                             : Result();
+    }
     ModelContext &context() { return m_container->mainContext(); }
 
     std::unique_ptr<ModelContainer> m_container;
