@@ -44,6 +44,11 @@ bool isUnlocked(const SecretStore::Secrets &secrets)
                        [](const auto &value) { return value.has_value(); });
 }
 
+void logFault(SecretFault fault)
+{
+    debugLog(u"Failed to read the email configuration: " + description(fault));
+}
+
 } // namespace
 
 std::optional<QString> configurationFault(const QString &apiKey, const QString &fromEmail)
@@ -122,8 +127,18 @@ void ResendKeyService::refresh()
 
 Task<> ResendKeyService::readAgain()
 {
-    const auto secrets = co_await read(UnlockPrompt::never);
-    Q_UNUSED(secrets)
+    const int changes = m_changes;
+    const QStringList keyAccount = {apiKeyAccount};
+    const auto key = co_await m_secrets.find(keyAccount); // its value is not needed yet
+    if (!key)
+        co_return logFault(key.error());
+    const QStringList addressAccount = {emailAccount};
+    const auto address = co_await m_secrets.read(addressAccount, UnlockPrompt::never);
+    if (!address)
+        co_return logFault(address.error());
+    SecretStore::Secrets secrets = *key;
+    secrets.insert(*address);
+    learn(secrets, changes);
 }
 
 Task<std::optional<SecretStore::Secrets>> ResendKeyService::read(UnlockPrompt prompt)
@@ -132,14 +147,19 @@ Task<std::optional<SecretStore::Secrets>> ResendKeyService::read(UnlockPrompt pr
     const QStringList accounts = {apiKeyAccount, emailAccount};
     const auto secrets = co_await m_secrets.read(accounts, prompt);
     if (!secrets) {
-        debugLog(u"Failed to read the email configuration: " + description(secrets.error()));
+        logFault(secrets.error());
         co_return std::nullopt;
     }
-    if (changes == m_changes)
-        publish(*secrets);
-    if (isUnlocked(*secrets) && !std::exchange(m_isKnown, true))
-        Q_EMIT becameKnown();
+    learn(*secrets, changes);
     co_return *secrets;
+}
+
+void ResendKeyService::learn(const SecretStore::Secrets &secrets, int changes)
+{
+    if (changes == m_changes)
+        publish(secrets);
+    if (isUnlocked(secrets) && !std::exchange(m_isKnown, true))
+        Q_EMIT becameKnown();
 }
 
 void ResendKeyService::publish(const SecretStore::Secrets &secrets)

@@ -28,6 +28,7 @@ public:
     static constexpr QLatin1StringView emailAccount{"resend_from_email"};
 
     /// Begins to read `secrets`, which outlives the service, without asking the user for anything.
+    /// The key itself stays in the keyring until it is asked for.
     explicit ResendKeyService(SecretStore &secrets, QObject *parent = nullptr);
 
     /// Whether the keyring could be read, now or earlier.
@@ -60,6 +61,8 @@ private:
     Task<std::optional<SecretStore::Secrets>> read(UnlockPrompt prompt);
     Task<> readAgain();
     Task<> removeSecrets();
+    /// What was asked for after `changes` saves and removals.
+    void learn(const SecretStore::Secrets &secrets, int changes);
     void publish(const SecretStore::Secrets &secrets);
 
     SecretStore &m_secrets;

@@ -78,6 +78,7 @@ private Q_SLOTS:
         QVERIFY(known.wait());
         QVERIFY(second.isConfigured());
         QCOMPARE(second.configuredEmail(), address);
+        QVERIFY(!secrets.accountsRead.contains(ResendKeyService::apiKeyAccount));
         QCOMPARE(*waitFor(second.apiKey(UnlockPrompt::never)), key);
 
         second.removeConfiguration();

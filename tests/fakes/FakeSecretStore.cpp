@@ -11,10 +11,25 @@ Task<SecretStore::ReadResult> FakeSecretStore::read(QStringList accounts, Unlock
         co_return Unexpected{*fault};
     if (prompt == UnlockPrompt::allowed)
         (void)unlock();
+    accountsRead += accounts;
     Secrets secrets;
     for (const QString &account : accounts) {
         if (contents.contains(account))
             secrets.insert(account, isLocked ? std::nullopt : std::optional(contents[account]));
+    }
+    co_return secrets;
+}
+
+Task<SecretStore::ReadResult> FakeSecretStore::find(QStringList accounts)
+{
+    Sleep turn(m_clock, 0ms);
+    co_await turn;
+    if (fault)
+        co_return Unexpected{*fault};
+    Secrets secrets;
+    for (const QString &account : accounts) {
+        if (contents.contains(account))
+            secrets.insert(account, isLocked ? std::nullopt : std::optional(QByteArray()));
     }
     co_return secrets;
 }

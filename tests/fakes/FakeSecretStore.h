@@ -13,6 +13,7 @@ public:
     bool isLocked = false;
     bool userUnlocks = true; ///< when asked
     int prompts = 0;
+    QStringList accountsRead; ///< whose values were given out
 
     /// As the keyring that comes up, or is unlocked by another program.
     void change()
@@ -23,6 +24,7 @@ public:
     }
 
     Task<ReadResult> read(QStringList accounts, UnlockPrompt prompt) override;
+    Task<ReadResult> find(QStringList accounts) override;
     Task<Result> write(QList<Secret> secrets) override;
     Task<Result> removeAll() override;
 

@@ -105,6 +105,8 @@ private Q_SLOTS:
         QVERIFY(!isReal || addItem(SECRET_COLLECTION_DEFAULT, two.first()));
         QVERIFY(*waitFor(store.write(two)));
         QCOMPARE(read(store), contents(two));
+        const auto found = waitFor(store.find({u"key"_s, u"none"_s}));
+        QVERIFY(found && *found && **found == (SecretStore::Secrets{{u"key"_s, QByteArray()}}));
         const QList<Secret> others = {{u"key"_s, "other"}, {u"address"_s, ""}};
         QVERIFY(*waitFor(store.write(others)));
         QCOMPARE(read(store), contents(others));
@@ -167,6 +169,8 @@ private Q_SLOTS:
         const auto prompts = [&] { return prompter ? prompter->prompts : 0; };
 
         QCOMPARE(read(store), bothLocked);
+        const auto found = waitFor(store.find({u"key"_s}));
+        QVERIFY(found && *found && **found == (SecretStore::Secrets{{u"key"_s, std::nullopt}}));
         QCOMPARE(prompts(), 0);
         QCOMPARE(read(store, UnlockPrompt::allowed), bothLocked);
         QCOMPARE(prompts(), hasPrompter ? 1 : 0); // one for both items

@@ -143,6 +143,8 @@ public:
     Result unlock();
     /// Whether the search may have missed items because the keyring is locked.
     Expected<bool, SecretFault> mayHideItems() const;
+    /// What was found, without the values of what is not locked.
+    SecretStore::Secrets found() const;
     Expected<SecretStore::Secrets, SecretFault> load() const;
     /// Replaces the values of the items that were found for the account, or creates one.
     Result keep(const Secret &secret) const;
@@ -258,6 +260,16 @@ Expected<bool, SecretFault> Conversation::mayHideItems() const
     return keyring && secret_collection_get_locked(keyring.get());
 }
 
+SecretStore::Secrets Conversation::found() const
+{
+    SecretStore::Secrets secrets;
+    for (const Item &item : m_locked)
+        secrets.insert(item.account, std::nullopt);
+    for (const Item &item : m_open)
+        secrets.insert(item.account, QByteArray());
+    return secrets;
+}
+
 Expected<SecretStore::Secrets, SecretFault> Conversation::load() const
 {
     const Deadline deadline;
@@ -266,9 +278,7 @@ Expected<SecretStore::Secrets, SecretFault> Conversation::load() const
     if (list && !secret_item_load_secrets_sync(list.get(), deadline.cancellable(), &error))
         return failure(error, &deadline);
 
-    SecretStore::Secrets secrets;
-    for (const Item &item : m_locked)
-        secrets.insert(item.account, std::nullopt);
+    SecretStore::Secrets secrets = found();
     QHash<QString, guint64> modified;
     for (const Item &item :
          m_open) { // several when they are in several keyrings: the newest counts
@@ -318,8 +328,10 @@ Result Conversation::remove() const
     return {};
 }
 
+enum class Part { presence, value };
+
 SecretStore::ReadResult readSecrets(const QByteArray &serviceName, const QStringList &accounts,
-                                    UnlockPrompt prompt)
+                                    UnlockPrompt prompt, Part part)
 {
     auto conversation = Conversation::begin(serviceName, accounts);
     if (!conversation)
@@ -329,7 +341,7 @@ SecretStore::ReadResult readSecrets(const QByteArray &serviceName, const QString
     const auto isHidden = conversation->mayHideItems();
     if (!isHidden || *isHidden)
         return Unexpected{isHidden ? SecretFault::locked : isHidden.error()};
-    return conversation->load();
+    return part == Part::value ? conversation->load() : conversation->found();
 }
 
 Result writeSecrets(const QByteArray &serviceName, const QList<Secret> &secrets)
@@ -396,7 +408,16 @@ void LibsecretStore::noteOwner(const QString &, const QString &, const QString &
 Task<SecretStore::ReadResult> LibsecretStore::read(QStringList accounts, UnlockPrompt prompt)
 {
     OnPool<ReadResult> job(*m_thread, [name = m_serviceName, accounts, prompt] {
-        return readSecrets(name, accounts, prompt);
+        return readSecrets(name, accounts, prompt, Part::value);
+    });
+    ReadResult secrets = co_await job;
+    co_return secrets;
+}
+
+Task<SecretStore::ReadResult> LibsecretStore::find(QStringList accounts)
+{
+    OnPool<ReadResult> job(*m_thread, [name = m_serviceName, accounts] {
+        return readSecrets(name, accounts, UnlockPrompt::never, Part::presence);
     });
     ReadResult secrets = co_await job;
     co_return secrets;

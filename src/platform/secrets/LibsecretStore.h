@@ -19,6 +19,7 @@ public:
     ~LibsecretStore() override;
 
     Task<ReadResult> read(QStringList accounts, UnlockPrompt prompt) override;
+    Task<ReadResult> find(QStringList accounts) override;
     Task<Result> write(QList<Secret> secrets) override;
     Task<Result> removeAll() override;
 

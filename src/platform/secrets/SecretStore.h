@@ -45,6 +45,9 @@ public:
     /// What stays locked is told apart in the result; when nothing is found because all is locked,
     /// that is the fault.
     virtual Task<ReadResult> read(QStringList accounts, UnlockPrompt prompt) = 0;
+    /// Reads without a prompt which accounts have secrets, and leaves those in the keyring: each
+    /// value is empty, or absent while it is locked.
+    virtual Task<ReadResult> find(QStringList accounts) = 0;
     /// Replaces what the accounts have; may ask the user to unlock. What fails half-way may have
     /// kept the first of them.
     virtual Task<Result> write(QList<Secret> secrets) = 0;
