@@ -20,8 +20,10 @@
 #include <QLoggingCategory>
 #include <QProcess>
 #include <QScrollBar>
+#include <QTest>
 #include <QThreadPool>
 
+#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstdio>
 #include <cstring>
@@ -57,8 +59,9 @@ struct Desk {
 /// The panel with its model, from nothing to the first picture.
 struct Panel {
     explicit Panel(Desk &desk)
-        : model({desk.context, desk.clipboard, desk.browser, desk.summaries, desk.clock})
-        , view(model)
+        : model({desk.context, desk.clipboard, desk.browser, desk.summaries, desk.web, desk.pages,
+                 desk.clock})
+        , view(model, {})
         , list(*view.findChild<LinkListView *>())
     {
         show();
@@ -152,10 +155,7 @@ void insertAboveAll(benchmark::State &state)
     const FilledStore store(int(state.range(0)));
     Desk desk(store.path());
     Panel panel(desk);
-    LinkListModel &links = panel.model.links();
-    while (links.canFetchMore({}))
-        links.fetchMore({});
-    panel.list.setCurrent(links.rowCount() - 1);
+    panel.list.setCurrent(panel.model.links().rowCount() - 1);
     for (auto _ : state) {
         state.PauseTiming();
         const CapturedLink link{
@@ -164,6 +164,48 @@ void insertAboveAll(benchmark::State &state)
         state.ResumeTiming();
         panel.draw();
     }
+}
+
+/// From the top of a list just opened to its end, painted.
+void toTheEnd(benchmark::State &state)
+{
+    const FilledStore store(int(state.range(0)));
+    Desk desk(store.path());
+    Panel panel(desk);
+    for (auto _ : state) {
+        state.PauseTiming();
+        panel.view.hide();
+        panel.show();
+        state.ResumeTiming();
+        QTest::keyClick(&panel.list, Qt::Key_End);
+        panel.draw();
+    }
+}
+
+/// A word typed while the texts are still read; `longest_ms` is that of the slowest key, painted,
+/// with the slices of reading that came before it.
+void search(benchmark::State &state)
+{
+    const FilledStore store(int(state.range(0)));
+    Desk desk(store.path());
+    Panel panel(desk);
+    double longest = 0;
+    std::vector<double> keys;
+    for (auto _ : state) {
+        for (const char16_t letter : QStringView(u"article 99")) {
+            QElapsedTimer time;
+            time.start();
+            QTest::sendKeyEvent(QTest::Click, QApplication::focusWidget(), Qt::Key_A, QChar(letter),
+                                Qt::NoModifier);
+            panel.draw();
+            keys.push_back(double(time.nsecsElapsed()) / 1e6);
+        }
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    }
+    std::sort(keys.begin(), keys.end());
+    state.counters["median_ms"] = keys[keys.size() / 2];
+    state.counters["longest_ms"] = keys.back();
 }
 
 } // namespace
@@ -176,6 +218,8 @@ BENCHMARK(firstOpening)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(reopening)->Arg(few)->Arg(many)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(scrollThousandRows)->Arg(many)->Iterations(3)->Unit(benchmark::kMillisecond);
+BENCHMARK(toTheEnd)->Arg(few)->Arg(10'000)->Arg(many)->Iterations(9)->Unit(benchmark::kMillisecond);
+BENCHMARK(search)->Arg(few)->Arg(10'000)->Arg(many)->Iterations(5)->Unit(benchmark::kMillisecond);
 BENCHMARK(insertAboveAll)->Arg(many)->Iterations(20)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char **argv)

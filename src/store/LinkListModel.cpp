@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "LinkListModel.h"
 
+#include "DateText.h"
 #include "DebugLog.h"
-#include "StoreChange.h"
+#include "LinkSearch.h"
+#include "ModelContext.h"
 
-#include <QScopedValueRollback>
 #include <QSet>
 
 #include <algorithm>
@@ -16,6 +17,14 @@ namespace
 
 constexpr qsizetype shownLength = 500;
 
+/// Above this, reading all places anew is quicker than looking up each link.
+constexpr qsizetype manyLinks = 500;
+
+qsizetype sizeOf(const StoreChange &change)
+{
+    return change.inserted.size() + change.updated.size() + change.removed.size();
+}
+
 } // namespace
 
 QString shownText(const QString &text)
@@ -25,129 +34,126 @@ QString shownText(const QString &text)
 }
 
 LinkListModel::LinkListModel(ModelContext &context, QObject *parent)
-    : QAbstractListModel(parent)
+    : QObject(parent)
     , m_context(context)
+    , m_count(context.counts().visible)
 {
     connect(&context, &ModelContext::changed, this, &LinkListModel::apply);
 }
 
-int LinkListModel::rowOf(const LinkId &id) const
+LinkListModel::~LinkListModel() = default;
+
+const std::vector<ListPosition> &LinkListModel::rows() const
 {
-    const auto link = std::find_if(m_links.begin(), m_links.end(),
-                                   [&id](const CapturedLink &loaded) { return loaded.id == id; });
-    return link == m_links.end() ? -1 : int(link - m_links.begin());
+    return m_search ? m_search->found() : m_known;
 }
 
-int LinkListModel::rowCount(const QModelIndex &parent) const
+int LinkListModel::rowCount() const
 {
-    return parent.isValid() ? 0 : int(m_links.size());
+    return int(m_search ? qsizetype(m_search->found().size()) : m_count);
 }
 
-QVariant LinkListModel::data(const QModelIndex &index, int role) const
+ListPosition LinkListModel::positionAt(int row)
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid) || role != Qt::DisplayRole)
-        return {};
-    const CapturedLink &link = linkAt(index.row());
-    return shownText(link.title ? *link.title : link.url);
+    while (row >= int(rows().size()) && row < rowCount())
+        readBehindLast();
+    return row < int(rows().size()) ? rows()[size_t(row)] : ListPosition();
 }
 
-bool LinkListModel::canFetchMore(const QModelIndex &parent) const
+int LinkListModel::rowOf(const ListPosition &position) const
 {
-    return !parent.isValid() && !m_isComplete && !m_isChanging;
+    const auto place = std::lower_bound(rows().begin(), rows().end(), position, comesBefore);
+    return int(place - rows().begin());
 }
 
-void LinkListModel::fetchMore(const QModelIndex &parent)
+bool LinkListModel::contains(const ListPosition &position) const
 {
-    if (!canFetchMore(parent))
-        return;
-    m_context.announceChanges(); // of a link that comes and goes unannounced no row may be left
-    const QScopedValueRollback changing(m_isChanging, true);
-    const auto last = m_links.isEmpty() ? std::nullopt : std::optional(positionOf(m_links.last()));
-    const auto page = m_context.visibleNewestFirst(last, pageSize);
-    if (!page) {
-        debugLog(u"Failed to read links: "_s + description(page.error()));
-        return;
+    return std::binary_search(rows().begin(), rows().end(), position, comesBefore);
+}
+
+void LinkListModel::readBehindLast()
+{
+    catchUp(); // of a link that comes and goes unannounced no row may be left
+    const auto last = m_known.empty() ? std::nullopt : std::optional(m_known.back());
+    const auto places = m_context.visiblePositions(last, last ? -1 : pageSize);
+    if (!places)
+        debugLog(u"Failed to read links: "_s + description(places.error()));
+    else
+        m_known.insert(m_known.end(), places->begin(), places->end());
+    if (last || !places || places->size() < pageSize)
+        m_count = qsizetype(m_known.size()); // whatever the counts say: there are no more
+}
+
+void LinkListModel::setSearchText(const QString &text)
+{
+    if (text.isEmpty()) {
+        m_search.reset();
+    } else {
+        if (!m_search) {
+            m_search = std::make_unique<LinkSearch>(m_context, LocalizedSearch(systemLocale()));
+            connect(m_search.get(), &LinkSearch::changed, this, &LinkListModel::changed);
+        }
+        m_search->setText(text);
     }
-    m_isComplete = page->size() < pageSize;
-    if (page->isEmpty())
-        return;
-    const int first = int(m_links.size());
-    beginInsertRows({}, first, first + int(page->size()) - 1);
-    m_links += *page;
-    endInsertRows();
+}
+
+void LinkListModel::startAnew()
+{
+    m_search.reset();
+    m_known = {};
+    m_count = m_context.counts().visible;
+}
+
+bool LinkListModel::isReading() const
+{
+    return m_search && m_search->isReading();
+}
+
+void LinkListModel::catchUp()
+{
+    m_context.announceChanges();
 }
 
 void LinkListModel::apply(const StoreChange &change)
 {
-    const QScopedValueRollback changing(m_isChanging, true);
+    const bool isComplete = qsizetype(m_known.size()) >= m_count;
+    m_count = m_context.counts().visible;
+    if (sizeOf(change) > manyLinks)
+        readAnew();
+    else if (isComplete || !m_known.empty())
+        follow(change, isComplete);
+    if (!m_search)
+        Q_EMIT changed(change);
+}
+
+/// As much as may be needed to find again what was known.
+void LinkListModel::readAnew()
+{
+    if (std::exchange(m_known, {}).empty())
+        return;
+    while (qsizetype(m_known.size()) < m_count)
+        readBehindLast();
+}
+
+void LinkListModel::follow(const StoreChange &change, bool isComplete)
+{
     QSet<LinkId> gone(change.removed.begin(), change.removed.end());
-    const QSet<LinkId> updated(change.updated.begin(), change.updated.end());
-    for (int row = 0; row < m_links.size() && !updated.isEmpty(); ++row) {
-        const LinkId id = m_links.at(row).id;
-        if (!updated.contains(id))
-            continue;
+    std::vector<ListPosition> added;
+    for (const LinkId &id : change.inserted + change.updated) {
         const auto link = m_context.link(id);
-        if (link && link->isVisible)
-            refresh(row, *link);
-        else
+        if (!link || !link->isVisible)
             gone.insert(id);
+        else if (!std::binary_search(m_known.begin(), m_known.end(), positionOf(*link),
+                                     comesBefore))
+            added.push_back(positionOf(*link));
     }
     if (!gone.isEmpty())
-        removeRowsWhere([&gone](const CapturedLink &link) { return gone.contains(link.id); });
-    insertAll(change.inserted);
-}
-
-void LinkListModel::insertAll(const QList<LinkId> &ids)
-{
-    QList<CapturedLink> links;
-    for (const LinkId &id : ids) {
-        const auto link = m_context.link(id);
-        if (link && link->isVisible)
-            links.append(*link);
-    }
-    // The oldest first: what goes on top of all rows moves none of them, and an import brings many.
-    std::sort(links.begin(), links.end(), [](const CapturedLink &one, const CapturedLink &other) {
-        return comesBefore(positionOf(other), positionOf(one));
-    });
-    for (const CapturedLink &link : std::as_const(links))
-        insertInOrder(link);
-}
-
-void LinkListModel::refresh(int row, const CapturedLink &link)
-{
-    m_links[row] = link;
-    Q_EMIT dataChanged(index(row), index(row));
-}
-
-void LinkListModel::insertInOrder(const CapturedLink &link)
-{
-    const auto place = std::lower_bound(m_links.cbegin(), m_links.cend(), link,
-                                        [](const CapturedLink &one, const auto &other) {
-                                            return comesBefore(positionOf(one), positionOf(other));
-                                        });
-    if (place == m_links.cend() && !m_isComplete)
-        return; // it will come with its page
-    const int row = int(place - m_links.cbegin());
-    if (place != m_links.cend() && place->id == link.id) {
-        refresh(row, link); // it came with a page already
-        return;
-    }
-    beginInsertRows({}, row, row);
-    m_links.insert(row, link);
-    endInsertRows();
-}
-
-void LinkListModel::removeRowsWhere(const std::function<bool(const CapturedLink &)> &isGone)
-{
-    for (int last = int(m_links.size()) - 1; last >= 0; --last) {
-        if (!isGone(m_links.at(last)))
-            continue;
-        int first = last;
-        while (first > 0 && isGone(m_links.at(first - 1)))
-            --first;
-        beginRemoveRows({}, first, last);
-        m_links.remove(first, last - first + 1);
-        endRemoveRows();
-        last = first;
-    }
+        std::erase_if(m_known, [&gone](const auto &known) { return gone.contains(known.id); });
+    if (!isComplete) // what is behind the last known is read with its like
+        std::erase_if(added, [this](const auto &position) {
+            return m_known.empty() || comesBefore(m_known.back(), position);
+        });
+    std::sort(added.begin(), added.end(), comesBefore);
+    const auto middle = m_known.insert(m_known.end(), added.begin(), added.end());
+    std::inplace_merge(m_known.begin(), middle, m_known.end(), comesBefore);
 }

@@ -37,6 +37,9 @@ constexpr auto firstPage = "SELECT " LINK_COLUMNS " FROM links WHERE isVisible "
 constexpr auto nextPage = "SELECT " LINK_COLUMNS " FROM links "
                           "WHERE isVisible AND (copiedAt, id) < (?2, ?3) "
                           "ORDER BY copiedAt DESC, id DESC LIMIT ?1";
+constexpr auto positionsBehind = "SELECT copiedAt, id FROM links "
+                                 "WHERE isVisible AND (copiedAt, id) < (?2, ?3) "
+                                 "ORDER BY copiedAt DESC, id DESC LIMIT ?1";
 constexpr auto idsWithoutSummary = "SELECT id FROM links WHERE isVisible AND summary IS NULL "
                                    "ORDER BY copiedAt DESC, id DESC";
 constexpr auto storeOrderPage = "SELECT " LINK_COLUMNS ", seq FROM links "
@@ -387,6 +390,23 @@ QList<CapturedLink> ModelContext::storedNewestFirst(const std::optional<ListPosi
         bindId(*query, 3, after->id);
     }
     return linksOf(query);
+}
+
+Expected<std::vector<ListPosition>, StoreError>
+ModelContext::visiblePositions(const std::optional<ListPosition> &after, int limit) const
+{
+    return m_database.attempt([&] {
+        const ListPosition last = after.value_or(ListPosition{Instant::max(), {}});
+        std::vector<ListPosition> positions;
+        Query query = m_database.query(positionsBehind);
+        query->bind(1, m_unsaved.isEmpty() ? limit : -1);
+        bindInstant(*query, 2, last.copiedAt);
+        bindId(*query, 3, last.id);
+        while (query->executeStep())
+            positions.push_back({instantFrom(query->getColumn(0)), idFrom(query->getColumn(1))});
+        m_unsaved.correctPositions(positions, last, limit);
+        return positions;
+    });
 }
 
 QList<LinkId> ModelContext::visibleWithoutSummary() const

@@ -15,6 +15,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 class Alarm;
 class Clock;
@@ -61,6 +62,10 @@ public:
     Expected<qint64, StoreError> countWithUrl(const QString &url) const;
     /// The next `limit` visible links behind `after`, or the first ones.
     Links visibleNewestFirst(const std::optional<ListPosition> &after, int limit) const;
+    /// Where the next `limit` visible links behind `after` stand; all for a `limit` of -1. Quicker
+    /// than reading the links.
+    Expected<std::vector<ListPosition>, StoreError>
+    visiblePositions(const std::optional<ListPosition> &after, int limit) const;
     /// The visible links that have no summary, newest first; none when the store cannot be read.
     QList<LinkId> visibleWithoutSummary() const;
     /// The next visible links in the order of their insertion, about `limit`; `place`, at first 0,

@@ -73,3 +73,18 @@ void UnsavedLinks::correctRows(QList<CapturedLink> &rows) const
     }
     rows.removeIf([](const CapturedLink &link) { return !link.isVisible; });
 }
+
+void UnsavedLinks::correctPositions(std::vector<ListPosition> &positions, const ListPosition &last,
+                                    int limit) const
+{
+    if (isEmpty())
+        return;
+    std::erase_if(positions, [this](const ListPosition &position) { return find(position.id); });
+    for (const Unsaved &unsaved : m_links) {
+        if (unsaved.link.isVisible && comesBefore(last, positionOf(unsaved.link)))
+            positions.push_back(positionOf(unsaved.link));
+    }
+    std::sort(positions.begin(), positions.end(), comesBefore);
+    if (limit >= 0 && positions.size() > size_t(limit))
+        positions.resize(size_t(limit));
+}

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <vector>
 
 /// Links whose stored rows are missing or out of date because they could not be written, in memory
 /// until they can. What is read from the store is corrected by them.
@@ -46,6 +47,10 @@ public:
     /// Adds the new ones that belong on a page behind `after` of at most `limit` visible links.
     void addNew(QList<CapturedLink> &page, const std::optional<ListPosition> &after,
                 int limit) const;
+    /// Brings the places of all visible links behind `last` up to date; the first `limit` stay, or
+    /// all for -1.
+    void correctPositions(std::vector<ListPosition> &positions, const ListPosition &last,
+                          int limit) const;
     /// Brings all visible links, in the order of their insertion, up to date.
     void correctStoreOrder(QList<CapturedLink> &links) const;
 

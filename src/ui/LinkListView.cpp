@@ -4,8 +4,10 @@
 #include "Accessibility.h"
 #include "LinkRowView.h"
 #include "MenuBarViewModel.h"
+#include "TintedIcon.h"
 
 #include <QKeyEvent>
+#include <QPainter>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QVariantAnimation>
@@ -16,7 +18,13 @@ namespace
 {
 
 constexpr int expandMilliseconds = 200;
-constexpr int rowsReadAhead = 50;
+
+bool isTyped(const QKeyEvent &event)
+{
+    const bool isCommand =
+        event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    return !isCommand && !event.text().isEmpty() && event.text().at(0).isPrint();
+}
 
 } // namespace
 
@@ -32,17 +40,7 @@ LinkListView::LinkListView(MenuBarViewModel &model, QWidget *parent)
     viewport()->setBackgroundRole(QPalette::Base);
     verticalScrollBar()->setSingleStep(rowHeight() / 2);
 
-    using Model = LinkListModel;
-    const Model &links = m_model.links();
-    connect(&links, &Model::rowsInserted, this, &LinkListView::layoutSoon);
-    connect(
-        &links, &Model::rowsAboutToBeRemoved, this,
-        [this](const QModelIndex &, int first, int last) { rowsAboutToBeRemoved(first, last); });
-    connect(&links, &Model::rowsRemoved, this, &LinkListView::rowsRemoved);
-    connect(&links, &Model::dataChanged, this,
-            [this](const QModelIndex &first, const QModelIndex &last) {
-                refreshRows(first.row(), last.row());
-            });
+    connect(&m_model.links(), &LinkListModel::changed, this, &LinkListView::follow);
 }
 
 LinkListView::~LinkListView() = default;
@@ -50,8 +48,8 @@ LinkListView::~LinkListView() = default;
 void LinkListView::startAnew()
 {
     m_expanded.clear();
-    m_current = QModelIndex();
-    m_top = QModelIndex();
+    m_current.reset();
+    m_top.reset();
     layoutRows();
 }
 
@@ -73,7 +71,7 @@ int LinkListView::rowHeight() const
 int LinkListView::extraHeight(int row) const
 {
     const auto found = std::find_if(m_expanded.begin(), m_expanded.end(),
-                                    [row](const ExpandedRow &it) { return it.index.row() == row; });
+                                    [row](const ExpandedRow &it) { return it.place.row == row; });
     return found == m_expanded.end() ? 0 : found->height->currentValue().toInt();
 }
 
@@ -81,7 +79,7 @@ int LinkListView::rowTop(int row) const
 {
     int top = row * rowHeight();
     for (const ExpandedRow &expanded : m_expanded)
-        top += expanded.index.row() < row ? expanded.height->currentValue().toInt() : 0;
+        top += expanded.place.row < row ? expanded.height->currentValue().toInt() : 0;
     return top;
 }
 
@@ -98,7 +96,7 @@ int LinkListView::rowAt(int y) const
 
 int LinkListView::offset() const
 {
-    return m_top.isValid() ? rowTop(m_top.row()) + m_topHidden : 0;
+    return m_top ? rowTop(m_top->row) + m_topHidden : 0;
 }
 
 int LinkListView::rowsAPage() const
@@ -108,7 +106,7 @@ int LinkListView::rowsAPage() const
 
 int LinkListView::summaryHeight(int row) const
 {
-    const auto summary = m_model.row(row).summary;
+    const auto summary = m_model.row(m_model.links().positionAt(row)).summary;
     return summary ? LinkRowView::summaryHeight(*this, *summary, viewport()->width()) : 0;
 }
 
@@ -118,10 +116,10 @@ LinkRowView *LinkListView::makeRow()
 {
     auto *const row = new LinkRowView(m_model, viewport());
     connect(row, &LinkRowView::toggled, this, &LinkListView::toggle);
-    connect(row, &LinkRowView::focused, this, [this](const LinkId &id) {
+    connect(row, &LinkRowView::focused, this, [this](const ListPosition &position) {
         if (m_isLayingOut)
             return; // it only was next when another went
-        m_current = m_model.links().index(m_model.links().rowOf(id));
+        m_current = Place{position, m_model.links().rowOf(position)};
         updateTabStops();
     });
     return row;
@@ -138,7 +136,7 @@ LinkRowView *LinkListView::viewOf(const LinkId &id) const
 /// Null while the current row is out of view or there is none.
 LinkRowView *LinkListView::currentView() const
 {
-    return m_current.isValid() ? viewOf(m_model.links().linkAt(m_current.row()).id) : nullptr;
+    return m_current ? viewOf(m_current->position.id) : nullptr;
 }
 
 /// Sees to it that the first widgets show these rows. One that shows one of them already keeps it,
@@ -147,7 +145,7 @@ void LinkListView::takeRows(int first, int last)
 {
     std::vector<LinkRowView *> spare = m_rows, taken;
     for (int at = first; at < last; ++at) {
-        LinkRowView *const row = viewOf(m_model.links().linkAt(at).id);
+        LinkRowView *const row = viewOf(m_model.links().positionAt(at).id);
         taken.push_back(row);
         std::erase(spare, row);
     }
@@ -159,7 +157,7 @@ void LinkListView::takeRows(int first, int last)
             spare.push_back(makeRow());
         row = spare.back();
         spare.pop_back();
-        row->display(m_model.row(at));
+        row->display(m_model.row(m_model.links().positionAt(at)));
     }
     for (LinkRowView *const row : spare)
         row->hide();
@@ -168,14 +166,6 @@ void LinkListView::takeRows(int first, int last)
 }
 
 // Layout
-
-void LinkListView::fetchNearby()
-{
-    LinkListModel &links = m_model.links();
-    if (links.canFetchMore({})
-        && rowAt(offset() + viewport()->height()) + rowsReadAhead >= links.rowCount())
-        links.fetchMore({});
-}
 
 /// Once for all changes of a loop turn, however many there are.
 void LinkListView::layoutSoon()
@@ -188,10 +178,11 @@ void LinkListView::layoutSoon()
 
 void LinkListView::layoutRows()
 {
+    m_model.links().catchUp();
+    m_model.links().positionAt(rowAt(offset() + viewport()->height())); // so that the count is true
     const QScopedValueRollback layingOut(m_isLayingOut, true);
     m_isLayoutPending = false;
     const QWidget *const focus = window()->focusWidget();
-    fetchNearby();
     updateScrollBar();
     placeRows();
     updateHovering();
@@ -214,7 +205,7 @@ void LinkListView::rememberTop()
 {
     const int value = verticalScrollBar()->value();
     const int row = rowAt(value);
-    m_top = value == 0 ? QModelIndex() : m_model.links().index(row);
+    m_top = value == 0 ? std::nullopt : std::optional(placeOf(row));
     m_topHidden = value - rowTop(row);
 }
 
@@ -241,50 +232,54 @@ void LinkListView::updateHovering()
         row->setHovering(isPointedAt && row->geometry().contains(pointer));
 }
 
-void LinkListView::refreshRows(int first, int last)
+// Changes
+
+LinkListView::Place LinkListView::placeOf(int row) const
 {
-    for (int at = first; at <= last; ++at) {
-        if (LinkRowView *const row = viewOf(m_model.links().linkAt(at).id))
-            row->display(m_model.row(at));
-    }
-    for (const ExpandedRow &expanded : m_expanded) {
-        if (const int row = expanded.index.row(); row >= first && row <= last)
-            expanded.height->setEndValue(summaryHeight(row));
-    }
-    layoutSoon();
+    return {m_model.links().positionAt(row), row};
 }
 
-void LinkListView::rowsAboutToBeRemoved(int first, int last)
+void LinkListView::follow(const StoreChange &change)
 {
     const LinkListModel &links = m_model.links();
-    const bool isLast = last + 1 == links.rowCount();
-    const QModelIndex neighbour = links.index(isLast ? first - 1 : last + 1);
-    const auto isGoing = [&](const QModelIndex &index) {
-        return index.row() >= first && index.row() <= last;
-    };
-    if (isGoing(m_current))
-        m_current = neighbour;
-    if (isGoing(m_top)) {
-        m_top = neighbour;
-        m_topHidden = 0;
+    std::erase_if(m_expanded, [&links](const ExpandedRow &expanded) {
+        return !links.contains(expanded.place.position);
+    });
+    for (ExpandedRow &expanded : m_expanded) {
+        expanded.place.row = links.rowOf(expanded.place.position);
+        if (change.updated.contains(expanded.place.position.id))
+            expanded.height->setEndValue(summaryHeight(expanded.place.row));
     }
+    if (m_top && !links.contains(m_top->position))
+        m_topHidden = 0;
+    followPlace(m_top);
+    followPlace(m_current);
+    for (LinkRowView *const row : rowsInView()) {
+        if (links.contains(row->position()))
+            row->display(m_model.row(row->position()));
+    }
+    layoutSoon();
 }
 
-void LinkListView::rowsRemoved()
+/// When its link has gone, the next one takes the place.
+void LinkListView::followPlace(std::optional<Place> &place)
 {
-    std::erase_if(m_expanded, [](const ExpandedRow &row) { return !row.index.isValid(); });
-    layoutSoon();
+    const int count = m_model.links().rowCount();
+    if (place && count > 0)
+        place = placeOf(std::min(m_model.links().rowOf(place->position), count - 1));
+    else
+        place.reset();
 }
 
 // Expanding
 
-void LinkListView::toggle(const LinkId &id)
+void LinkListView::toggle(const ListPosition &position)
 {
-    const int row = m_model.links().rowOf(id);
-    if (row < 0)
+    if (!m_model.links().contains(position))
         return;
+    const int row = m_model.links().rowOf(position);
     const auto found = std::find_if(m_expanded.begin(), m_expanded.end(),
-                                    [row](const ExpandedRow &it) { return it.index.row() == row; });
+                                    [row](const ExpandedRow &it) { return it.place.row == row; });
     if (found != m_expanded.end()) {
         QVariantAnimation &height = *found->height;
         height.setDirection(height.direction() == QVariantAnimation::Forward
@@ -302,7 +297,7 @@ void LinkListView::toggle(const LinkId &id)
     connect(height.get(), &QVariantAnimation::finished, this, &LinkListView::forgetCollapsed,
             Qt::QueuedConnection);
     height->start();
-    m_expanded.push_back({m_model.links().index(row), std::move(height)});
+    m_expanded.push_back({{position, row}, std::move(height)});
 }
 
 void LinkListView::forgetCollapsed()
@@ -341,11 +336,12 @@ void LinkListView::updateTabStops()
 
 void LinkListView::setCurrent(int row)
 {
+    m_model.links().catchUp();
     const int count = m_model.links().rowCount();
     if (count == 0)
         return;
     row = std::clamp(row, 0, count - 1);
-    m_current = m_model.links().index(row);
+    m_current = placeOf(row);
     scrollTo(row);
     focusCurrent();
 }
@@ -359,15 +355,15 @@ void LinkListView::scrollTo(int row)
 
 void LinkListView::actOnCurrent(void (MenuBarViewModel::*action)(const LinkId &))
 {
-    if (m_current.isValid()) {
-        const LinkId id = m_model.links().linkAt(m_current.row()).id; // the record may go
+    if (m_current) {
+        const LinkId id = m_current->position.id; // the record may go
         (m_model.*action)(id);
     }
 }
 
 void LinkListView::keyPressEvent(QKeyEvent *event)
 {
-    const int row = m_current.row();
+    const int row = m_current ? m_current->row : -1;
     if (event->matches(QKeySequence::Copy))
         return actOnCurrent(&MenuBarViewModel::copyUrl);
     switch (event->key()) {
@@ -387,12 +383,21 @@ void LinkListView::keyPressEvent(QKeyEvent *event)
     case Qt::Key_Enter:
         return actOnCurrent(&MenuBarViewModel::open);
     case Qt::Key_Space:
-        return m_current.isValid() ? toggle(m_model.links().linkAt(row).id) : void();
+        return m_current ? toggle(m_current->position) : void();
     case Qt::Key_Delete:
         return actOnCurrent(&MenuBarViewModel::remove);
     default:
-        QAbstractScrollArea::keyPressEvent(event);
+        if (isTyped(*event))
+            Q_EMIT typed(event->text());
+        else
+            QAbstractScrollArea::keyPressEvent(event);
     }
+}
+
+void LinkListView::openFirst()
+{
+    if (m_model.isSearching() && m_model.links().rowCount() > 0)
+        m_model.open(m_model.links().positionAt(0).id);
 }
 
 void LinkListView::focusInEvent(QFocusEvent *event)
@@ -402,7 +407,7 @@ void LinkListView::focusInEvent(QFocusEvent *event)
     const bool byKeyboard =
         event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
     if (byKeyboard)
-        setCurrent(m_current.isValid() ? m_current.row() : rowAt(offset()));
+        setCurrent(m_current ? m_current->row : rowAt(offset()));
     else
         focusCurrent();
 }
@@ -410,8 +415,17 @@ void LinkListView::focusInEvent(QFocusEvent *event)
 void LinkListView::resizeEvent(QResizeEvent *)
 {
     for (const ExpandedRow &expanded : m_expanded)
-        expanded.height->setEndValue(summaryHeight(expanded.index.row()));
+        expanded.height->setEndValue(summaryHeight(expanded.place.row));
     layoutRows();
+}
+
+void LinkListView::paintEvent(QPaintEvent *)
+{
+    if (!m_model.isSearching() || m_model.links().rowCount() > 0)
+        return;
+    QPainter painter(viewport());
+    painter.setPen(secondaryTextColor(palette()));
+    painter.drawText(viewport()->rect(), Qt::AlignCenter, m_model.nothingFoundText());
 }
 
 void LinkListView::scrollContentsBy(int, int)

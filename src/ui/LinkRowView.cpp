@@ -69,7 +69,7 @@ IconButton *LinkRowView::addButton(const QString &icon, const QString &toolTip,
     auto *const button = new IconButton(icon, toolTip);
     button->installEventFilter(this);
     connect(button, &IconButton::clicked, this, [this, action] {
-        const LinkId id = m_row.id; // the row may go with its link
+        const LinkId id = this->id(); // the row may go with its link
         (m_model.*action)(id);
     });
     return button;
@@ -123,7 +123,7 @@ bool LinkRowView::eventFilter(QObject *watched, QEvent *event)
 void LinkRowView::focusInEvent(QFocusEvent *)
 {
     refreshButtons();
-    Q_EMIT focused(m_row.id);
+    Q_EMIT focused(m_row.position);
 }
 
 void LinkRowView::focusOutEvent(QFocusEvent *)
@@ -156,14 +156,14 @@ void LinkRowView::mousePressEvent(QMouseEvent *event)
 void LinkRowView::mouseReleaseEvent(QMouseEvent *event)
 {
     if (event->button() == Qt::LeftButton && rect().contains(event->pos()))
-        Q_EMIT toggled(m_row.id);
+        Q_EMIT toggled(m_row.position);
 }
 
 void LinkRowView::contextMenuEvent(QContextMenuEvent *event)
 {
     auto *const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    const LinkId id = m_row.id; // the row may show another link before the user has chosen
+    const LinkId id = this->id(); // the row may show another link before the user has chosen
     MenuBarViewModel &model = m_model;
     menu->addAction(tr("Copy URL"), &model, [&model, id] { model.copyUrl(id); });
     menu->addAction(tr("Open in Browser"), &model, [&model, id] { model.open(id); });

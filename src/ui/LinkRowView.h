@@ -24,14 +24,15 @@ public:
     static int summaryHeight(const QWidget &list, const QString &summary, int width);
 
     void display(const LinkRow &row);
-    LinkId id() const { return m_row.id; }
+    ListPosition position() const { return m_row.position; }
+    LinkId id() const { return m_row.position.id; }
     void setHovering(bool isHovering);
     bool hasSummary() const { return m_row.summary.has_value(); }
     bool isExpanded() const;
 
 Q_SIGNALS:
-    void toggled(const LinkId &id);
-    void focused(const LinkId &id);
+    void toggled(const ListPosition &position);
+    void focused(const ListPosition &position);
 
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;

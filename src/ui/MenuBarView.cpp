@@ -10,12 +10,14 @@
 #include "MenuBarViewModel.h"
 #include "Outline.h"
 #include "PanelPlacement.h"
+#include "SearchBar.h"
 #include "Spinner.h"
 #include "TintedIcon.h"
 #include "settings/InlineSettingsView.h"
 
 #include <QApplication>
 #include <QBoxLayout>
+#include <QClipboard>
 #include <QDialog>
 #include <QKeyEvent>
 #include <QLabel>
@@ -43,6 +45,7 @@ MenuBarView::MenuBarView(MenuBarViewModel &model, MakeSettings makeSettings)
     , m_makeSettings(std::move(makeSettings))
     , m_screens(new QStackedWidget)
     , m_list(new LinkListView(model))
+    , m_search(new SearchBar(*m_list))
 {
     setWindowTitle(u"Strandloom"_s);
     setAccessibleName(u"Strandloom"_s);
@@ -55,6 +58,8 @@ MenuBarView::MenuBarView(MenuBarViewModel &model, MakeSettings makeSettings)
     frame->addWidget(m_screens);
     resize(panelSize);
 
+    connect(m_list, &LinkListView::typed, m_search, &SearchBar::open);
+    connect(m_search, &SearchBar::textChanged, this, &MenuBarView::search);
     connect(&m_model, &MenuBarViewModel::changed, this, &MenuBarView::refresh);
     connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &MenuBarView::followFocus);
     refresh();
@@ -73,6 +78,7 @@ QWidget *MenuBarView::makeLinksScreen()
     column->addWidget(makeHeader());
     column->addWidget(makeNotice());
     column->addWidget(makeModelLoad());
+    column->addWidget(m_search);
     column->addWidget(m_body, 1);
     column->addWidget(divider());
     column->addWidget(makeFooter());
@@ -333,16 +339,37 @@ void MenuBarView::followFocus(const QWindow *focused)
 
 void MenuBarView::hideEvent(QHideEvent *)
 {
-    if (!openDialog())
-        m_model.setCurrentScreen(MenuBarScreen::links); // a screen begins anew when it is next seen
+    if (openDialog())
+        return;
+    m_model.setCurrentScreen(MenuBarScreen::links); // a screen begins anew when it is next seen
+    m_search->close();
+    m_model.links().startAnew();
 }
 
 void MenuBarView::keyPressEvent(QKeyEvent *event)
 {
+    const bool isLinks = m_model.currentScreen() == MenuBarScreen::links;
     if (event->key() == Qt::Key_Escape)
-        hide();
+        isLinks && m_search->isVisible() ? m_search->stepBack() : hide();
+    else if (isLinks && event->matches(QKeySequence::Find) && !m_model.isEmpty())
+        m_search->open();
+    else if (isLinks && event->matches(QKeySequence::Paste))
+        paste();
     else
         QWidget::keyPressEvent(event);
+}
+
+void MenuBarView::search(const QString &text)
+{
+    m_model.setSearchText(text);
+    m_list->startAnew();
+}
+
+/// What was copied before the program watched, or while it was paused, only Qt can tell.
+void MenuBarView::paste()
+{
+    const auto copied = m_model.copiedText();
+    m_model.add(copied ? *copied : QGuiApplication::clipboard()->text());
 }
 
 void MenuBarView::paintEvent(QPaintEvent *)

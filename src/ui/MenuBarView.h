@@ -16,6 +16,7 @@ class QDialog;
 class QProgressBar;
 class QPushButton;
 class QStackedWidget;
+class SearchBar;
 class Spinner;
 
 /// The menu bar panel. It drops down from the tray icon and goes when the user turns to another
@@ -60,11 +61,14 @@ private:
     QSize wantedSize() const;
     void showScreen();
     void refresh();
+    void search(const QString &text);
+    void paste();
 
     MenuBarViewModel &m_model;
     MakeSettings m_makeSettings;
     QStackedWidget *m_screens;
     LinkListView *m_list;
+    SearchBar *m_search;
     QWidget *m_settingsHeader = nullptr;
     InlineSettingsView *m_settings = nullptr; ///< null while it is not shown
     ElidedLabel *m_today = nullptr;

@@ -4,20 +4,29 @@
 #include "Calendar.h"
 #include "ClipboardSource.h"
 #include "DebugLog.h"
+#include "LinkIntake.h"
 #include "ModelContext.h"
 #include "SummaryService.h"
 #include "UrlOpener.h"
 
 #include <QScopeGuard>
 
+using namespace std::chrono_literals;
+
+namespace
+{
+constexpr auto answerTime = 4s;
+}
+
 MenuBarViewModel::MenuBarViewModel(const Parts &parts, QObject *parent)
     : QObject(parent)
     , m_parts(parts)
     , m_links(parts.modelContext)
     , m_dates(systemLocale())
+    , m_titles(parts.http, parts.pages)
 {
     recountToday();
-    connect(&m_parts.modelContext, &ModelContext::changed, this, &MenuBarViewModel::recountToday);
+    connect(&m_links, &LinkListModel::changed, this, &MenuBarViewModel::recountToday);
     connect(&m_parts.modelContext, &ModelContext::hasUnsavedChangesChanged, this,
             &MenuBarViewModel::changed);
     connect(&m_parts.clipboard, &ClipboardSource::limitationChanged, this,
@@ -32,12 +41,14 @@ void MenuBarViewModel::setCurrentScreen(MenuBarScreen screen)
     Q_EMIT changed();
 }
 
-LinkRow MenuBarViewModel::row(int index) const
+LinkRow MenuBarViewModel::row(const ListPosition &position) const
 {
-    const CapturedLink &link = m_links.linkAt(index);
-    const QString title = shownText(link.title ? *link.title : link.url);
-    const auto summary = link.summary ? std::optional(shownText(*link.summary)) : std::nullopt;
-    return {link.id, title, m_dates.shortTime(link.copiedAt), summary};
+    const auto link = m_parts.modelContext.link(position.id);
+    if (!link)
+        return {position, {}, {}, {}}; // it is about to go
+    const QString title = shownText(link->title ? *link->title : link->url);
+    const auto summary = link->summary ? std::optional(shownText(*link->summary)) : std::nullopt;
+    return {position, title, m_dates.shortTime(link->copiedAt), summary};
 }
 
 bool MenuBarViewModel::isEmpty() const
@@ -52,13 +63,28 @@ QString MenuBarViewModel::todayText() const
 
 QString MenuBarViewModel::countText() const
 {
-    return tr("%1 links").arg(m_parts.modelContext.counts().visible);
+    const qint64 all = m_parts.modelContext.counts().visible;
+    return isSearching() ? tr("%1 of %2 links").arg(m_links.rowCount()).arg(all)
+                         : tr("%1 links").arg(all);
+}
+
+void MenuBarViewModel::setSearchText(const QString &text)
+{
+    m_links.setSearchText(text);
+    Q_EMIT changed();
+}
+
+QString MenuBarViewModel::nothingFoundText() const
+{
+    return m_links.isReading() ? QString() : tr("No links found");
 }
 
 QString MenuBarViewModel::notice() const
 {
     if (m_parts.modelContext.hasUnsavedChanges())
         return tr("Links cannot be saved at the moment. They are kept until they can.");
+    if (!m_answer.isEmpty())
+        return m_answer;
     if (!m_notice.isEmpty())
         return m_notice;
     return m_isPaused ? tr("Capturing is paused.") : m_parts.clipboard.limitation();
@@ -130,6 +156,43 @@ void MenuBarViewModel::remove(const LinkId &id)
 {
     if (const auto removed = m_parts.modelContext.remove({id}); !removed)
         debugLog(u"Failed to delete: " + description(removed.error()));
+}
+
+std::optional<QString> MenuBarViewModel::copiedText() const
+{
+    return m_parts.clipboard.text();
+}
+
+void MenuBarViewModel::add(const QString &address)
+{
+    m_answer = take(address);
+    m_answerEnd = m_parts.clock.after(answerTime, [this] {
+        m_answer.clear();
+        Q_EMIT changed();
+    });
+    Q_EMIT changed();
+}
+
+QString MenuBarViewModel::take(const QString &address)
+{
+    const auto added = LinkIntake(m_parts.modelContext).add(address, m_parts.clock.now());
+    if (!added) {
+        debugLog(u"Failed to add: " + description(added.error()));
+        return tr("The link could not be saved.");
+    }
+    if (*added) {
+        m_tasks.start(m_titles.fetchTitle(&m_parts.modelContext, (*added)->id));
+        return tr("The link was added.");
+    }
+    switch (added->error()) {
+    case Refusal::noWebAddress:
+        return tr("The clipboard holds no web address.");
+    case Refusal::excluded:
+        return tr("Links of this domain are excluded.");
+    case Refusal::alreadyStored:
+        return tr("The link is already there.");
+    }
+    Q_UNREACHABLE();
 }
 
 void MenuBarViewModel::recountToday()

@@ -4,6 +4,7 @@
 #include "CapturedLink.h"
 #include "DateText.h"
 #include "LinkListModel.h"
+#include "TitleFetcher.h"
 #include "async/Scope.h"
 
 #include <QObject>
@@ -22,7 +23,7 @@ enum class MenuBarScreen { links, settings };
 
 /// What a row of the list shows of a link.
 struct LinkRow {
-    LinkId id;
+    ListPosition position;
     QString title; ///< the page's title, else the address
     QString time; ///< of copying, short, in the user's locale
     std::optional<QString> summary;
@@ -40,6 +41,8 @@ public:
         ClipboardSource &clipboard;
         UrlOpener &urlOpener;
         SummaryService &summaries;
+        HttpClient &http;
+        QThreadPool &pages; ///< has one thread
         Clock &clock;
     };
 
@@ -49,15 +52,21 @@ public:
     MenuBarScreen currentScreen() const { return m_currentScreen; }
     void setCurrentScreen(MenuBarScreen screen);
 
+    /// Never reads ahead of a view.
     LinkListModel &links() { return m_links; }
-    LinkRow row(int index) const;
+    /// Lists the links that contain `text`; all for an empty one.
+    void setSearchText(const QString &text);
+    bool isSearching() const { return m_links.isSearching(); }
+    /// What stands in the list when nothing was found; empty while more is read.
+    QString nothingFoundText() const;
+    LinkRow row(const ListPosition &position) const;
 
     bool isEmpty() const;
     /// Counts anew which links are of today, as happens with every change and at midnight. Also
     /// needed when the panel is shown: midnight may have passed while the machine slept.
     void recountToday();
     QString todayText() const; ///< how many listed links were copied today
-    QString countText() const; ///< how many links are listed
+    QString countText() const; ///< how many links are listed, and while searching of how many
     /// What the user must know about captures that do not work as they should; empty when all do.
     QString notice() const;
     /// What the program found out besides; empty when there is nothing to tell.
@@ -80,6 +89,10 @@ public:
     void copyUrl(const LinkId &id);
     void copySummary(const LinkId &id);
     void remove(const LinkId &id);
+    /// The text that was copied last; absent when it was not read.
+    std::optional<QString> copiedText() const;
+    /// Takes an address as if it was copied now, and says for a few seconds what came of it.
+    void add(const QString &address);
 
 Q_SIGNALS:
     /// Some text or flag is another. Rows announce themselves through `links()`.
@@ -89,15 +102,19 @@ Q_SIGNALS:
 
 private:
     Task<> summarizeListed();
+    QString take(const QString &address);
 
     Parts m_parts;
     LinkListModel m_links;
     DateText m_dates;
+    TitleFetcher m_titles;
     MenuBarScreen m_currentScreen = MenuBarScreen::links;
     qint64 m_today = 0;
     std::unique_ptr<Alarm> m_midnight;
     QString m_notice;
     bool m_isPaused = false;
+    QString m_answer; ///< to what the user did last, for as long as `m_answerEnd` is pending
+    std::unique_ptr<Alarm> m_answerEnd;
     std::optional<double> m_modelLoad;
     bool m_isSummarizing = false;
     Scope m_tasks;

@@ -3,44 +3,13 @@
 
 #include "TestStore.h"
 
-#include <QAbstractItemModelTester>
 #include <QRandomGenerator>
-#include <QSignalSpy>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace
 {
-
-/// What a model shows, kept from its signals alone.
-class Follower
-{
-public:
-    explicit Follower(const LinkListModel &model)
-        : m_model(model)
-    {
-        QObject::connect(&model, &LinkListModel::rowsInserted, [this](auto, int first, int last) {
-            for (int row = first; row <= last; ++row)
-                rows.insert(row, textAt(row));
-        });
-        QObject::connect(&model, &LinkListModel::rowsRemoved, [this](auto, int first, int last) {
-            rows.remove(first, last - first + 1);
-        });
-        QObject::connect(&model, &LinkListModel::dataChanged,
-                         [this](const QModelIndex &first, const QModelIndex &last) {
-                             for (int row = first.row(); row <= last.row(); ++row)
-                                 rows[row] = textAt(row);
-                         });
-    }
-
-    QStringList rows;
-
-private:
-    QString textAt(int row) const { return m_model.index(row).data().toString(); }
-
-    const LinkListModel &m_model;
-};
 
 /// Random changes to a store; the same ones for the same seed.
 class Chaos
@@ -71,9 +40,9 @@ public:
         case 6:
             QVERIFY(m_context.remove({anyId(), anyId()}));
             break;
-        case 7:
-            if (model.canFetchMore({}))
-                model.fetchMore({});
+        case 7: // reads as far as that
+            if (const int count = model.rowCount())
+                model.positionAt(m_random.bounded(count));
             break;
         case 8:
             QCoreApplication::processEvents();
@@ -90,18 +59,24 @@ private:
     int m_next = 0;
 };
 
-void fetchAll(LinkListModel &model)
+QStringList shownBy(LinkListModel &model, const ModelContext &context)
 {
-    while (model.canFetchMore({}))
-        model.fetchMore({});
+    QStringList texts;
+    for (int row = 0; row < model.rowCount(); ++row) {
+        const auto link = context.link(model.positionAt(row).id);
+        texts.append(link ? link->title.value_or(link->url) : u"no link"_s);
+    }
+    return texts;
 }
 
-QStringList shownBy(const ModelContext &context)
+QStringList listed(const ModelContext &context, const QString &sought = {})
 {
     QStringList texts;
     const auto links = context.visibleNewestFirst({}, 100'000);
-    for (const CapturedLink &link : *links)
-        texts.append(link.title.value_or(link.url));
+    for (const CapturedLink &link : *links) {
+        if (link.url.contains(sought) || link.title.value_or(u""_s).contains(sought))
+            texts.append(link.title.value_or(link.url));
+    }
     return texts;
 }
 
@@ -115,9 +90,14 @@ private Q_SLOTS:
     {
         QTest::addColumn<quint32>("seed");
         QTest::addColumn<int>("before");
+        QTest::addColumn<QString>("sought");
         for (const quint32 seed : {1u, 2u}) {
-            for (const int before : {0, LinkListModel::pageSize + 50})
-                QTest::addRow("seed %u, %d links before", seed, before) << seed << before;
+            for (const int before : {0, 1200}) {
+                for (const QString &sought : {u""_s, u"7"_s})
+                    QTest::addRow("seed %u, %d links before, '%s'", seed, before,
+                                  qPrintable(sought))
+                        << seed << before << sought;
+            }
         }
     }
 
@@ -125,50 +105,27 @@ private Q_SLOTS:
     {
         QFETCH(quint32, seed);
         QFETCH(int, before);
+        QFETCH(QString, sought);
         TestStore store;
+        QList<CapturedLink> links;
         for (int i = 0; i < before; ++i)
-            store.add(u"before %1"_s.arg(i), i % 150);
+            links.append(makeLink(u"before %1"_s.arg(i), i % 150));
+        QVERIFY(store.context().insertAll(links));
         LinkListModel model(store.context());
-        const Follower follower(model);
-        const QAbstractItemModelTester tester(
-            &model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QSignalSpy resets(&model, &LinkListModel::modelReset);
-        QHash<LinkId, QPersistentModelIndex> indexes;
+        model.setSearchText(sought);
         Chaos chaos(store, seed);
-        for (int i = 0; i < 300; ++i) {
+        for (int i = 0; i < 120; ++i) {
             chaos.step(model);
-            if (i % 25 == 0 && model.rowCount() > 0) {
-                const int row = model.rowCount() / 2;
-                indexes.insert(model.linkAt(row).id, model.index(row));
+            if (i % 30 == 0) {
+                QCoreApplication::processEvents();
+                QCOMPARE(shownBy(model, store.context()), listed(store.context(), sought));
             }
         }
-        fetchAll(model);
+        for (int row = 0; row < model.rowCount(); ++row)
+            QCOMPARE(model.rowOf(model.positionAt(row)), row);
+        QVERIFY(store.context().removeAll());
         QCoreApplication::processEvents();
-        QCOMPARE(follower.rows, shownBy(store.context()));
-        QCOMPARE(model.rowCount(), store.context().counts().visible);
-        QCOMPARE(resets.count(), 0);
-        QVERIFY(!indexes.isEmpty());
-        for (auto it = indexes.begin(); it != indexes.end(); ++it)
-            QCOMPARE(it.value().row(), model.rowOf(it.key()));
-    }
-
-    void loadsNoMoreThanIsAskedFor()
-    {
-        TestStore store;
-        for (int i = 0; i < LinkListModel::pageSize + 10; ++i)
-            store.add(QString::number(i), i);
-        QCoreApplication::processEvents();
-        LinkListModel model(store.context());
         QCOMPARE(model.rowCount(), 0);
-        model.fetchMore({});
-        QCOMPARE(model.rowCount(), LinkListModel::pageSize);
-        store.add(u"newest"_s, 1000);
-        store.add(u"oldest"_s, -1);
-        QCoreApplication::processEvents();
-        QCOMPARE(model.rowCount(), LinkListModel::pageSize + 1);
-        QCOMPARE(model.linkAt(0).url, u"newest"_s);
-        fetchAll(model);
-        QCOMPARE(model.linkAt(model.rowCount() - 1).url, u"oldest"_s);
     }
 
     void leavesNoRowOfALinkThatCameAndWentUnannounced()
@@ -176,23 +133,60 @@ private Q_SLOTS:
         TestStore store;
         LinkListModel model(store.context());
         const CapturedLink link = store.add(u"short-lived"_s);
-        fetchAll(model);
+        model.positionAt(0);
         QVERIFY(store.context().remove({link.id}));
         QCoreApplication::processEvents();
         QCOMPARE(model.rowCount(), 0);
     }
 
-    void showsTheBeginningOfALongText()
+    void knowsHowManyThereAreAndReadsWhereOneLooks()
     {
         TestStore store;
-        const CapturedLink link = store.add(QString(60'000, u'x'));
+        QList<CapturedLink> links;
+        for (int i = 0; i < 3 * LinkListModel::pageSize; ++i)
+            links.append(makeLink(QString::number(i), i));
+        QVERIFY(store.context().insertAll(links));
         LinkListModel model(store.context());
-        fetchAll(model);
-        QCOMPARE(model.index(0).data().toString(), QString(500, u'x'));
-        store.context().setTitle(link.id, QString(499, u'x') + u"\U0001f600"_s);
+        QCOMPARE(model.rowCount(), links.size());
+        QCOMPARE(model.positionAt(0).id, links.last().id);
+        store.add(u"oldest"_s, -1);
         QCoreApplication::processEvents();
-        QCOMPARE(model.index(0).data().toString(), QString(499, u'x'));
-        QCOMPARE(model.linkAt(0).url, link.url);
+        QCOMPARE(model.rowCount(), links.size() + 1);
+        QCOMPARE(model.positionAt(int(links.size()) - 1).id, links.first().id);
+    }
+
+    void finds_data()
+    {
+        QTest::addColumn<QString>("sought");
+        QTest::addColumn<QStringList>("found");
+        const auto row = [](const char *name, const QString &sought, const QStringList &found) {
+            QTest::newRow(name) << sought << found;
+        };
+        row("address, title and summary", u"TEA"_s, {u"c/tea"_s, u"b"_s, u"a"_s});
+        row("in whatever case", u"straße"_s, {u"b"_s});
+        row("spaces are sought", u" "_s, {u"b"_s, u"a"_s});
+        row("not across two texts", u"bte"_s, {});
+        row("not the hidden", u"hidden"_s, {});
+    }
+
+    void finds()
+    {
+        QFETCH(QString, sought);
+        TestStore store;
+        const CapturedLink a = store.add(u"a"_s, 1), b = store.add(u"b"_s, 2);
+        store.add(u"c/tea"_s, 3);
+        const CapturedLink hidden = store.add(u"hidden"_s, 4);
+        store.context().setSummary(a.id, u"On Tea."_s);
+        store.context().setTitle(b.id, u"Tea in the STRASSE"_s);
+        QVERIFY(store.context().hide({hidden.id}));
+        LinkListModel model(store.context());
+        model.setSearchText(sought);
+        QStringList found;
+        for (int row = 0; row < model.rowCount(); ++row)
+            found.append(store.context().link(model.positionAt(row).id)->url);
+        QTEST(found, "found");
+        model.setSearchText({});
+        QCOMPARE(model.rowCount(), 3);
     }
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "TestStore.h"
 
+#include <algorithm>
 #include <csignal>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -58,9 +59,14 @@ QStringList TestStore::visible(int pageSize) const
         const auto after = links.isEmpty() ? std::nullopt : std::optional(positionOf(links.last()));
         const auto page = context().visibleNewestFirst(after, pageSize);
         if (!page || page->isEmpty())
-            return urlsOf(links);
+            break;
         links += *page;
     }
+    const auto positions = context().visiblePositions({}, -1);
+    const bool isSame =
+        std::equal(links.begin(), links.end(), positions->begin(), positions->end(),
+                   [](const auto &link, const auto &position) { return link.id == position.id; });
+    return isSame ? urlsOf(links) : QStringList{QStringLiteral("the places are others")};
 }
 
 FullDisk::FullDisk()

@@ -78,9 +78,7 @@ private Q_SLOTS:
         const CapturedLink link = panel.store.add(u"https://a.example/x"_s);
         if (title)
             panel.store.context().setTitle(link.id, *title);
-        panel.model.links().fetchMore({});
-        const LinkRow row = panel.model.row(0);
-        QCOMPARE(row.id, link.id);
+        const LinkRow row = panel.model.row(positionOf(link));
         QCOMPARE(row.title, shown);
         QCOMPARE(row.time, u"11:13\u202fPM"_s); // 22:13 UTC, an hour later in Berlin
         QVERIFY(!row.summary);

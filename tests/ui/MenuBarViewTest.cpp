@@ -2,14 +2,17 @@
 #include "MenuBarView.h"
 
 #include "Card.h"
+#include "ElidedLabel.h"
 #include "IconButton.h"
 #include "PanelPlacement.h"
 #include "Spinner.h"
 #include "TestPanel.h"
 #include "TintedIcon.h"
 
+#include <QClipboard>
 #include <QDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -23,10 +26,13 @@ namespace
 
 bool showsLabel(const MenuBarView &panel, const QString &text)
 {
-    const auto labels = panel.findChildren<QLabel *>();
-    return std::any_of(labels.begin(), labels.end(), [&text](const QLabel *label) {
+    const auto shows = [&text](const auto *label) {
         return label->isVisible() && label->text() == text;
-    });
+    };
+    const auto labels = panel.findChildren<QLabel *>();
+    const auto elided = panel.findChildren<ElidedLabel *>();
+    return std::any_of(labels.begin(), labels.end(), shows)
+        || std::any_of(elided.begin(), elided.end(), shows);
 }
 
 IconButton *buttonOf(const MenuBarView &panel, QStringView name)
@@ -98,7 +104,7 @@ private Q_SLOTS:
         panel.addLinks(1);
         QVERIFY(!showsLabel(view, u"No Links Yet"_s));
         QTRY_COMPARE(view.findChild<LinkListView *>()->rowsInView().size(), 1);
-        panel.model.remove(panel.model.links().linkAt(0).id);
+        panel.model.remove(panel.model.links().positionAt(0).id);
         panel.settle();
         QVERIFY(showsLabel(view, u"No Links Yet"_s));
     }
@@ -227,18 +233,103 @@ private Q_SLOTS:
         QVERIFY(!view.isVisible());
     }
 
+    void typingFinds()
+    {
+        TestPanel panel;
+        panel.addLinks(30);
+        panel.addSummarized(u"https://b.example/"_s, 99, u"A page about 7 sorts of tea."_s);
+        MenuBarView view(panel.model, {});
+        view.showAsPanel({});
+        QVERIFY(QTest::qWaitForWindowActive(&view));
+        auto &list = *view.findChild<LinkListView *>();
+        auto &line = *view.findChild<QLineEdit *>();
+        const auto press = [](Qt::Key key, const QString &text = {}) {
+            QTest::sendKeyEvent(QTest::Click, QApplication::focusWidget(), key, text, {});
+            TestPanel::settle();
+        };
+        press(Qt::Key_Space, u" "_s);
+        QVERIFY(!line.isVisible());
+        press(Qt::Key_7, u"7"_s);
+        QVERIFY(line.hasFocus());
+        QVERIFY(showsLabel(view, u"4 of 31 links"_s));
+        press(Qt::Key_Down);
+        press(Qt::Key_Down);
+        QCOMPARE(list.rowsInView().size(), 4);
+        QVERIFY(list.rowsInView().at(1)->hasFocus());
+        press(Qt::Key_Return);
+        press(Qt::Key_Delete);
+        QCOMPARE(panel.browser.opened, {u"https://a.example/27"_s});
+        QVERIFY(showsLabel(view, u"3 of 30 links"_s));
+        press(Qt::Key_1, u"1"_s); // goes on from the list
+        QCOMPARE(line.text(), u"71"_s);
+        QCOMPARE(list.rowsInView().size(), 0);
+        press(Qt::Key_Return);
+        press(Qt::Key_Backspace);
+        press(Qt::Key_Return); // opens the first
+        QCOMPARE(panel.browser.opened.last(), u"https://b.example/"_s);
+
+        press(Qt::Key_Escape);
+        QVERIFY(line.isVisible());
+        QVERIFY(showsLabel(view, u"30 links"_s));
+        press(Qt::Key_Escape);
+        QVERIFY(!line.isVisible());
+        press(Qt::Key_7, u"7"_s);
+        view.hide();
+        QVERIFY(!panel.model.isSearching());
+        view.showAsPanel({});
+        QVERIFY(!line.isVisible());
+    }
+
+    void pastingAddsAndTellsWhatCameOfIt_data()
+    {
+        QTest::addColumn<QString>("copied");
+        QTest::addColumn<QString>("answer");
+        QTest::newRow("new") << u"https://new.example/"_s << u"The link was added."_s;
+        QTest::newRow("stored") << u" https://a.example/0/ "_s << u"The link is already there."_s;
+        QTest::newRow("excluded") << u"https://www.ads.example/"_s
+                                  << u"Links of this domain are excluded."_s;
+        QTest::newRow("no address") << u"new.example"_s << u"The clipboard holds no web address."_s;
+    }
+
+    void pastingAddsAndTellsWhatCameOfIt()
+    {
+        QFETCH(QString, copied);
+        QFETCH(QString, answer);
+        TestPanel panel;
+        panel.addLinks(1);
+        QVERIFY(panel.store.context().insert(ExcludedDomain{{}, u"ads.example"_s, {}}));
+        MenuBarView view(panel.model, {});
+        view.showAsPanel({});
+        panel.clipboard.stopReading(); // as while capturing is paused
+        panel.clipboard.copy(copied);
+        QGuiApplication::clipboard()->setText(copied);
+        QTest::keyClick(&view, Qt::Key_V, Qt::ControlModifier);
+        QVERIFY(showsLabel(view, answer));
+        const bool isNew = copied.contains(u"new.example/");
+        QCOMPARE(panel.store.visible().size(), isNew ? 2 : 1);
+        QTRY_COMPARE(panel.web.requests().size(), isNew ? 1 : 0); // for the title
+        panel.store.clock.advance(5s);
+        QVERIFY(!showsLabel(view, answer));
+    }
+
     void opensAnewEachTime()
     {
         TestPanel panel;
         panel.addLinks(100);
         MenuBarView view(panel.model, {});
         view.showAsPanel({});
+        QVERIFY(QTest::qWaitForWindowActive(&view));
         auto &list = *view.findChild<LinkListView *>();
+        panel.store.context().setSummary(list.rowsInView().front()->id(), u"On tea."_s);
+        list.setCurrent(0);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+        QTRY_VERIFY(list.rowsInView().front()->isExpanded());
         list.setCurrent(50);
         view.hide();
         panel.store.clock.setWallClock(panel.store.clock.now() + 24h);
         view.showAsPanel({});
-        QCOMPARE(list.rowsInView().front()->id(), panel.model.links().linkAt(0).id);
+        QCOMPARE(list.rowsInView().front()->id(), panel.model.links().positionAt(0).id);
+        QVERIFY(!list.rowsInView().front()->isExpanded());
         QCOMPARE(panel.model.todayText(), u"0 today"_s);
     }
 

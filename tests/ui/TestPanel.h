@@ -26,9 +26,14 @@ struct TestPanel {
     LocalMLService mlService{AppInfo(QString()), store.clock};
     WebContentExtractor extractor{web, pages, store.clock};
     SummaryService summaries{store.context(), mlService, extractor, store.clock};
-    MenuBarViewModel model{{store.context(), clipboard, browser, summaries, store.clock}};
+    MenuBarViewModel model{
+        {store.context(), clipboard, browser, summaries, web, pages, store.clock}};
 
-    TestPanel() { clipboard.startReading(); }
+    TestPanel()
+    {
+        clipboard.startReading();
+        pages.setMaxThreadCount(1);
+    }
     /// The oldest is number 0.
     void addLinks(int count)
     {
