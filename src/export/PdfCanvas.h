@@ -16,11 +16,6 @@ struct PdfColor {
     double blue;
 };
 
-struct PdfMetadata {
-    QString title;
-    Instant created;
-};
-
 /// The pages of a PDF, whose bytes go out as they are drawn. Lengths are points, y is measured from
 /// the top edge of the page. One thread and, because fonts are shared, one canvas at a time.
 class PdfCanvas
@@ -29,14 +24,15 @@ public:
     static constexpr double pageWidth = 612; // US Letter
     static constexpr double pageHeight = 792;
 
-    /// The first page is begun. `sink` outlives the canvas.
-    PdfCanvas(const ByteSink &sink, const PdfMetadata &metadata);
+    /// The first page is begun. `sink` outlives the canvas. Without a font nothing is written, and
+    /// nothing can be drawn.
+    PdfCanvas(const ByteSink &sink, Instant created);
     PdfCanvas(const PdfCanvas &) = delete;
     PdfCanvas &operator=(const PdfCanvas &) = delete;
     ~PdfCanvas();
 
-    /// Whether anything can be written at all.
-    bool hasFont() const;
+    /// Whether a font is installed that has the letters of our own words.
+    bool hasFont() const { return m_hasFont; }
     /// Half a point wide.
     void drawRule(double left, double right, double y, const PdfColor &color);
     void beginPage();
@@ -50,6 +46,7 @@ private:
     struct Parts;
 
     std::unique_ptr<Parts> m_parts;
+    bool m_hasFont;
 };
 
 /// `address` is regular, with every character drawn by itself.
@@ -79,12 +76,15 @@ public:
 
 private:
     struct Layout;
+    /// A part of the text that is laid out at once.
     struct Piece {
         std::string_view text;
-        double height;
+        std::optional<bool> isRightToLeft; ///< as the paragraph that it goes on with, if it does
+        double height = 0;
     };
 
     Piece nextPiece(std::string_view rest);
+    void setPiece(const Piece &piece);
 
     std::unique_ptr<Layout> m_layout;
     std::string m_text;

@@ -33,8 +33,8 @@ constexpr PdfColor blue{0, 0.48, 1};
 class PdfPages
 {
 public:
-    PdfPages(const ByteSink &sink, const PdfMetadata &metadata)
-        : m_canvas(sink, metadata)
+    PdfPages(const ByteSink &sink, Instant created)
+        : m_canvas(sink, created)
     {
     }
 
@@ -117,7 +117,7 @@ Expected<void, ExportError> writePdf(const ExportDocument &document, const ByteS
 
     const DateText dates(document.locale, document.zone);
     const auto count = QString::number(document.links.size());
-    PdfPages pages(sink, {u"Strandloom Export"_s, document.now});
+    PdfPages pages(sink, document.now);
     if (!pages.canvas().hasFont())
         return Unexpected{ExportError{ExportError::Kind::noFont}};
     pages.addHeader(u"Exported on "_s + dates.longDate(document.now) + u" • " + count + u" links");

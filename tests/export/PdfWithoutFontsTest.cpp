@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ExportFile.h"
 #include "ExportSamples.h"
+#include "PdfWriter.h"
 
 #include <QDir>
 #include <QFile>
@@ -25,6 +26,12 @@ private Q_SLOTS:
     void saysThatNoFontIsInstalled()
     {
         const QString path = m_folder.filePath(u"links.pdf"_s);
+        QByteArray bytes;
+        QVERIFY(!writePdf(makeDocument({}), [&bytes](QByteArrayView part) {
+            bytes.append(part);
+            return true;
+        }));
+        QVERIFY(bytes.isEmpty());
         const auto result = exportToFile(makeDocument({}), ExportFormat::pdf, path);
         QVERIFY(!result);
         QCOMPARE(description(result.error()),

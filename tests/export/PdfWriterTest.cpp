@@ -63,6 +63,9 @@ private Q_SLOTS:
     void breaksPages();
     void isAWholeDocumentWithItsFonts();
     void holdsEveryTextInOrder();
+    void slantsNothingByForce();
+    void drawsEmojiOnceAndSharp();
+    void keepsTheDirectionOfALongText();
     void givesTheSameBytesForTheSameDocument();
     void drawsWhateverComes_data();
     void drawsWhateverComes();
@@ -112,7 +115,8 @@ void PdfWriterTest::putsTheHeaderAndTheFirstLinkInTheirPlaces()
     const double baselines[] = {75.656, 100.828, 144.966, 164.759};
     for (int i = 0; i < 4; ++i) {
         QCOMPARE(placed[i].x, 50.0);
-        QVERIFY(qAbs(placed[i].y - baselines[i]) < 0.001);
+        QVERIFY2(qAbs(placed[i].y - baselines[i]) < 0.002,
+                 qPrintable(QString::number(placed[i].y)));
     }
     const QByteArray plain = outputOf(u"qpdf"_s, {u"--qdf"_s, u"IN"_s, u"-"_s}, pdf);
     QVERIFY(plain.contains(" 50 115 m 562 115 l S"));
@@ -202,6 +206,8 @@ QList<CapturedLink> manyLanguages()
         makeLink(u"https://ru.example/статья"_s, u"Русский заголовок"_s, u"Краткое"_s),
         makeLink(u"https://ko.example"_s, u"한국어 제목"_s, u"짧은 요약입니다"_s),
         makeLink(u"https://el.example"_s, u"Ελληνικός τίτλος"_s, u"Σύντομη περίληψη"_s),
+        makeLink(u"https://emoji.example"_s, u"Well done 🎉 twice 🎉"_s,
+                 u"By 👩‍🔬 of 🇨🇭 today"_s),
         makeLink(u"https://vi.example"_s, u"Tiêu đề tiếng Việt"_s, u"Tóm tắt ngắn"_s),
     };
     return links;
@@ -222,9 +228,11 @@ void PdfWriterTest::isAWholeDocumentWithItsFonts()
     QVERIFY(outputOf(u"qpdf"_s, {u"--check"_s, u"IN"_s}, pdf).contains("No syntax"));
     const QByteArray facts = outputOf(u"pdfinfo"_s, {u"IN"_s}, pdf);
     for (const char *const fact :
-         {"Pages:           2\n", "612 x 792 pts (letter)", "Title:           Strandloom Export\n",
-          "Producer:        cairo", "CreationDate:    Fri Nov 21 08:05:00 2025"})
+         {"Pages:           2\n", "612 x 792 pts (letter)", "Producer:        cairo",
+          "CreationDate:    Fri Nov 21 08:05:00 2025"})
         QVERIFY2(facts.contains(fact), fact);
+    for (const char *const auxiliary : {"Title:", "Author:", "Creator:"})
+        QVERIFY2(!facts.contains(auxiliary), auxiliary);
 
     auto fonts = outputOf(u"pdffonts"_s, {u"IN"_s}, pdf).split('\n').sliced(2);
     fonts.removeAll(QByteArray());
@@ -245,6 +253,47 @@ void PdfWriterTest::holdsEveryTextInOrder()
             place += bare(expected).size();
         }
     }
+}
+
+void PdfWriterTest::slantsNothingByForce()
+{
+    const QString plain = QString::fromLatin1(
+        outputOf(u"qpdf"_s, {u"--qdf"_s, u"IN"_s, u"-"_s}, pdfOf(makeDocument(manyLanguages()))));
+    static const QRegularExpression matrix(u"^\\S+ (\\S+) (\\S+) \\S+ \\S+ \\S+ Tm$"_s,
+                                           QRegularExpression::MultilineOption);
+    auto matrices = matrix.globalMatch(plain);
+    QVERIFY(matrices.hasNext());
+    while (matrices.hasNext()) {
+        const auto match = matrices.next();
+        QVERIFY2(match.captured(1).toDouble() == 0 && match.captured(2).toDouble() == 0,
+                 qPrintable(match.captured()));
+    }
+}
+
+void PdfWriterTest::drawsEmojiOnceAndSharp()
+{
+    const QString plain = QString::fromLatin1(
+        outputOf(u"qpdf"_s, {u"--qdf"_s, u"IN"_s, u"-"_s},
+                 pdfOf(makeDocument({makeLink(u"https://a.example"_s, u"🎉 🎉"_s)}))));
+    QCOMPARE(plain.count(u"/Subtype /Image"), 2); // its colours and how opaque they are
+    static const QRegularExpression width(u"/Width (\\d+)"_s);
+    QVERIFY(width.match(plain).captured(1).toInt() >= 14 * 300 / 72);
+}
+
+void PdfWriterTest::keepsTheDirectionOfALongText()
+{
+    const QString text =
+        u"بداية "_s + QString(u"all these words are English ones "_s).repeated(150);
+    const auto boxes =
+        QString::fromUtf8(outputOf(u"pdftotext"_s, {u"-bbox-layout"_s, u"IN"_s, u"-"_s},
+                                   pdfOf(makeDocument({makeLink(u"u"_s, u"t"_s, text)}))));
+    static const QRegularExpression line(u"<line xMin=\"6\\S+ yMin=\\S+ xMax=\"([\\d.]+)"_s);
+    QStringList ends;
+    for (auto found = line.globalMatch(boxes); found.hasNext();)
+        ends.append(found.next().captured(1));
+    QVERIFY(ends.size() > 40);
+    for (const QString &end : ends)
+        QVERIFY2(end.toDouble() > 560, qPrintable(end));
 }
 
 void PdfWriterTest::givesTheSameBytesForTheSameDocument()
@@ -310,6 +359,8 @@ int main(int count, char **arguments)
     config.write("<?xml version='1.0'?><!DOCTYPE fontconfig SYSTEM 'fonts.dtd'><fontconfig>"
                  "<dir>/usr/share/fonts/truetype/noto</dir>"
                  "<dir>/usr/share/fonts/opentype/noto</dir>"
+                 "<include>/usr/share/fontconfig/conf.avail/10-scale-bitmap-fonts.conf</include>"
+                 "<include>/usr/share/fontconfig/conf.avail/90-synthetic.conf</include>"
                  "<cachedir>/var/cache/fontconfig</cachedir></fontconfig>");
     config.close();
     qputenv("FONTCONFIG_FILE", QFile::encodeName(config.fileName()));
