@@ -53,7 +53,7 @@ void SelectionReader::abandon()
 void SelectionReader::retireWindow()
 {
     clearTransfer(m_window);
-    m_retired.append({m_window, QDeadlineTimer(m_limits.total), m_isIncremental});
+    m_retired.append({m_window, QDeadlineTimer(m_limits.total)});
     if (m_retired.size() > maxRetired)
         xcb_destroy_window(m_connection.xcb(), m_retired.takeFirst().window);
     m_window = m_connection.makeWindow();
@@ -82,8 +82,6 @@ void SelectionReader::askForText()
 
 void SelectionReader::selectionAnswered(const xcb_selection_notify_event_t &event)
 {
-    for (Retired &retired : m_retired)
-        retired.isAnswered |= retired.window == event.requestor;
     if (!isReading() || m_isIncremental || event.requestor != m_window || event.target != m_target)
         return; // to a question given up
     if (event.property == XCB_NONE)
@@ -122,13 +120,6 @@ void SelectionReader::propertyChanged(const xcb_property_notify_event_t &event)
         appendIncrement();
 }
 
-qsizetype SelectionReader::unanswered() const
-{
-    return std::count_if(m_retired.cbegin(), m_retired.cend(), [](const Retired &retired) {
-        return !retired.isAnswered && !retired.deadline.hasExpired();
-    });
-}
-
 /// An owner whose increments nobody takes away waits for ever, and serves nobody else.
 void SelectionReader::discard(xcb_window_t window) const
 {
@@ -150,8 +141,8 @@ void SelectionReader::appendIncrement()
     m_step.start(m_limits.step);
     if (!increment.data.isEmpty())
         return;
-    retireWindow(); // an owner that writes on must not spoil the next answer
     m_isIncremental = false;
+    retireWindow(); // an owner that writes on must not spoil the next answer
     accept(increment.type, std::exchange(m_increments, {}));
 }
 

@@ -24,8 +24,6 @@ public:
     /// Starts to read what was copied at `time`; gives up what was being read before.
     void read(xcb_timestamp_t time);
     void abandon();
-    /// How many questions that were given up may still be answered.
-    qsizetype unanswered() const;
     bool isReading() const { return m_stage != Stage::idle; }
     /// What the owner offered at the last reading.
     const QList<xcb_atom_t> &offered() const { return m_offered; }
@@ -43,7 +41,6 @@ private:
     struct Retired {
         xcb_window_t window;
         QDeadlineTimer deadline;
-        bool isAnswered;
     };
 
     void ask(Stage stage, xcb_atom_t target);

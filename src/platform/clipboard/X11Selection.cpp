@@ -13,10 +13,10 @@ namespace
 
 /// A surge of owner changes must not keep this thread from all else.
 constexpr int maxEventsAtOnce = 1000;
-/// Between two questions: a program that copies without pause has to answer them one by one.
+/// Between two questions, which a program that copies without pause has to answer one by one.
 constexpr auto readingPause = 5ms;
-constexpr auto longReadingPause = 200ms; // to one that leaves many unanswered
-constexpr int manyUnanswered = 8;
+constexpr auto longReadingPause = 200ms; // when there were too many changes to be copies
+constexpr qint64 tooManyChanges = 100;
 
 template <typename T>
 const T &as(const xcb_generic_event_t &event)
@@ -166,6 +166,7 @@ void X11Selection::follow()
     if (m_changes.isEmpty())
         return;
     m_reader.abandon();
+    m_changesUnread += m_changes.count;
     m_ledger.ownerChanged(std::exchange(m_changes, {}));
     m_isReadingDue = false;
     if (!m_isReading)
@@ -183,7 +184,8 @@ void X11Selection::follow()
 void X11Selection::read()
 {
     m_isReadingDue = false;
-    m_readingPause.start(m_reader.unanswered() < manyUnanswered ? readingPause : longReadingPause);
+    m_readingPause.start(std::exchange(m_changesUnread, 0) < tooManyChanges ? readingPause
+                                                                            : longReadingPause);
     m_readOwner = m_owner;
     m_reader.read(m_ownedSince);
 }

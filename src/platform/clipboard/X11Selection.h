@@ -57,6 +57,7 @@ private:
     QTimer m_readingPause;
 
     bool m_isReading = false;
+    qint64 m_changesUnread = 0; // since the last question
     bool m_isReadingDue = false; // after the pause
     bool m_isLost = false;
     bool m_isHandingOver = false;
