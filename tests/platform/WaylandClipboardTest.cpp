@@ -109,7 +109,7 @@ private Q_SLOTS:
         QCOMPARE(clipboard->changeCount(), 201);
     }
 
-    void countsButNeverAsksBeforeReading()
+    void countsButNeverAsksUnlessReading()
     {
         Program compositor = small();
         compositor.tell("copy");
@@ -123,6 +123,13 @@ private Q_SLOTS:
         clipboard->setText(u"ours"_s);
         QTRY_COMPARE(clipboard->text(), u"ours"_s);
         QCOMPARE(clipboard->changeCount(), 2);
+
+        compositor.signal(SIGSTOP);
+        clipboard->startReading(); // which the compositor does not hear of before
+        clipboard->stopReading();
+        compositor.signal(SIGCONT);
+        compositor.tell("copy");
+        QTRY_COMPARE(clipboard->changeCount(), 3);
         QVERIFY(!compositor.hasSaid("asked for text/plain;charset=utf-8"));
         QVERIFY(!compositor.hasSaid("asked for text/plain"));
     }

@@ -244,6 +244,7 @@ private Q_SLOTS:
         const auto clipboard = makeClipboard<X11Clipboard>(m_server.display());
         clipboard->setText(u"connected"_s);
         QTRY_COMPARE(clipboard->changeCount(), 1);
+        QTRY_VERIFY(manager.isEmpty() || timesManagerSaid("kept") == 1);
         const TextsTold heard(*clipboard);
         bool isReading = false;
         for (const QString &step : steps) {
