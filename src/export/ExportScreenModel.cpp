@@ -3,10 +3,19 @@
 
 #include "Clock.h"
 #include "DebugLog.h"
+#include "async/LoopTurn.h"
 
 #include <QScopeGuard>
 
 using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// Links, between which the main loop goes on.
+constexpr qsizetype hiddenAtOnce = 500;
+
+} // namespace
 
 ExportScreenModel::ExportScreenModel(ExportService &service, Traits traits)
     : m_service(service)
@@ -107,7 +116,7 @@ Task<ExportResult> ExportScreenModel::exportTo(QString path)
         co_return written;
     logStep(u"Export successful to: "_s + path);
     if (m_clearAfterExport)
-        clear(*links);
+        co_await clear(*links);
     co_return written;
 }
 
@@ -116,13 +125,17 @@ LinkSelection ExportScreenModel::selection() const
     return {dates(), m_searchText, m_search};
 }
 
-void ExportScreenModel::clear(const QList<CapturedLink> &links)
+Task<> ExportScreenModel::clear(QList<CapturedLink> links)
 {
-    QList<LinkId> ids;
-    for (const CapturedLink &link : links)
-        ids.append(link.id);
-    if (const auto hidden = m_service.parts().modelContext.hideExported(ids); !hidden)
-        debugLog(u"Failed to clear the list after an export: "_s + description(hidden.error()));
+    for (qsizetype done = 0; done < links.size(); done += hiddenAtOnce) {
+        QList<LinkId> ids;
+        for (const CapturedLink &link : links.mid(done, hiddenAtOnce))
+            ids.append(link.id);
+        if (const auto hidden = m_service.parts().modelContext.hideExported(ids); !hidden)
+            debugLog(u"Failed to clear the list after an export: "_s + description(hidden.error()));
+        LoopTurn turn;
+        co_await turn;
+    }
 }
 
 void ExportScreenModel::logStep(const QString &line) const

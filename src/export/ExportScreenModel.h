@@ -69,7 +69,7 @@ private:
     Task<> writeMissingSummaries();
     Task<ExportResult> exportTo(QString path);
     LinkSelection selection() const;
-    void clear(const QList<CapturedLink> &links);
+    Task<> clear(QList<CapturedLink> links);
     void logStep(const QString &line) const;
 
     ExportService &m_service;
