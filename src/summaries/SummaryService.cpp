@@ -75,6 +75,8 @@ Task<std::optional<QString>> SummaryService::summarize(LinkId id)
 
 Task<> SummaryService::summarizeAll(QList<LinkId> ids)
 {
+    if (withoutSummary(ids).isEmpty())
+        co_return; // without waiting for the batch before
     m_tasks.start(runBatch(ids)); // in the queue from here on
     Turn afterBatch(m_batches);
     co_await afterBatch;

@@ -146,12 +146,18 @@ private Q_SLOTS:
         QVERIFY(!desk.service->isSummarizing() && !desk.service->currentProgress());
     }
 
-    void touchesNothingWhenNothingIsMissing()
+    void returnsAtOnceWhenNothingIsMissing()
     {
         Desk desk;
-        const QSignalSpy busy(desk.service.get(), &SummaryService::isSummarizingChanged);
-        desk.start({desk.addLink(u"http://a.org"_s, {}, u"S"_s), QUuid::createUuid()});
-        QVERIFY(desk.waiters.isEmpty() && busy.isEmpty() && desk.progress.isEmpty());
+        const QList<LinkId> done{desk.addLink(u"http://a.org"_s, {}, u"S"_s), QUuid::createUuid()};
+        desk.start(done);
+        QVERIFY(desk.waiters.isEmpty() && desk.progress.isEmpty());
+        desk.http.answerWith([](const HttpRequest &) { return page("T"); });
+        desk.start({desk.addLink(u"http://b.org"_s)});
+        Scope besides; // the batch that runs
+        besides.start(desk.service->summarizeAll(done));
+        QVERIFY(besides.isEmpty() && !desk.waiters.isEmpty());
+        QVERIFY(desk.finish());
     }
 
     void leavesDeletedLinksDeleted()
