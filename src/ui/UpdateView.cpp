@@ -5,8 +5,10 @@
 #include "UrlOpener.h"
 
 #include <QBoxLayout>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 
 using namespace Qt::StringLiterals;
 using Kind = UpdateStatus::Kind;
@@ -104,11 +106,24 @@ void UpdateView::present(const UpdateStatus &status)
     // What comes later may find the user typing elsewhere.
     const bool isAtOnce = status.kind == Kind::checking || status.kind == Kind::fromSystemPackages;
     setAttribute(Qt::WA_ShowWithoutActivating, !isAtOnce);
+    if (!isVisible())
+        place();
     show();
     if (isAtOnce) {
         raise();
         activateWindow();
     }
+}
+
+/// To the middle of the screen in use. The window manager would place it as well; but until it has
+/// told where, a change of the size takes the window into the corner.
+void UpdateView::place()
+{
+    layout()->activate();
+    const QScreen *screen = QGuiApplication::screenAt(QCursor::pos());
+    if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    move(screen->availableGeometry().center() - rect().center());
 }
 
 void UpdateView::openReleasePage()

@@ -22,6 +22,7 @@ public:
     void present(const UpdateStatus &status);
 
 private:
+    void place();
     void openReleasePage();
 
     UrlOpener &m_urlOpener;

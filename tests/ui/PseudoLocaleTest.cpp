@@ -15,6 +15,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QComboBox>
 #include <QLabel>
 #include <QTabBar>
 #include <QTest>
@@ -74,6 +75,10 @@ QStringList faults(const QWidget &window)
         check(*label, label->text(), true);
     for (const QAbstractButton *const button : window.findChildren<QAbstractButton *>())
         check(*button, button->text(), button->width() >= button->minimumSizeHint().width());
+    for (const QComboBox *const picker : window.findChildren<QComboBox *>()) {
+        for (int index = 0; index < picker->count(); ++index)
+            check(*picker, picker->itemText(index), picker->width() >= picker->sizeHint().width());
+    }
     for (const QTabBar *const tabs : window.findChildren<QTabBar *>()) {
         for (int index = 0; index < tabs->count(); ++index)
             check(*tabs, tabs->tabText(index), true);
@@ -113,6 +118,7 @@ private Q_SLOTS:
              {Kind::checking, Kind::upToDate, Kind::newVersion, Kind::fromSystemPackages}) {
             view.present({kind});
             QCoreApplication::processEvents();
+            QVERIFY(view.testAttribute(Qt::WA_Moved)); // else a quick answer moves it to a corner
             QCOMPARE(faults(view).join(u"; "_s), QString());
         }
     }

@@ -7,7 +7,6 @@
 
 #include <array>
 #include <cstring>
-
 #include <xcb/xfixes.h>
 
 namespace
