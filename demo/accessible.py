@@ -62,9 +62,13 @@ class Accessibility:
         self.click(entry, "list item")
         wait_until(lambda: self.find(name, "combo box")["text"] == entry, f"{entry} chosen")
 
+    def try_to(self, action, role, name):
+        """As assistive technology does without a pointer: to "focus" or "press" what begins so. False
+        when there is nothing of the kind."""
+        return self._ask(name=name, role=role, action=action)
+
     def act(self, action, role, name):
-        """As assistive technology does without a pointer: to "focus" or "press" what begins so."""
-        wait_until(lambda: self._ask(name=name, role=role, action=action), f"{action} {name}")
+        wait_until(lambda: self.try_to(action, role, name), f"{action} {name}")
 
     def tree(self, window):
         """A line for each widget of a window: depth, role, name."""
@@ -92,10 +96,10 @@ def main():
 
     def described(node):
         place = Atspi.Component.get_extents(node, Atspi.CoordType.SCREEN)
-        scale = int(os.environ.get("QT_SCALE_FACTOR", "1"))  # the toolkit tells unscaled places
+        scale = float(os.environ.get("QT_SCALE_FACTOR", "1"))  # the toolkit tells unscaled places
         answer = {"role": node.get_role_name(), "name": name_of(node), "states": states(node),
                   "description": node.get_description(),
-                  "place": [value * scale for value in
+                  "place": [round(value * scale) for value in
                             (place.x, place.y, place.width, place.height)]}
         if node.get_role_name() == "combo box":
             answer["text"] = node.get_name()

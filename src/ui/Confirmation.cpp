@@ -4,6 +4,7 @@
 #include "Caption.h"
 #include "FormParts.h"
 
+#include <QApplication>
 #include <QBoxLayout>
 #include <QPushButton>
 
@@ -43,8 +44,15 @@ ConfirmationView::ConfirmationView(const Confirmation &confirmation, QWidget *pa
     column->addLayout(buttons);
 }
 
+bool hasOpenDialog()
+{
+    return QApplication::activeModalWidget();
+}
+
 void confirm(QWidget *screen, const Confirmation &confirmation, std::function<void()> confirmed)
 {
+    if (hasOpenDialog())
+        return;
     auto *const question = new ConfirmationView(confirmation, screen);
     question->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(question, &QDialog::accepted, screen, std::move(confirmed));

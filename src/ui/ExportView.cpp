@@ -90,6 +90,12 @@ ExportView::ExportView(std::shared_ptr<ExportViewModel> model, QWidget *parent)
     refresh();
 }
 
+ExportView::~ExportView()
+{
+    // A running export holds the model, and hears from the dialog that goes with this window.
+    disconnect(m_model.get(), nullptr, this, nullptr);
+}
+
 QLayout *ExportView::makeButtons()
 {
     auto *const cancel = new QPushButton(tr("Cancel"));

@@ -19,13 +19,13 @@ class ExportView : public QDialog
     Q_OBJECT
 public:
     explicit ExportView(std::shared_ptr<ExportViewModel> model, QWidget *parent = nullptr);
+    ~ExportView() override;
 
 protected:
     void mousePressEvent(QMouseEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    void addDates();
     QLayout *makeButtons();
     void refresh();
 

@@ -131,6 +131,16 @@ private Q_SLOTS:
         QVERIFY(desk.dialog.requests.isEmpty());
     }
 
+    void aRunningExportOutlivesTheWindow()
+    {
+        ExportDesk desk;
+        const auto model = std::make_shared<ExportViewModel>(desk.exports);
+        ExportView view(model);
+        auto *const saveDialog = new QObject(&view);
+        connect(saveDialog, &QObject::destroyed, model.get(),
+                [&] { model->setClearAfterExport(true); });
+    }
+
     void theCompactScreenOffersWhatItShould()
     {
         ExportDesk desk;

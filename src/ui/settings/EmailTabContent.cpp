@@ -156,6 +156,8 @@ QLayout *EmailTabContent::makeSending()
 
 void EmailTabContent::showSetup()
 {
+    if (hasOpenDialog())
+        return;
     (new EmailSetupSheet(m_parts, m_model, this))->open();
 }
 
