@@ -89,6 +89,59 @@ class Commands(unittest.TestCase):
                 self.assertIn(own.split("\n\n")[1], help_text)
         self.check(1, "add", "--", "--help", stderr="--help: not a web address")
 
+    def test_help_and_version_need_no_display(self):
+        for option in ("--help", "--version"):
+            done = subprocess.run([BINARY, option], capture_output=True, text=True, env={})
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            self.assertIn("trandloom", done.stdout)
+
+    def test_listing_makes_no_store(self):
+        with Desktop(tray=False) as desktop:
+            done = subprocess.run([BINARY, "list"], env=desktop.environment, capture_output=True)
+            self.assertEqual(done.returncode, 1)
+            self.assertFalse((desktop.home / "data").exists())
+
+    def test_inspect_prints_what_can_be_read_and_names_what_cannot(self):
+        page = b"<title>\xef\xbb\xbfA &amp; B</title><meta name='description' content='What it is about'>"
+        site = Site({"/page": (200, {}, page)})
+        self.addCleanup(site.close)
+        with tempfile.TemporaryDirectory() as folder:
+            file = pathlib.Path(folder) / "page.html"
+            file.write_bytes(page)
+            targets = [site.url("/page"), str(file), site.url("/gone"), folder + "/none",
+                       site.url("/page").replace("//", "///")]
+            done = subprocess.run([BINARY, "inspect", "--url", "https://file.example/x", *targets],
+                                  capture_output=True, text=True, timeout=60)
+        self.assertEqual(done.returncode, 1)
+        pages = [json.loads(line) for line in done.stdout.splitlines()]
+        self.assertEqual([page["target"] for page in pages], targets[:2])
+        self.assertEqual([page["packet"]["domain"] for page in pages],
+                         ["127.0.0.1", "file.example"])
+        for page in pages:
+            self.assertEqual((page["linkTitle"], page["summary"]), ("\ufeffA & B", "What it is about."))
+        self.assertIn(targets[2] + ": Failed to fetch page", done.stderr)
+        self.assertIn(targets[3], done.stderr)
+        self.assertIn(targets[4] + ": The address names no host.", done.stderr)
+
+    def test_list_and_digest_read_beside_the_running_program(self):
+        with Desktop(tray=False) as desktop:
+            program = Program(desktop, BINARY, "--background")
+            program.wait_for_line("Started")
+            self.assertEqual(program.list(), (1, []))
+            program.open_panel()
+            for name in ("One", "two"):
+                desktop.copy(f"https://{name}.example/\u00e9")
+                program.wait_for_line(f"Captured link: https://{name}.example/\u00e9")
+            self.assertEqual([link["url"] for link in program.list("--search", "ONE")[1]],
+                             ["https://One.example/\u00e9"])
+            self.assertEqual(len(program.list("--limit", "1")[1]), 1)
+            digest = desktop.run(BINARY, "digest")
+            self.assertEqual(digest.count('<div class="link-card">'), 2)
+            refused = subprocess.run([BINARY, "digest", "--output", "/nowhere/digest.html"],
+                                     env=desktop.environment, capture_output=True, text=True)
+            self.assertEqual(refused.returncode, 2)
+            self.assertIn("/nowhere/digest.html", refused.stderr)
+
     def test_json_comes_back_as_it_was(self):
         self.import_links()
         exported = self.check(0, "export", "--format", "json", "--output", "-").stdout

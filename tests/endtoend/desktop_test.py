@@ -1,11 +1,14 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""How the real program gets on with the desktop around it: further starts and launchers, trays that
+"""How the real program gets on with the desktop around it: starts, launchers, trays that
 come and go, a pause, and what `doctor` makes of it all."""
 
 import json
+import os
 import pathlib
 import shutil
+import signal
+import socket
 import sqlite3
 import subprocess
 import sys
@@ -21,6 +24,7 @@ from wayland import start_mutter, start_sway
 
 BINARY = str(pathlib.Path(sys.argv.pop(1)).resolve())
 NO_BUS = {"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"}
+FATAL = "Could not create ModelContainer: "
 
 
 def ask(desktop, *options, **environment):
@@ -51,6 +55,89 @@ def damage(path):
         file.write(b"nonsense" * 512)
 
 
+class Starting(unittest.TestCase):
+    def test_many_starts_leave_one_process(self):
+        for environment in ({}, NO_BUS):
+            with self.subTest(environment), Desktop() as desktop:
+                starts = [Program(desktop, BINARY, **environment) for _ in range(50)]
+                wait_until(lambda: sum(s.process.poll() is None for s in starts) == 1, "one process")
+                self.assertEqual({s.process.poll() for s in starts}, {None, 0})
+                desktop.window("Strandloom")
+
+    def test_a_start_that_reaches_nobody_says_so(self):
+        with Desktop(tray=False) as desktop:
+            deaf = dbus.bus.BusConnection(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+            deaf.request_name("app.strandloom")
+            done = subprocess.run([BINARY], env=desktop.environment, capture_output=True, timeout=30)
+            self.assertEqual(done.returncode, 3)
+            self.assertIn(b"does not answer", done.stderr)
+
+    def test_a_lock_that_was_left_behind_signals_nobody(self):
+        with Desktop(tray=False) as desktop:
+            desktop.environment.update(NO_BUS)
+            namesake = shutil.copy("/bin/sleep", desktop.home / "strandloom")
+            stranger = desktop.start(namesake, "60")
+            lock = desktop.home / "runtime/strandloom.lock"
+            lock.write_text(f"{stranger.pid}\nstrandloom\n{socket.gethostname()}\n")
+            done = subprocess.run([BINARY, "--quit"], env=desktop.environment, capture_output=True)
+            self.assertEqual(done.returncode, 3)
+            Program(desktop, BINARY, "--background").wait_for_line("Started")
+            self.assertIsNone(stranger.poll())
+
+    def test_without_a_tray_a_window_opens_unless_in_the_background(self):
+        with Desktop(tray=False) as desktop:
+            background = Program(desktop, BINARY, "--background")
+            background.wait_for_line("Started")
+            time.sleep(6)  # longer than the program waits for a tray
+            self.assertEqual(windows(desktop), [])
+            self.assertEqual(background.quit(), 0)
+            Program(desktop, BINARY)
+            desktop.window("Strandloom")
+
+    def test_quits_cleanly_on_each_signal(self):
+        for number in (signal.SIGTERM, signal.SIGINT):
+            with Desktop() as desktop:
+                program = Program(desktop, BINARY, "--background")
+                program.wait_for_line("Started")
+                program.process.send_signal(number)
+                self.assertEqual(program.process.wait(10), 0)
+
+    def test_an_unusable_store_is_said_and_left_as_it_is(self):
+        def folder_in_its_place(path):
+            path.mkdir()
+
+        faults = {
+            "random": lambda path: path.write_bytes(os.urandom(8192)),
+            "empty": lambda path: path.write_bytes(b""),
+            "folder": folder_in_its_place,
+        }
+        for name, make in faults.items():
+            with self.subTest(name), Desktop(tray=False) as desktop:
+                path = desktop.home / "data/strandloom/strandloom.sqlite"
+                path.parent.mkdir(parents=True)
+                make(path)
+                before = path.read_bytes() if path.is_file() else None
+                program = Program(desktop, BINARY)
+                program.wait_for_line(FATAL)
+                dialog = desktop.window("Strandloom")
+                self.assertEqual(program.list(), (2, []))
+                desktop.run("xdotool", "windowfocus", "--sync", dialog, "key", "Escape")
+                self.assertEqual(program.process.wait(10), 1)
+                self.assertEqual(path.read_bytes() if path.is_file() else None, before)
+
+    def test_twenty_quick_copies_are_twenty_links(self):
+        expected = [f"https://quick.example/{number}" for number in range(20)]
+        with Desktop() as desktop:
+            program = Program(desktop, BINARY)
+            program.wait_for_line("Tray icon shown")
+            program.open_panel()
+            for url in expected:
+                desktop.copy(url)
+                time.sleep(0.02)
+            program.wait_for_line("Captured link: " + expected[-1])
+            self.assertEqual([link["url"] for link in program.list()[1]], expected[::-1])
+
+
 class Activation(unittest.TestCase):
     def test_options_act_on_the_running_program(self):
         for environment in ({}, NO_BUS):
@@ -62,6 +149,8 @@ class Activation(unittest.TestCase):
                     self.assertEqual(ask(desktop, option), 0)
                     desktop.window(title)
                 self.assertEqual(windows(desktop), [])  # and no panel
+                self.assertEqual(ask(desktop), 0)
+                desktop.window("Strandloom")
                 self.assertEqual(ask(desktop, "--quit"), 0)
                 self.assertEqual(program.process.wait(1), 0)
                 for option in ("--quit", "--pause", "--resume"):
@@ -90,6 +179,54 @@ class Activation(unittest.TestCase):
             self.assertRaisesRegex(dbus.DBusException, "no action", activate, "nonsense")
             activate("quit")
             self.assertEqual(program.process.wait(10), 0)
+
+
+class Screens(unittest.TestCase):
+    def test_an_open_dialog_comes_first_and_is_in_nobodys_way(self):
+        with Desktop() as desktop:
+            desktop.start_keyring()
+            program = Program(desktop, BINARY)
+            program.wait_for_line("Tray icon shown")
+            icon = wait_until(desktop.tray_icon, "the icon")
+            self.assertEqual(ask(desktop, "--export"), 0)
+            other = desktop.window("Export Links")
+            desktop.click(*icon)
+            panel = desktop.window("Strandloom")
+            widgets = Accessibility(desktop)
+            for role, name in (("push button", "Settings"), ("page tab", "Email"),
+                               ("push button", "Set Up Email...")):
+                widgets.act("press", role, name)
+            sheet = desktop.window("Resend API Setup")
+
+            def is_open(*expected):
+                return [windows(desktop, title) for title in
+                        ("Resend API Setup", "Strandloom", "Settings")] == list(expected)
+            for act in (lambda: desktop.click(*icon), lambda: ask(desktop),
+                        lambda: ask(desktop, "--settings")):
+                act()
+                time.sleep(0.3)
+                self.assertTrue(is_open([sheet], [panel], []))
+            desktop.run("xdotool", "windowactivate", "--sync", other)  # as to look up the key
+            wait_until(lambda: is_open([sheet], [], []), "the panel to go out of the way")
+            desktop.click(*icon)
+            wait_until(lambda: desktop.run("xdotool", "getactivewindow").strip() == sheet, "the sheet")
+            self.assertTrue(is_open([sheet], [], []))
+            desktop.key("Escape")
+            wait_until(lambda: is_open([], [panel], []), "the panel to come back")
+            widgets.find("Set Up Email...")
+
+    def test_light_and_dark_change_live(self):
+        with Desktop() as desktop:
+            set_scheme = desktop.start_portal("light")
+            program = Program(desktop, BINARY)
+            panel = program.open_panel()
+
+            def brightness():
+                return float(desktop.run("convert", f"x:{panel}", "-format", "%[fx:mean]", "info:"))
+            for scheme, is_right in (("dark", lambda: brightness() < 0.4),
+                                     ("light", lambda: brightness() > 0.8)) * 2:
+                set_scheme(scheme)
+                wait_until(is_right, scheme, 20)
 
 
 class StatusNotifierTray:

@@ -1,0 +1,122 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""A user without a plan, whose acts are drawn from a seed. Whatever was done, the panel opens from the tray,
+takes a key and closes. STRANDLOOM_ACTS says how many acts, STRANDLOOM_SEED which."""
+
+import os
+import pathlib
+import random
+import subprocess
+import sys
+import time
+import unittest
+
+from accessible import Accessibility
+from desktop import Desktop, Program, wait_until, windows
+
+BINARY = str(pathlib.Path(sys.argv.pop(1)).resolve())
+ACTS = int(os.environ.get("STRANDLOOM_ACTS", "40"))
+SEED = int(os.environ.get("STRANDLOOM_SEED", "1"))
+WAYS = [("General", "Check for Updates Now"), ("Email", "Set Up Email..."), ("Excluded",),
+        ("Data", "Clear All History"), ("Data", "Export Links...", "Export")]
+WINDOWS = ("Strandloom", "Settings", "Export Links", "Resend API Setup", "Software Update", "Save")
+
+
+class Acts(unittest.TestCase):
+    def setUp(self):
+        self.desktop = Desktop(size="1400x1000x24")
+        self.addCleanup(self.desktop.close)
+        self.desktop.start_keyring()
+        self.set_scheme = self.desktop.start_portal("light")
+        self.random = random.Random(SEED)
+        self.start("1")
+
+    def start(self, scale):
+        self.desktop.environment["QT_SCALE_FACTOR"] = scale
+        self.program = Program(self.desktop, BINARY)
+        self.program.wait_for_line("Tray icon shown")
+        self.icon = wait_until(self.desktop.tray_icon, "the icon in the tray")
+        self.widgets = Accessibility(self.desktop)
+
+    def rescale(self):
+        self.widgets.process.terminate()
+        self.assertEqual(self.program.quit(), 0)
+        self.start(self.random.choice(["1", "1.25", "1.5", "2"]))
+
+    def turn_wheel(self):
+        x, y = self.random.randrange(900, 1400), self.random.randrange(30, 600)
+        self.desktop.click(x, y, button=self.random.choice([4, 5]))
+
+    def press(self):
+        """Any button or tab of any window, as assistive technology does, which reaches those that a
+        dialog blocks. Quitting is an end, and no act."""
+        found = [(role, name) for window in WINDOWS for _, role, name, _ in self.widgets.tree(window)
+                 if role in ("push button", "page tab") and name and "Quit" not in name]
+        if found:
+            self.widgets.try_to("press", *self.random.choice(found))
+
+    def go(self):
+        """To a screen or a dialog of the panel, as far as the way is free."""
+        self.widgets.try_to("press", "push button", "Settings")
+        tab, *buttons = self.random.choice(WAYS)
+        self.widgets.try_to("press", "page tab", tab)
+        for button in buttons:
+            self.widgets.try_to("press", "push button", button)
+
+    def click_or_start_again(self):
+        time.sleep(0.2)  # what was done before has come about
+        sheet, panel = windows(self.desktop, "Resend API Setup"), windows(self.desktop)
+        if self.random.random() < 0.6:
+            self.desktop.click(*self.icon)
+        else:
+            option = self.random.choice(["--settings", "--export", "--pause", "--resume", None])
+            subprocess.run([BINARY, *filter(None, [option])], env=self.desktop.environment,
+                           timeout=30)
+        time.sleep(0.2)
+        if sheet:  # comes first, and all else stays as it is
+            self.assertEqual((windows(self.desktop, "Resend API Setup"), windows(self.desktop)),
+                             (sheet, panel))
+
+    def the_panel_opens_takes_a_key_and_closes(self):
+        def is_open():
+            return bool(windows(self.desktop))
+
+        for _ in range(30):  # what else is open is closed first, one by one
+            others = windows(self.desktop, f"({'|'.join(WINDOWS)})")
+            if not others:
+                break
+            subprocess.run(["xdotool", "windowactivate", others[-1], "sleep", "0.2", "key", "Escape"],
+                           env=self.desktop.environment, stderr=subprocess.DEVNULL, timeout=30)
+            time.sleep(0.2)
+        self.assertEqual(windows(self.desktop, f"({'|'.join(WINDOWS)})"), [])
+        self.desktop.click(*self.icon)
+        wait_until(is_open, "the panel to open", 10)
+        wait_until(lambda: self.widgets.all("0 links"), "the links", 10)
+        self.desktop.key("Tab")
+        wait_until(lambda: any("focused" in states for _, role, _, states in
+                               self.widgets.tree("Strandloom") if role == "push button"),
+                   "the key to be taken", 10)
+        self.desktop.key("Escape")
+        wait_until(lambda: not is_open(), "the panel to close", 10)
+
+    def test_the_panel_is_never_stuck(self):
+        acts = [(8, self.click_or_start_again), (4, self.go), (4, self.press),
+                (2, lambda: self.desktop.key("Escape")), (3, self.turn_wheel),
+                (1, lambda: self.set_scheme(self.random.choice(["dark", "light"])))]
+        weights, choices = zip(*acts)
+        for number in range(1, ACTS + 1):
+            self.random.choices(choices, weights)[0]()
+            if self.program.process.poll() is not None:
+                self.fail("\n".join([f"it ended at act {number}", *self.program.lines()[-10:]]))
+            if number % 40 == 0:
+                self.the_panel_opens_takes_a_key_and_closes()
+                self.rescale()
+        self.the_panel_opens_takes_a_key_and_closes()
+        settings = self.desktop.home / "config/strandloom/settings.ini"
+        text = settings.read_text() if settings.exists() else ""
+        for key in ("autoPruneDays", "emailSendHour"):
+            self.assertNotIn(key, text, "the wheel changed what it only passed")
+
+
+if __name__ == "__main__":
+    unittest.main()
