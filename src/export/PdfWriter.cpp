@@ -120,7 +120,10 @@ Expected<void, ExportError> writePdf(const ExportDocument &document, const ByteS
     PdfPages pages(sink, document.now);
     if (!pages.canvas().hasFont())
         return Unexpected{ExportError{ExportError::Kind::noFont}};
-    pages.addHeader(u"Exported on "_s + dates.longDate(document.now) + u" • " + count + u" links");
+    const QString today = dates.longDate(document.now);
+    // Marked as a piece of its own, else the count is drawn into a date from right to left.
+    const QString date = dates.isRightToLeft() ? u'\u2068' + today + u'\u2069' : today;
+    pages.addHeader(u"Exported on "_s + date + u" • " + count + u" links");
     for (const CapturedLink &link : document.links) {
         pages.addLink(link, document.layout, dates.mediumDateShortTime(link.copiedAt));
         if (pages.canvas().error())

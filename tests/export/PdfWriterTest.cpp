@@ -124,6 +124,9 @@ void PdfWriterTest::putsTheHeaderAndTheFirstLinkInTheirPlaces()
     const QByteArray empty = pdfOf(makeDocument({}));
     QVERIFY(outputOf(u"pdftotext"_s, {u"IN"_s, u"-"_s}, empty)
                 .contains("Exported on November 21, 2025 • 0 links"));
+    ExportDocument hebrew = makeDocument({});
+    hebrew.locale = u"he_IL"_s;
+    QVERIFY(outputOf(u"pdftotext"_s, {u"IN"_s, u"-"_s}, pdfOf(hebrew)).contains(" • 0 links"));
 }
 
 void PdfWriterTest::ordersTheBlocksOfALink_data()

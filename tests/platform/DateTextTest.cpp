@@ -37,6 +37,15 @@ private Q_SLOTS:
         QTest::newRow("with encoding")
             << u"en_GB.UTF-8"_s << "UTC"_ba << beforeNewYear << u"31 December 2026"_s
             << u"31 Dec 2026, 23:30"_s << u"23:30"_s;
+        QTest::newRow("another script")
+            << u"sr_RS@latin"_s << "UTC"_ba << beforeNewYear << u"31. decembar 2026."_s
+            << u"31. 12. 2026. 23:30"_s << u"23:30"_s;
+        QTest::newRow("too long for a locale")
+            << u"de_DE_"_s + QString(1000, u'x') << "UTC"_ba << beforeNewYear << u"2026 M12 31"_s
+            << u"2026 M12 31 23:30"_s << u"23:30"_s;
+        QTest::newRow("too long for a language")
+            << QString(1000, u'x') << "UTC"_ba << beforeNewYear << u"2026 M12 31"_s
+            << u"2026 M12 31 23:30"_s << u"23:30"_s;
         QTest::newRow("summer time") << u"en_GB"_s << "Europe/London"_ba
                                      << Instant(std::chrono::sys_days(2026y / 7 / 1) + 23h)
                                      << u"2 July 2026"_s << u"2 Jul 2026, 00:00"_s << u"00:00"_s;
@@ -96,7 +105,7 @@ private Q_SLOTS:
                                          << "fr_FR"_ba << u"de_DE"_s;
         QTest::newRow("lang, modified") << ""_ba
                                         << ""_ba
-                                        << "fr_FR.UTF-8@euro"_ba << u"fr_FR"_s;
+                                        << "fr_FR.UTF-8@euro"_ba << u"fr_FR@euro"_s;
         QTest::newRow("neutral") << "C.UTF-8"_ba
                                  << "de_DE"_ba
                                  << ""_ba << u"en_US"_s;

@@ -4,12 +4,16 @@
 #include "MinuteFormat.h"
 
 #include <QDateTime>
+#include <QRegularExpression>
 
 #include <ctime>
 #include <unicode/datefmt.h>
+#include <unicode/localebuilder.h>
 #include <unicode/locid.h>
 #include <unicode/timezone.h>
+#include <unicode/uchar.h>
 #include <unicode/unistr.h>
+#include <unicode/uscript.h>
 
 using namespace Qt::StringLiterals;
 using icu::DateFormat;
@@ -43,13 +47,48 @@ QString localeOfEnvironment()
     return {};
 }
 
+/// ICU knows "sr_Latn_RS", but keeps the modifier of "sr_RS@latin" as one that says nothing.
+icu::Locale withScript(const icu::Locale &place)
+{
+    const int script = u_getPropertyValueEnum(UCHAR_SCRIPT, place.getVariant());
+    if (script == UCHAR_INVALID_CODE)
+        return place;
+    icu::LocaleBuilder builder;
+    builder.setLocale(place).setVariant({});
+    builder.setScript(uscript_getShortName(static_cast<UScriptCode>(script)));
+    UErrorCode error = U_ZERO_ERROR;
+    icu::Locale made = builder.build(error);
+    return U_SUCCESS(error) ? made : place;
+}
+
+/// The locale of a POSIX name; the root where ICU makes nothing of it.
+icu::Locale placeOf(const QString &name)
+{
+    const auto place = icu::Locale::createCanonical(name.toLatin1().constData());
+    if (place.isBogus())
+        return icu::Locale::getRoot();
+    return withScript(place);
+}
+
+/// What `make` makes for the place, in UTC; for no place in particular where it makes nothing.
+Format formatFor(const icu::Locale &place, DateFormat *(*make)(const icu::Locale &))
+{
+    Format made(make(place));
+    if (!made)
+        made.reset(make(icu::Locale::getRoot()));
+    made->setTimeZone(*icu::TimeZone::getGMT());
+    return made;
+}
+
 } // namespace
 
 QString systemLocale()
 {
     const QString locale = localeOfEnvironment();
-    const QString name = locale.section(u'.', 0, 0).section(u'@', 0, 0);
-    const bool isNeutral = name.isEmpty() || name == u"C" || name == u"POSIX";
+    static const QRegularExpression encoding(u"\\.[^@]*"_s);
+    const QString name = QString(locale).remove(encoding);
+    const QString language = name.section(u'@', 0, 0);
+    const bool isNeutral = language.isEmpty() || language == u"C" || language == u"POSIX";
     return isNeutral ? u"en_US"_s : name;
 }
 
@@ -63,16 +102,20 @@ DateText::DateText(const QString &locale, std::optional<QTimeZone> zone)
     : m_zone(std::move(zone))
 {
     tzset(); // the zone may have changed
-    const auto place = icu::Locale::createCanonical(locale.toLatin1().constData());
-    const auto inUtc = [](DateFormat *made) {
-        made->setTimeZone(*icu::TimeZone::getGMT());
-        return Format(made);
+    const icu::Locale place = placeOf(locale);
+    m_isRightToLeft = place.isRightToLeft();
+    const auto longDate = [](const icu::Locale &of) {
+        return DateFormat::createDateInstance(DateFormat::kLong, of);
+    };
+    const auto mediumDateShortTime = [](const icu::Locale &of) {
+        return DateFormat::createDateTimeInstance(DateFormat::kMedium, DateFormat::kShort, of);
+    };
+    const auto shortTime = [](const icu::Locale &of) {
+        return DateFormat::createTimeInstance(DateFormat::kShort, of);
     };
     m_formats = std::make_unique<Formats>(
-        Formats{inUtc(DateFormat::createDateInstance(DateFormat::kLong, place)),
-                MinuteFormat(inUtc(DateFormat::createDateTimeInstance(DateFormat::kMedium,
-                                                                      DateFormat::kShort, place))),
-                inUtc(DateFormat::createTimeInstance(DateFormat::kShort, place))});
+        Formats{formatFor(place, longDate), MinuteFormat(formatFor(place, mediumDateShortTime)),
+                formatFor(place, shortTime)});
 }
 
 DateText::~DateText() = default;

@@ -9,8 +9,9 @@
 #include <memory>
 #include <optional>
 
-/// The locale that the user has chosen for dates, such as "de_DE": the first non-empty of LC_ALL,
-/// LC_TIME and LANG, without the encoding; "en_US" where that is C, POSIX or nothing.
+/// The locale that the user has chosen for dates, such as "de_DE" or "sr_RS@latin": the first
+/// non-empty of LC_ALL, LC_TIME and LANG, without the encoding; "en_US" where that is C, POSIX or
+/// nothing.
 QString systemLocale();
 
 /// Writes dates the way readers of one locale expect them. Making one is slow (milliseconds),
@@ -18,10 +19,12 @@ QString systemLocale();
 class DateText
 {
 public:
-    /// Without `zone` the system's holds.
+    /// A `locale` that nobody knows is as good as none. Without `zone` the system's holds.
     explicit DateText(const QString &locale, std::optional<QTimeZone> zone = std::nullopt);
     ~DateText();
 
+    /// Whether the texts are in a script that is written from right to left.
+    bool isRightToLeft() const { return m_isRightToLeft; }
     /// "November 21, 2026"
     QString longDate(Instant instant) const;
     /// "Nov 21, 2026, 8:05 AM", with a narrow no-break space before "AM"
@@ -35,5 +38,6 @@ private:
     double civilTime(Instant instant) const;
 
     std::optional<QTimeZone> m_zone;
+    bool m_isRightToLeft = false;
     std::unique_ptr<Formats> m_formats;
 };
