@@ -4,9 +4,9 @@
 // line on standard input. As arguments: `deaf`, it never answers a program that is about to go;
 // `unnamed`, it does not tell that it is a manager.
 
-#include "SelectionOwner.h"
-#include "SelectionReader.h"
 #include "X11Connection.h"
+#include "X11SelectionOwner.h"
+#include "X11SelectionReader.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
@@ -35,8 +35,8 @@ private:
 
     const X11Connection &m_connection;
     bool m_isDeaf;
-    SelectionOwner m_owner;
-    SelectionReader m_reader;
+    X11SelectionOwner m_owner;
+    X11SelectionReader m_reader;
     QString m_text;
     xcb_timestamp_t m_time = 0; // of the last change
 };
@@ -62,7 +62,7 @@ SmallClipboardManager::SmallClipboardManager(const X11Connection &connection,
         if (m_connection.isBroken())
             QCoreApplication::exit(1);
     });
-    QObject::connect(&m_reader, &SelectionReader::finished, &m_reader,
+    QObject::connect(&m_reader, &X11SelectionReader::finished, &m_reader,
                      [this](const ClipboardContents &contents) { keep(contents); });
     auto *const picks = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, &m_reader);
     QObject::connect(picks, &QSocketNotifier::activated, &m_reader, [this] {

@@ -43,7 +43,7 @@ X11Selection::X11Selection(std::unique_ptr<X11Connection> connection, CopyLedger
         if (m_isReadingDue)
             read();
     });
-    connect(&m_reader, &SelectionReader::finished, this, &X11Selection::contentsRead);
+    connect(&m_reader, &X11SelectionReader::finished, this, &X11Selection::contentsRead);
     const X11Atoms &atoms = m_connection->atoms();
     for (const xcb_atom_t selection : {atoms.clipboard, atoms.clipboardManager})
         m_connection->watchOwner(selection, m_ownText.window());

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "CopyLedger.h"
-#include "SelectionOwner.h"
-#include "SelectionReader.h"
 #include "X11Connection.h"
+#include "X11SelectionOwner.h"
+#include "X11SelectionReader.h"
 
 #include <QSocketNotifier>
 #include <QTimer>
@@ -51,8 +51,8 @@ private:
     CopyLedger &m_ledger;
     ClipboardLimits m_limits;
     xcb_window_t m_keeper;
-    SelectionOwner m_ownText;
-    SelectionReader m_reader;
+    X11SelectionOwner m_ownText;
+    X11SelectionReader m_reader;
     QSocketNotifier m_readable;
     QTimer m_readingPause;
 

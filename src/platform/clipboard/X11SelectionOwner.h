@@ -11,11 +11,11 @@ class X11Connection;
 
 /// Owns the X11 clipboard with a text of ours, and gives it to whoever asks; large texts in
 /// increments.
-class SelectionOwner
+class X11SelectionOwner
 {
 public:
     /// `connection` outlives the owner.
-    explicit SelectionOwner(const X11Connection &connection);
+    explicit X11SelectionOwner(const X11Connection &connection);
 
     /// The window that owns the clipboard when we do.
     xcb_window_t window() const { return m_window; }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "SelectionReader.h"
+#include "X11SelectionReader.h"
 
 #include "SelectionText.h"
 #include "X11Connection.h"
@@ -16,18 +16,19 @@ constexpr qsizetype maxRetired = 256;
 
 } // namespace
 
-SelectionReader::SelectionReader(const X11Connection &connection, const ClipboardLimits &limits)
+X11SelectionReader::X11SelectionReader(const X11Connection &connection,
+                                       const ClipboardLimits &limits)
     : m_connection(connection)
     , m_limits(limits)
     , m_window(connection.makeWindow())
 {
     for (QTimer *timer : {&m_step, &m_total}) {
         timer->setSingleShot(true);
-        connect(timer, &QTimer::timeout, this, &SelectionReader::giveUp);
+        connect(timer, &QTimer::timeout, this, &X11SelectionReader::giveUp);
     }
 }
 
-void SelectionReader::read(xcb_timestamp_t time)
+void X11SelectionReader::read(xcb_timestamp_t time)
 {
     abandon();
     m_time = time;
@@ -37,7 +38,7 @@ void SelectionReader::read(xcb_timestamp_t time)
     ask(Stage::types, m_connection.atoms().targets);
 }
 
-void SelectionReader::abandon()
+void X11SelectionReader::abandon()
 {
     if (!isReading())
         return;
@@ -50,7 +51,7 @@ void SelectionReader::abandon()
 }
 
 /// The late owner may still write to the window: a program that finds it destroyed dies of that.
-void SelectionReader::retireWindow()
+void X11SelectionReader::retireWindow()
 {
     clearTransfer(m_window);
     m_retired.append({m_window, QDeadlineTimer(m_limits.total)});
@@ -60,7 +61,7 @@ void SelectionReader::retireWindow()
     xcb_flush(m_connection.xcb());
 }
 
-void SelectionReader::ask(Stage stage, xcb_atom_t target)
+void X11SelectionReader::ask(Stage stage, xcb_atom_t target)
 {
     const X11Atoms &atoms = m_connection.atoms();
     m_stage = stage;
@@ -72,7 +73,7 @@ void SelectionReader::ask(Stage stage, xcb_atom_t target)
     m_step.start(m_limits.step);
 }
 
-void SelectionReader::askForText()
+void X11SelectionReader::askForText()
 {
     if (m_textTypes.isEmpty())
         finish({});
@@ -80,7 +81,7 @@ void SelectionReader::askForText()
         ask(Stage::text, m_textTypes.takeFirst());
 }
 
-void SelectionReader::selectionAnswered(const xcb_selection_notify_event_t &event)
+void X11SelectionReader::selectionAnswered(const xcb_selection_notify_event_t &event)
 {
     if (!isReading() || m_isIncremental || event.requestor != m_window || event.target != m_target)
         return; // to a question given up
@@ -98,7 +99,7 @@ void SelectionReader::selectionAnswered(const xcb_selection_notify_event_t &even
     accept(answer.type, answer.data);
 }
 
-void SelectionReader::beginIncrements(const QByteArray &leastSize)
+void X11SelectionReader::beginIncrements(const QByteArray &leastSize)
 {
     quint32 least = 0;
     if (leastSize.size() >= qsizetype(sizeof least))
@@ -110,7 +111,7 @@ void SelectionReader::beginIncrements(const QByteArray &leastSize)
     m_step.start(m_limits.step);
 }
 
-void SelectionReader::propertyChanged(const xcb_property_notify_event_t &event)
+void X11SelectionReader::propertyChanged(const xcb_property_notify_event_t &event)
 {
     if (event.atom != m_connection.atoms().transfer || event.state != XCB_PROPERTY_NEW_VALUE)
         return;
@@ -121,7 +122,7 @@ void SelectionReader::propertyChanged(const xcb_property_notify_event_t &event)
 }
 
 /// An owner whose increments nobody takes away waits for ever, and serves nobody else.
-void SelectionReader::discard(xcb_window_t window) const
+void X11SelectionReader::discard(xcb_window_t window) const
 {
     const auto isStillEmptied = [window](const Retired &retired) {
         return retired.window == window && !retired.deadline.hasExpired();
@@ -130,7 +131,7 @@ void SelectionReader::discard(xcb_window_t window) const
         clearTransfer(window);
 }
 
-void SelectionReader::appendIncrement()
+void X11SelectionReader::appendIncrement()
 {
     const X11Property increment =
         m_connection.property(m_window, m_connection.atoms().transfer, m_limits.textBytes);
@@ -146,7 +147,7 @@ void SelectionReader::appendIncrement()
     accept(increment.type, std::exchange(m_increments, {}));
 }
 
-void SelectionReader::accept(xcb_atom_t type, const QByteArray &data)
+void X11SelectionReader::accept(xcb_atom_t type, const QByteArray &data)
 {
     if (m_stage == Stage::types)
         return acceptTypes(data);
@@ -159,7 +160,7 @@ void SelectionReader::accept(xcb_atom_t type, const QByteArray &data)
     finish({selectionText(data, isLatin1 ? TextCoding::latin1 : TextCoding::utf8)});
 }
 
-void SelectionReader::acceptTypes(const QByteArray &data)
+void X11SelectionReader::acceptTypes(const QByteArray &data)
 {
     const auto *types = reinterpret_cast<const xcb_atom_t *>(data.constData());
     const qsizetype count = std::min(data.size() / qsizetype(sizeof(xcb_atom_t)), maxTypes);
@@ -176,20 +177,20 @@ void SelectionReader::acceptTypes(const QByteArray &data)
         askForText();
 }
 
-void SelectionReader::refused()
+void X11SelectionReader::refused()
 {
     if (m_stage == Stage::types) // an old program that knows only how to give its text
         m_textTypes = {m_connection.atoms().utf8String, m_connection.atoms().string};
     askForText();
 }
 
-void SelectionReader::giveUp()
+void X11SelectionReader::giveUp()
 {
     abandon();
     Q_EMIT finished({});
 }
 
-void SelectionReader::finish(const ClipboardContents &contents)
+void X11SelectionReader::finish(const ClipboardContents &contents)
 {
     m_stage = Stage::idle;
     m_step.stop();
@@ -197,7 +198,7 @@ void SelectionReader::finish(const ClipboardContents &contents)
     Q_EMIT finished(contents);
 }
 
-void SelectionReader::clearTransfer(xcb_window_t window) const
+void X11SelectionReader::clearTransfer(xcb_window_t window) const
 {
     xcb_delete_property(m_connection.xcb(), window, m_connection.atoms().transfer);
     xcb_flush(m_connection.xcb());

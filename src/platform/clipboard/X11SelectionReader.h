@@ -14,12 +14,12 @@ class X11Connection;
 
 /// Asks the owner of the X11 clipboard for its text, one answer after the other: the offered types,
 /// the password hint, then the best text type, in one piece or in increments.
-class SelectionReader : public QObject
+class X11SelectionReader : public QObject
 {
     Q_OBJECT
 public:
     /// `connection` outlives the reader.
-    SelectionReader(const X11Connection &connection, const ClipboardLimits &limits);
+    X11SelectionReader(const X11Connection &connection, const ClipboardLimits &limits);
 
     /// Starts to read what was copied at `time`; gives up what was being read before.
     void read(xcb_timestamp_t time);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "SelectionOwner.h"
+#include "X11SelectionOwner.h"
 
 #include "X11Connection.h"
 
@@ -28,14 +28,14 @@ void watchProperties(const X11Connection &connection, xcb_window_t window, uint3
 
 } // namespace
 
-SelectionOwner::SelectionOwner(const X11Connection &connection)
+X11SelectionOwner::X11SelectionOwner(const X11Connection &connection)
     : m_connection(connection)
     , m_window(connection.makeWindow())
     , m_maxIncrement(connection.maxRequestBytes() - requestHeader)
 {
 }
 
-void SelectionOwner::claim(const QString &text, xcb_timestamp_t time)
+void X11SelectionOwner::claim(const QString &text, xcb_timestamp_t time)
 {
     m_text = text;
     m_time = time;
@@ -43,7 +43,7 @@ void SelectionOwner::claim(const QString &text, xcb_timestamp_t time)
     xcb_flush(m_connection.xcb());
 }
 
-void SelectionOwner::offerToManager(xcb_timestamp_t time) const
+void X11SelectionOwner::offerToManager(xcb_timestamp_t time) const
 {
     const X11Atoms &atoms = m_connection.atoms();
     write(m_connection, m_window, atoms.saved, XCB_ATOM_ATOM,
@@ -53,7 +53,7 @@ void SelectionOwner::offerToManager(xcb_timestamp_t time) const
     xcb_flush(m_connection.xcb());
 }
 
-void SelectionOwner::answer(const xcb_selection_request_event_t &request)
+void X11SelectionOwner::answer(const xcb_selection_request_event_t &request)
 {
     // Programs of old name no property: the target's name then serves for it.
     const xcb_atom_t property = request.property ? request.property : request.target;
@@ -71,14 +71,14 @@ void SelectionOwner::answer(const xcb_selection_request_event_t &request)
     xcb_flush(m_connection.xcb());
 }
 
-bool SelectionOwner::isText(xcb_atom_t target) const
+bool X11SelectionOwner::isText(xcb_atom_t target) const
 {
     const X11Atoms &atoms = m_connection.atoms();
     return target == atoms.utf8String || target == atoms.plainUtf8 || target == atoms.plainUtf8Upper
         || target == atoms.plain || target == atoms.text;
 }
 
-bool SelectionOwner::give(const xcb_selection_request_event_t &request, xcb_atom_t property)
+bool X11SelectionOwner::give(const xcb_selection_request_event_t &request, xcb_atom_t property)
 {
     const X11Atoms &atoms = m_connection.atoms();
     const xcb_window_t window = request.requestor;
@@ -100,8 +100,8 @@ bool SelectionOwner::give(const xcb_selection_request_event_t &request, xcb_atom
     return true;
 }
 
-void SelectionOwner::giveText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
-                              const QByteArray &data)
+void X11SelectionOwner::giveText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type,
+                                 const QByteArray &data)
 {
     if (data.size() <= m_maxIncrement)
         return write(m_connection, window, property, type, data);
@@ -113,7 +113,7 @@ void SelectionOwner::giveText(xcb_window_t window, xcb_atom_t property, xcb_atom
           std::array{quint32(data.size())});
 }
 
-void SelectionOwner::propertyChanged(const xcb_property_notify_event_t &event)
+void X11SelectionOwner::propertyChanged(const xcb_property_notify_event_t &event)
 {
     if (event.state != XCB_PROPERTY_DELETE)
         return;
@@ -129,14 +129,14 @@ void SelectionOwner::propertyChanged(const xcb_property_notify_event_t &event)
     xcb_flush(m_connection.xcb());
 }
 
-void SelectionOwner::giveIncrement(Transfer &transfer) const
+void X11SelectionOwner::giveIncrement(Transfer &transfer) const
 {
     const QByteArray increment = transfer.remaining.left(m_maxIncrement);
     write(m_connection, transfer.window, transfer.property, transfer.type, increment);
     transfer.remaining.remove(0, increment.size());
 }
 
-void SelectionOwner::endTransfer(qsizetype index)
+void X11SelectionOwner::endTransfer(qsizetype index)
 {
     const xcb_window_t window = m_transfers.takeAt(index).window;
     const bool isStillServed = std::any_of(m_transfers.cbegin(), m_transfers.cend(),
