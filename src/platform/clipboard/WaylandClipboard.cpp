@@ -49,10 +49,7 @@ void WaylandClipboard::greeted()
     m_silence.stop();
     if (!m_connection->dataControl())
         return loseConnection(u"The compositor offers no data control"_s);
-    m_selection = std::make_unique<WaylandSelection>(*m_connection, m_ledger, m_limits);
-    connect(m_selection.get(), &WaylandSelection::copied, this, &WaylandClipboard::copied);
-    connect(m_selection.get(), &WaylandSelection::readingStarted, this,
-            &WaylandClipboard::readingStarted);
+    m_selection = std::make_unique<WaylandSelection>(*m_connection, *this, m_ledger, m_limits);
     connect(m_selection.get(), &WaylandSelection::textSettable, this,
             &WaylandClipboard::claimTexts);
     connect(

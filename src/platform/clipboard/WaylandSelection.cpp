@@ -42,9 +42,10 @@ struct WaylandSelectionEvents {
     };
 };
 
-WaylandSelection::WaylandSelection(WaylandConnection &connection, CopyLedger &ledger,
-                                   const ClipboardLimits &limits)
+WaylandSelection::WaylandSelection(WaylandConnection &connection, ClipboardWorker &worker,
+                                   CopyLedger &ledger, const ClipboardLimits &limits)
     : m_connection(connection)
+    , m_worker(worker)
     , m_ledger(ledger)
     , m_limits(limits)
 {
@@ -74,7 +75,7 @@ void WaylandSelection::startReading()
 void WaylandSelection::unreadTold()
 {
     m_isReading = true;
-    Q_EMIT readingStarted();
+    Q_EMIT m_worker.readingStarted();
 }
 
 void WaylandSelection::stopReading()
@@ -162,7 +163,7 @@ void WaylandSelection::settleKnown()
         const auto snapshot = m_ledger.settle(
             change.reader ? *change.reader->contents() : change.contents, *change.announcer);
         if (snapshot)
-            Q_EMIT copied(*snapshot);
+            Q_EMIT m_worker.copied(*snapshot);
     }
 }
 

@@ -17,8 +17,9 @@ class WaylandSelection : public QObject
 {
     Q_OBJECT
 public:
-    /// `connection`, which offers data control, and `ledger` outlive the selection.
-    WaylandSelection(WaylandConnection &connection, CopyLedger &ledger,
+    /// `connection`, which offers data control, `worker`, by which copies are told, and `ledger`
+    /// outlive the selection.
+    WaylandSelection(WaylandConnection &connection, ClipboardWorker &worker, CopyLedger &ledger,
                      const ClipboardLimits &limits);
     ~WaylandSelection() override;
 
@@ -33,8 +34,6 @@ public:
     void abandonReading();
 
 Q_SIGNALS:
-    void copied(const ClipboardSnapshot &snapshot);
-    void readingStarted();
     void textSettable();
     /// The compositor wants no more of us on this connection.
     void finished();
@@ -62,6 +61,7 @@ private:
     const DataSource *sourceOf(const DataOffer &offer) const;
 
     WaylandConnection &m_connection;
+    ClipboardWorker &m_worker;
     CopyLedger &m_ledger;
     ClipboardLimits m_limits;
     WaylandPointer<ext_data_control_device_v1> m_device;

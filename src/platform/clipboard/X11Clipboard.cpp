@@ -61,8 +61,8 @@ void X11Clipboard::start()
     const xcb_window_t windowManager = windowOfManager(*connection);
     const ClipboardReach reach = reachOf(*connection, windowManager);
     const xcb_window_t keeper = reach == ClipboardReach::sharedX11 ? windowManager : XCB_NONE;
-    m_selection = std::make_unique<X11Selection>(std::move(connection), m_ledger, m_limits, keeper);
-    connect(m_selection.get(), &X11Selection::copied, this, &X11Clipboard::copied);
+    m_selection =
+        std::make_unique<X11Selection>(std::move(connection), *this, m_ledger, m_limits, keeper);
     // Queued, since the selection is in the middle of its work when it finds out.
     connect(m_selection.get(), &X11Selection::connectionLost, this, &X11Clipboard::loseConnection,
             Qt::QueuedConnection);

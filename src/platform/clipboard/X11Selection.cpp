@@ -26,9 +26,10 @@ const T &as(const xcb_generic_event_t &event)
 
 } // namespace
 
-X11Selection::X11Selection(std::unique_ptr<X11Connection> connection, CopyLedger &ledger,
-                           const ClipboardLimits &limits, xcb_window_t keeper)
+X11Selection::X11Selection(std::unique_ptr<X11Connection> connection, ClipboardWorker &worker,
+                           CopyLedger &ledger, const ClipboardLimits &limits, xcb_window_t keeper)
     : m_connection(std::move(connection))
+    , m_worker(worker)
     , m_ledger(ledger)
     , m_limits(limits)
     , m_keeper(keeper)
@@ -211,7 +212,7 @@ void X11Selection::contentsRead(const ClipboardContents &contents)
 void X11Selection::settle(const ClipboardContents &contents, Announcer announcer)
 {
     if (const auto snapshot = m_ledger.settle(contents, announcer))
-        Q_EMIT copied(*snapshot);
+        Q_EMIT m_worker.copied(*snapshot);
 }
 
 void X11Selection::handOver()

@@ -16,10 +16,10 @@ class X11Selection : public QObject
 {
     Q_OBJECT
 public:
-    /// `ledger` outlives the selection. `keeper` is a window of the compositor that keeps the texts
-    /// of programs that end, if there is such a one.
-    X11Selection(std::unique_ptr<X11Connection> connection, CopyLedger &ledger,
-                 const ClipboardLimits &limits, xcb_window_t keeper);
+    /// `worker`, by which copies are told, and `ledger` outlive the selection. `keeper` is a window
+    /// of the compositor that keeps the texts of programs that end, if there is such a one.
+    X11Selection(std::unique_ptr<X11Connection> connection, ClipboardWorker &worker,
+                 CopyLedger &ledger, const ClipboardLimits &limits, xcb_window_t keeper);
 
     /// What was copied before this call is counted, but never read.
     void startReading();
@@ -29,7 +29,6 @@ public:
     void handOver();
 
 Q_SIGNALS:
-    void copied(const ClipboardSnapshot &snapshot);
     void connectionLost();
 
 private:
@@ -48,6 +47,7 @@ private:
     bool isOwner() const { return m_owner == m_ownText.window(); }
 
     std::unique_ptr<X11Connection> m_connection;
+    ClipboardWorker &m_worker;
     CopyLedger &m_ledger;
     ClipboardLimits m_limits;
     xcb_window_t m_keeper;
