@@ -57,7 +57,7 @@ QSize Caption::sizeHint() const
 
 QSize Caption::minimumSizeHint() const
 {
-    return {0, fontMetrics().height()};
+    return {0, heightForWidth(QWIDGETSIZE_MAX)}; // by the same measure, which rounds differently
 }
 
 QColor Caption::color() const

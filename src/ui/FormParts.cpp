@@ -51,6 +51,41 @@ public:
     }
 };
 
+/// A button whose text has a colour of its own, on every palette.
+class ColoredButton : public QPushButton
+{
+public:
+    using Choose = QColor (*)(const QPalette &);
+
+    ColoredButton(const QString &text, Choose choose)
+        : QPushButton(text)
+        , m_choose(choose)
+    {
+        colorText();
+    }
+
+protected:
+    void changeEvent(QEvent *event) override
+    {
+        QPushButton::changeEvent(event);
+        if (event->type() == QEvent::PaletteChange)
+            colorText();
+    }
+
+private:
+    void colorText()
+    {
+        const QColor color = m_choose(palette());
+        if (palette().color(QPalette::ButtonText) == color)
+            return;
+        QPalette own;
+        own.setColor(QPalette::ButtonText, color);
+        setPalette(own);
+    }
+
+    Choose m_choose;
+};
+
 } // namespace
 
 QFormLayout *makeForm()
@@ -73,9 +108,19 @@ void addRow(QFormLayout *form, const QString &label, QWidget *control)
 
 QPushButton *destructiveButton(const QString &text)
 {
-    auto *const button = new QPushButton(text);
-    QPalette palette;
-    palette.setColor(QPalette::ButtonText, toneColor(Tone::error, button->palette()));
-    button->setPalette(palette);
-    return button;
+    return new ColoredButton(
+        text, [](const QPalette &palette) { return toneColor(Tone::error, palette); });
+}
+
+QPushButton *linkButton(const QString &text)
+{
+    auto *const link = new ColoredButton(
+        text, [](const QPalette &palette) { return palette.color(QPalette::Link); });
+    link->setFlat(true);
+    link->setAutoDefault(false);
+    link->setCursor(Qt::PointingHandCursor);
+    QFont underlined = link->font();
+    underlined.setUnderline(true);
+    link->setFont(underlined);
+    return link;
 }

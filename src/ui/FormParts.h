@@ -22,3 +22,5 @@ QFormLayout *makeForm();
 void addRow(QFormLayout *form, const QString &label, QWidget *control);
 /// For what cannot be undone.
 QPushButton *destructiveButton(const QString &text);
+/// For what opens a page in the browser.
+QPushButton *linkButton(const QString &text);

@@ -3,6 +3,7 @@
 
 #include "Card.h"
 #include "ElidedLabel.h"
+#include "FormParts.h"
 #include "IconButton.h"
 #include "PanelPlacement.h"
 #include "Spinner.h"
@@ -342,6 +343,15 @@ private Q_SLOTS:
             palette.setColor(QPalette::WindowText, color);
             QApplication::setPalette(palette);
             QCOMPARE(inkOf(icon), color);
+        }
+        const std::unique_ptr<QPushButton> remove(destructiveButton(u"Delete"_s));
+        remove->show();
+        for (const QColor &base : {QColor(Qt::black), QColor(Qt::white)}) {
+            QPalette palette = before;
+            palette.setColor(QPalette::Base, base);
+            QApplication::setPalette(palette);
+            QTRY_COMPARE(remove->palette().color(QPalette::ButtonText),
+                         toneColor(Tone::error, palette));
         }
         QApplication::setPalette(before);
     }

@@ -17,6 +17,8 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QLabel>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTabBar>
 #include <QTest>
 #include <QTranslator>
@@ -139,6 +141,7 @@ private Q_SLOTS:
                 view.resize(panelWidth, view.contentHeight());
                 QCoreApplication::processEvents();
                 QCOMPARE(faults(view).join(u"; "_s), QString());
+                QVERIFY(!view.findChild<QScrollArea *>()->verticalScrollBar()->isVisible());
             }
         }
     }

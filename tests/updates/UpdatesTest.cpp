@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "CurlHttpClient.h"
 #include "FakeClock.h"
 #include "LoopbackServer.h"
 #include "Preferences.h"
-#include "CurlHttpClient.h"
 #include "SignedFeed.h"
 #include "SystemPackages.h"
 #include "UpdaterManager.h"
@@ -234,6 +234,14 @@ private Q_SLOTS:
         serve(feed("8", "2023-12-01T00:00:00Z"));
         feedOf2->checkForUpdates();
         QTRY_COMPARE(lastOf(toldLater).kind, UpdateStatus::Kind::upToDate);
+
+        const auto feedOf3 =
+            controller("1.0"); // which tells of a version once, however often it checks
+        QSignalSpy toldAgain(feedOf3.get(), &UpdateController::statusChanged);
+        const auto requests = server.requests().size();
+        QTRY_VERIFY(
+            (feedOf3->checkForUpdatesInBackground(), server.requests().size() >= requests + 6));
+        QCOMPARE(toldAgain.size(), 1);
     }
 
     void saysWhyAFeedCannotBeFetched_data()

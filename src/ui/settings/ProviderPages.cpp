@@ -2,6 +2,7 @@
 #include "settings/ProviderPages.h"
 
 #include "AppInfo.h"
+#include "FormParts.h"
 #include "UrlOpener.h"
 
 #include <QPushButton>
@@ -11,16 +12,7 @@ QWidget *providerLink(const SettingsParts &parts, QLatin1StringView page, const 
     const auto address = parts.info.value(page);
     if (!address)
         return nullptr;
-    auto *const link = new QPushButton(label);
-    link->setFlat(true);
-    link->setAutoDefault(false);
-    link->setCursor(Qt::PointingHandCursor);
-    QFont underlined = link->font();
-    underlined.setUnderline(true);
-    link->setFont(underlined);
-    QPalette palette;
-    palette.setColor(QPalette::ButtonText, link->palette().color(QPalette::Link));
-    link->setPalette(palette);
+    QPushButton *const link = linkButton(label);
     link->setToolTip(*address);
     QObject::connect(link, &QPushButton::clicked, link,
                      [&opener = parts.urlOpener, url = *address] { opener.open(url); });
