@@ -84,322 +84,303 @@ class HttpClientTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void getsWithinItsLimits_data();
-    void getsWithinItsLimits();
-    void trustsOnlyKnownCertificates();
-    void waitsForAHandshakeWithinItsLimits();
-    void postsOnce_data();
-    void postsOnce();
-    void sendsWhatItIsToldTo();
-    void refusesWhatWouldAskForMoreThanIsWritten();
-    void givesASlowHostFourPlaces();
-    void countsWhatIsSentAsActivity();
-    void countsNoTimeInTheQueue();
-    void endsWithItsScopeAtEachStage();
-    void endsFromWithinAnAnswer();
-    void neverAnswersWithinTheCall();
-};
+    void getsWithinItsLimits_data()
+    {
+        QTest::addColumn<LoopbackServer::Answer>("answer");
+        QTest::addColumn<Failure>("failure");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<qint64>("size");
+        QTest::addColumn<bool>("isTruncated");
+        QTest::addColumn<QString>("message"); // a part of it
+        const auto answered = [](const char *name, const LoopbackServer::Answer &answer, int status,
+                                 qint64 size, bool isTruncated = false) {
+            QTest::newRow(name) << answer << Failure() << status << size << isTruncated
+                                << QString();
+        };
+        const auto fails = [](const char *name, const LoopbackServer::Answer &answer, Kind kind,
+                              const char *message = "") {
+            QTest::newRow(name) << answer << Failure(kind) << 0 << qint64(0) << false
+                                << QString::fromLatin1(message);
+        };
+        const QByteArray ok = "HTTP/1.1 200 OK\r\n";
+        const QByteArray bomb = qCompress(QByteArray(64 * mebibyte, '\0')).mid(4);
 
-void HttpClientTest::getsWithinItsLimits_data()
-{
-    QTest::addColumn<LoopbackServer::Answer>("answer");
-    QTest::addColumn<Failure>("failure");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<qint64>("size");
-    QTest::addColumn<bool>("isTruncated");
-    QTest::addColumn<QString>("message"); // a part of it
-    const auto answered = [](const char *name, const LoopbackServer::Answer &answer, int status,
-                             qint64 size, bool isTruncated = false) {
-        QTest::newRow(name) << answer << Failure() << status << size << isTruncated << QString();
-    };
-    const auto fails = [](const char *name, const LoopbackServer::Answer &answer, Kind kind,
-                          const char *message = "") {
-        QTest::newRow(name) << answer << Failure(kind) << 0 << qint64(0) << false
-                            << QString::fromLatin1(message);
-    };
-    const QByteArray ok = "HTTP/1.1 200 OK\r\n";
-    const QByteArray bomb = qCompress(QByteArray(64 * mebibyte, '\0')).mid(4);
-
-    answered("page", LoopbackServer::reply(200, "hello"), 200, 5);
-    answered("not found", LoopbackServer::reply(404, "no"), 404, 2);
-    answered("compressed",
-             LoopbackServer::reply(200, qCompress(QByteArray(9999, 'a')).mid(4),
-                                   "Content-Encoding: deflate\r\n"),
-             200, 9999);
-    answered("compressed by gzip",
-             LoopbackServer::reply(200,
-                                   QByteArray::fromHex("1f8b08000000000002ffcb48cdc9c907008"
-                                                       "6a6103605000000"),
-                                   "Content-Encoding: gzip\r\n"),
-             200, 5);
-    const QByteArray inUnknown = "Content-Encoding: gzip, UTF-8\r\n";
-    answered("unknown encoding", LoopbackServer::reply(200, "hello", inUnknown), 200, 5);
-    answered(
-        "known encoding behind an unknown one",
-        [inUnknown](QTcpSocket &socket, const QByteArray &request) {
-            const bool isFirst = !request.contains("\r\nCookie:");
-            const auto reply = isFirst ? LoopbackServer::reply(
-                                   302, "x", "Location: /page\r\nSet-Cookie: a=b\r\n" + inUnknown)
-                                       : LoopbackServer::reply(200, qCompress("hello").mid(4),
-                                                               "Content-Encoding: deflate\r\n");
-            reply(socket, request);
-        },
-        200, 5);
-    answered("up to the limit", LoopbackServer::reply(200, QByteArray(mebibyte, 'x')), 200,
-             mebibyte);
-    answered("endless", endless(ok + "\r\n"), 200, mebibyte, true);
-    answered("a gigabyte announced", endless(ok + "Content-Length: 1073741824\r\n\r\n"), 200,
-             mebibyte, true);
-    answered("compressed bomb", LoopbackServer::reply(200, bomb, "Content-Encoding: deflate\r\n"),
-             200, mebibyte, true);
-    fails(
-        "silent", [](QTcpSocket &, const QByteArray &) {}, Kind::timedOut);
-    fails("a byte at a time", drip, Kind::timedOut);
-    fails("a redirect without end",
-          endless(
-              "HTTP/1.1 302 Found\r\nLocation: /elsewhere\r\nContent-Length: 99999999999\r\n\r\n"),
-          Kind::broken);
-    fails("long redirects",
-          LoopbackServer::reply(302, QByteArray(mebibyte, 'x'), "Location: /page\r\n"),
-          Kind::broken);
-    fails("redirect to itself", redirect("/page"), Kind::tooManyRedirects);
-    fails("redirect to a file", redirect("file:///etc/passwd"), Kind::refused);
-    fails("broken chunks", raw(ok + "Transfer-Encoding: chunked\r\n\r\nZZZ\r\nx\r\n"),
-          Kind::broken);
-    fails("oversized header", raw(ok + "X: " + QByteArray(2 * mebibyte, 'x') + "\r\n\r\n"),
-          Kind::broken, "The header of the answer is too large.");
-    fails("many headers", raw(ok + QByteArray("X: y\r\n").repeated(mebibyte) + "\r\n"),
-          Kind::broken, "Too large");
-    fails("other protocol", raw("220 mail.example ESMTP\r\n"), Kind::broken);
-    fails("broken compression",
-          LoopbackServer::reply(200, "not compressed", "Content-Encoding: gzip\r\n"), Kind::broken);
-    fails("half a body", raw(ok + "Content-Length: 100\r\n\r\nhalf"), Kind::broken);
-    fails("reset", reset, Kind::broken);
-}
-
-void HttpClientTest::getsWithinItsLimits()
-{
-    QFETCH(const LoopbackServer::Answer, answer);
-    QFETCH(const Failure, failure);
-    QFETCH(const int, status);
-    QFETCH(const qint64, size);
-    QFETCH(const bool, isTruncated);
-    QFETCH(const QString, message);
-    LoopbackServer server;
-    server.on("/page", answer);
-    CurlHttpClient client;
-    const HttpReply reply = exchange(client, get(server.url("/page")));
-    QCOMPARE(failureOf(reply), failure);
-    if (!reply) {
-        QVERIFY(!reply.error().message.isEmpty());
-        QVERIFY2(reply.error().message.contains(message), qPrintable(reply.error().message));
-        return;
+        answered("page", LoopbackServer::reply(200, "hello"), 200, 5);
+        answered("not found", LoopbackServer::reply(404, "no"), 404, 2);
+        answered("compressed",
+                 LoopbackServer::reply(200, qCompress(QByteArray(9999, 'a')).mid(4),
+                                       "Content-Encoding: deflate\r\n"),
+                 200, 9999);
+        const QByteArray inUnknown = "Content-Encoding: gzip, UTF-8\r\n";
+        answered("unknown encoding", LoopbackServer::reply(200, "hello", inUnknown), 200, 5);
+        answered(
+            "known encoding behind an unknown one",
+            [inUnknown](QTcpSocket &socket, const QByteArray &request) {
+                const bool isFirst = !request.contains("\r\nCookie:");
+                const auto reply = isFirst
+                    ? LoopbackServer::reply(302, "x",
+                                            "Location: /page\r\nSet-Cookie: a=b\r\n" + inUnknown)
+                    : LoopbackServer::reply(200, qCompress("hello").mid(4),
+                                            "Content-Encoding: deflate\r\n");
+                reply(socket, request);
+            },
+            200, 5);
+        answered("up to the limit", LoopbackServer::reply(200, QByteArray(mebibyte, 'x')), 200,
+                 mebibyte);
+        answered("endless", endless(ok + "\r\n"), 200, mebibyte, true);
+        answered("compressed bomb",
+                 LoopbackServer::reply(200, bomb, "Content-Encoding: deflate\r\n"), 200, mebibyte,
+                 true);
+        fails(
+            "silent", [](QTcpSocket &, const QByteArray &) {}, Kind::timedOut);
+        fails("a byte at a time", drip, Kind::timedOut);
+        fails("a redirect without end",
+              endless("HTTP/1.1 302 Found\r\nLocation: /elsewhere\r\nContent-Length: "
+                      "99999999999\r\n\r\n"),
+              Kind::broken);
+        fails("long redirects",
+              LoopbackServer::reply(302, QByteArray(mebibyte, 'x'), "Location: /page\r\n"),
+              Kind::broken);
+        fails("redirect to a file", redirect("file:///etc/passwd"), Kind::refused);
+        fails("broken chunks", raw(ok + "Transfer-Encoding: chunked\r\n\r\nZZZ\r\nx\r\n"),
+              Kind::broken);
+        fails("oversized header", raw(ok + "X: " + QByteArray(2 * mebibyte, 'x') + "\r\n\r\n"),
+              Kind::broken, "The header of the answer is too large.");
+        fails("many headers", raw(ok + QByteArray("X: y\r\n").repeated(mebibyte) + "\r\n"),
+              Kind::broken, "Too large");
+        fails("other protocol", raw("220 mail.example ESMTP\r\n"), Kind::broken);
+        fails("broken compression",
+              LoopbackServer::reply(200, "not compressed", "Content-Encoding: gzip\r\n"),
+              Kind::broken);
+        fails("half a body", raw(ok + "Content-Length: 100\r\n\r\nhalf"), Kind::broken);
+        fails("reset", reset, Kind::broken);
     }
-    QCOMPARE(reply->status, status);
-    QCOMPARE(reply->body.size(), size);
-    QCOMPARE(reply->isTruncated, isTruncated);
-}
 
-void HttpClientTest::trustsOnlyKnownCertificates()
-{
-    LoopbackServer server(LoopbackServer::Scheme::https);
-    server.on("/", LoopbackServer::reply(200, "secret"));
-    CurlHttpClient stranger;
-    QCOMPARE(failureOf(exchange(stranger, get(server.url("/")))), Failure(Kind::tls));
-    CurlHttpClient friendly(HttpNetwork{isPublicAddress, server.caFile()});
-    QCOMPARE(failureOf(exchange(friendly, get(server.url("/")))), Failure());
-}
-
-void HttpClientTest::waitsForAHandshakeWithinItsLimits()
-{
-    QTcpServer server; // takes connections and says nothing
-    QVERIFY(server.listen(QHostAddress::LocalHost));
-    CurlHttpClient client;
-    const QByteArray url = "https://127.0.0.1:" + QByteArray::number(server.serverPort());
-    QCOMPARE(failureOf(exchange(client, get(url))), Failure(Kind::timedOut));
-}
-
-void HttpClientTest::postsOnce_data()
-{
-    QTest::addColumn<LoopbackServer::Answer>("answer");
-    QTest::addColumn<Failure>("failure");
-    QTest::addColumn<int>("status");
-    QTest::newRow("accepted") << LoopbackServer::reply(200, "{}") << Failure() << 200;
-    QTest::newRow("redirected") << redirect("/elsewhere") << Failure() << 302;
-    QTest::newRow("reset") << LoopbackServer::Answer(reset) << Failure(Kind::broken) << 0;
-    QTest::newRow("closed") << raw("") << Failure(Kind::broken) << 0;
-    QTest::newRow("endless") << endless("HTTP/1.1 200 OK\r\n\r\n") << Failure() << 200;
-}
-
-void HttpClientTest::postsOnce()
-{
-    QFETCH(const LoopbackServer::Answer, answer);
-    QFETCH(const Failure, failure);
-    QFETCH(const int, status);
-    LoopbackServer server;
-    server.on("/emails", LoopbackServer::reply(200, "{}"));
-    CurlHttpClient client;
-    QVERIFY(exchange(client, post(server.url("/emails")))); // leaves no connection to be used again
-    QVERIFY(exchange(client, get(server.url("/emails")))); // leaves one
-    server.on("/emails", answer);
-    const HttpReply reply = exchange(client, post(server.url("/emails")));
-    QCOMPARE(failureOf(reply), failure);
-    QCOMPARE(reply ? reply->status : 0, status);
-    QCOMPARE(server.requests().size(), 3);
-    QCOMPARE(server.connections(), 3);
-}
-
-void HttpClientTest::sendsWhatItIsToldTo()
-{
-    LoopbackServer server;
-    server.on("/", LoopbackServer::reply(200, "", "Set-Cookie: a=b; Path=/\r\n"));
-    CurlHttpClient client;
-    for (int i = 0; i < 2; ++i)
-        QVERIFY(exchange(client, get(server.url("/"))));
-    QVERIFY(exchange(client, post(server.url("/"))));
-    const QByteArray second = server.requests().at(1);
-    QVERIFY(second.contains("\r\nUser-Agent: tester\r\n"));
-    for (const char *const unwanted : {"\r\nCookie:", "\r\nReferer:", "\r\nAccept-Language:"})
-        QVERIFY2(!second.contains(unwanted), unwanted);
-    const QByteArray posted = server.requests().at(2);
-    QVERIFY(posted.startsWith("POST / HTTP/1.1\r\n"));
-    QVERIFY(posted.contains("\r\nUser-Agent: strandloom/" STRANDLOOM_VERSION "\r\n"));
-    QVERIFY(!posted.contains("Expect:"));
-}
-
-void HttpClientTest::refusesWhatWouldAskForMoreThanIsWritten()
-{
-    LoopbackServer server;
-    CurlHttpClient client;
-    HttpRequest request = get(server.url("/"));
-    request.headers = {{"Authorization", "Bearer x\r\nHost: evil.example"}};
-    QCOMPARE(failureOf(exchange(client, request)), Failure(Kind::refused));
-    const QByteArray withoutHost = server.url("/").replace("//", "///");
-    QCOMPARE(failureOf(exchange(client, get(withoutHost))), Failure(Kind::badUrl));
-    QCOMPARE(server.requests().size(), 0);
-}
-
-/// Everybody else gets an answer at once, however many slow hosts there are.
-void HttpClientTest::givesASlowHostFourPlaces()
-{
-    std::vector<std::unique_ptr<LoopbackServer>> hosts;
-    CurlHttpClient client;
-    std::array<std::optional<HttpReply>, 32> replies;
-    Scope scope;
-    for (int i = 0; i < int(replies.size()); ++i) {
-        if (i % 8 == 0) {
-            const QHostAddress address(u"127.0.0.%1"_s.arg(2 + i / 8));
-            hosts.push_back(
-                std::make_unique<LoopbackServer>(LoopbackServer::Scheme::http, address));
-            hosts.back()->on("/", drip);
+    void getsWithinItsLimits()
+    {
+        QFETCH(const LoopbackServer::Answer, answer);
+        QFETCH(const Failure, failure);
+        QFETCH(const int, status);
+        QFETCH(const qint64, size);
+        QFETCH(const bool, isTruncated);
+        QFETCH(const QString, message);
+        LoopbackServer server;
+        server.on("/page", answer);
+        CurlHttpClient client;
+        const HttpReply reply = exchange(client, get(server.url("/page")));
+        QCOMPARE(failureOf(reply), failure);
+        if (!reply) {
+            QVERIFY(!reply.error().message.isEmpty());
+            QVERIFY2(reply.error().message.contains(message), qPrintable(reply.error().message));
+            return;
         }
-        scope.start(keepReply(client, get(hosts.back()->url("/")), &replies[std::size_t(i)]));
+        QCOMPARE(reply->status, status);
+        QCOMPARE(reply->body.size(), size);
+        QCOMPARE(reply->isTruncated, isTruncated);
     }
-    LoopbackServer good;
-    good.on("/", LoopbackServer::reply(200, "x"));
-    HttpRequest request = get(good.url("/"));
-    QElapsedTimer timer;
-    timer.start();
-    QCOMPARE(failureOf(exchange(client, request)), Failure());
-    QVERIFY(timer.elapsed() < 1000);
-    for (const auto &host : hosts)
-        QCOMPARE(host->mostAtOnce(), 4);
-}
 
-/// A long mail may take its time while the server takes it.
-void HttpClientTest::countsWhatIsSentAsActivity()
-{
-    QTcpServer server;
-    QVERIFY(server.listen(QHostAddress::LocalHost));
-    connect(&server, &QTcpServer::newConnection, &server, [&server] {
-        QTcpSocket *const socket = server.nextPendingConnection();
-        socket->setReadBufferSize(128 << 10);
-        auto *const reading = new QTimer(socket);
-        connect(reading, &QTimer::timeout, socket, [socket, left = 16 * mebibyte]() mutable {
-            left -= socket->readAll().size();
-            if (left <= 0)
-                socket->write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
-        });
-        reading->start(5ms);
-    });
-    HttpRequest request = post("http://127.0.0.1:" + QByteArray::number(server.serverPort()));
-    request.body = QByteArray(16 * mebibyte, 'x');
-    request.inactivityLimit = request.totalLimit = 200ms;
-    CurlHttpClient client;
-    QElapsedTimer timer;
-    timer.start();
-    QCOMPARE(failureOf(exchange(client, request)), Failure());
-    QVERIFY(timer.elapsed() > 400);
-}
+    void trustsOnlyKnownCertificates()
+    {
+        LoopbackServer server(LoopbackServer::Scheme::https);
+        server.on("/", LoopbackServer::reply(200, "secret"));
+        CurlHttpClient stranger;
+        QCOMPARE(failureOf(exchange(stranger, get(server.url("/")))), Failure(Kind::tls));
+        CurlHttpClient friendly(HttpNetwork{isPublicAddress, server.caFile()});
+        QCOMPARE(failureOf(exchange(friendly, get(server.url("/")))), Failure());
+    }
 
-void HttpClientTest::countsNoTimeInTheQueue()
-{
-    LoopbackServer server;
-    server.on("/silent", [](QTcpSocket &, const QByteArray &) {});
-    server.on("/", LoopbackServer::reply(200, "at once"));
-    CurlHttpClient client;
-    std::array<std::optional<HttpReply>, 4> silent;
-    Scope scope;
-    for (auto &reply : silent)
-        scope.start(keepReply(client, get(server.url("/silent")), &reply));
-    HttpRequest last = get(server.url("/"));
-    last.inactivityLimit = last.totalLimit = 300ms; // less than the others keep it waiting
-    QCOMPARE(failureOf(exchange(client, last)), Failure());
-}
+    void waitsForAHandshakeWithinItsLimits()
+    {
+        QTcpServer server; // takes connections and says nothing
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        CurlHttpClient client;
+        const QByteArray url = "https://127.0.0.1:" + QByteArray::number(server.serverPort());
+        QCOMPARE(failureOf(exchange(client, get(url))), Failure(Kind::timedOut));
+    }
 
-void HttpClientTest::endsWithItsScopeAtEachStage()
-{
-    LoopbackServer server;
-    server.on("/silent", [](QTcpSocket &, const QByteArray &) {});
-    server.on("/drip", drip);
-    server.on("/", LoopbackServer::reply(200, "still here"));
-    CurlHttpClient client;
-    for (const char *const path : {"/silent", "/drip"}) {
-        for (int turns = 0; turns < 8; ++turns) {
-            std::array<std::optional<HttpReply>, 6> replies; // four run, two wait
-            Scope scope;
-            for (auto &reply : replies)
-                scope.start(keepReply(client, get(server.url(path)), &reply));
-            for (int turn = 0; turn < turns; ++turn)
-                QCoreApplication::processEvents();
+    void postsOnce_data()
+    {
+        QTest::addColumn<LoopbackServer::Answer>("answer");
+        QTest::addColumn<Failure>("failure");
+        QTest::addColumn<int>("status");
+        QTest::newRow("accepted") << LoopbackServer::reply(200, "{}") << Failure() << 200;
+        QTest::newRow("redirected") << redirect("/elsewhere") << Failure() << 302;
+        QTest::newRow("reset") << LoopbackServer::Answer(reset) << Failure(Kind::broken) << 0;
+        QTest::newRow("closed") << raw("") << Failure(Kind::broken) << 0;
+        QTest::newRow("endless") << endless("HTTP/1.1 200 OK\r\n\r\n") << Failure() << 200;
+    }
+
+    void postsOnce()
+    {
+        QFETCH(const LoopbackServer::Answer, answer);
+        QFETCH(const Failure, failure);
+        QFETCH(const int, status);
+        LoopbackServer server;
+        server.on("/emails", LoopbackServer::reply(200, "{}"));
+        CurlHttpClient client;
+        QVERIFY(
+            exchange(client, post(server.url("/emails")))); // leaves no connection to be used again
+        QVERIFY(exchange(client, get(server.url("/emails")))); // leaves one
+        server.on("/emails", answer);
+        const HttpReply reply = exchange(client, post(server.url("/emails")));
+        QCOMPARE(failureOf(reply), failure);
+        QCOMPARE(reply ? reply->status : 0, status);
+        QCOMPARE(server.requests().size(), 3);
+        QCOMPARE(server.connections(), 3);
+    }
+
+    void sendsWhatItIsToldTo()
+    {
+        LoopbackServer server;
+        server.on("/", LoopbackServer::reply(200, "", "Set-Cookie: a=b; Path=/\r\n"));
+        CurlHttpClient client;
+        for (int i = 0; i < 2; ++i)
+            QVERIFY(exchange(client, get(server.url("/"))));
+        QVERIFY(exchange(client, post(server.url("/"))));
+        const QByteArray second = server.requests().at(1);
+        QVERIFY(second.contains("\r\nUser-Agent: tester\r\n"));
+        for (const char *const unwanted : {"\r\nCookie:", "\r\nReferer:", "\r\nAccept-Language:"})
+            QVERIFY2(!second.contains(unwanted), unwanted);
+        const QByteArray posted = server.requests().at(2);
+        QVERIFY(posted.startsWith("POST / HTTP/1.1\r\n"));
+        QVERIFY(posted.contains("\r\nUser-Agent: strandloom/" STRANDLOOM_VERSION "\r\n"));
+        QVERIFY(!posted.contains("Expect:"));
+    }
+
+    void refusesWhatWouldAskForMoreThanIsWritten()
+    {
+        LoopbackServer server;
+        CurlHttpClient client;
+        HttpRequest request = get(server.url("/"));
+        request.headers = {{"Authorization", "Bearer x\r\nHost: evil.example"}};
+        QCOMPARE(failureOf(exchange(client, request)), Failure(Kind::refused));
+        const QByteArray withoutHost = server.url("/").replace("//", "///");
+        QCOMPARE(failureOf(exchange(client, get(withoutHost))), Failure(Kind::badUrl));
+        QCOMPARE(server.requests().size(), 0);
+    }
+
+    /// Everybody else gets an answer at once, however many slow hosts there are.
+    void givesASlowHostFourPlaces()
+    {
+        std::vector<std::unique_ptr<LoopbackServer>> hosts;
+        CurlHttpClient client;
+        std::array<std::optional<HttpReply>, 32> replies;
+        Scope scope;
+        for (std::size_t i = 0; i < replies.size(); ++i) {
+            if (i % 8 == 0) {
+                const QHostAddress address(u"127.0.0.%1"_s.arg(2 + i / 8));
+                hosts.push_back(
+                    std::make_unique<LoopbackServer>(LoopbackServer::Scheme::http, address));
+                hosts.back()->on("/", drip);
+            }
+            HttpRequest slow = get(hosts.back()->url("/"));
+            slow.inactivityLimit = slow.totalLimit = 1min;
+            scope.start(keepReply(client, slow, &replies[i]));
         }
-    }
-    QVERIFY(exchange(client, get(server.url("/"))));
-}
-
-void HttpClientTest::endsFromWithinAnAnswer()
-{
-    LoopbackServer server;
-    server.on("/", LoopbackServer::reply(200, "x"));
-    auto client = std::make_unique<CurlHttpClient>();
-    auto others = std::make_unique<Scope>();
-    std::array<std::optional<HttpReply>, 3> replies;
-    bool isOver = false;
-    Scope scope;
-    scope.start(endAll(&client, &others, get(server.url("/")), &isOver));
-    for (auto &reply : replies)
-        others->start(keepReply(*client, get(server.url("/")), &reply));
-    QTRY_VERIFY(isOver);
-    QVERIFY(scope.isEmpty());
-}
-
-void HttpClientTest::neverAnswersWithinTheCall()
-{
-    CurlHttpClient real;
-    FakeHttpClient fake;
-    fake.answerWith([](const HttpRequest &) { return HttpResponse(); });
-    for (HttpClient *const client :
-         {static_cast<HttpClient *>(&real), static_cast<HttpClient *>(&fake)}) {
-        for (const char *const url :
-             {"nonsense:", "http://127.0.0.1:1/", "http://[::bad", "http:///127.0.0.1/x"}) {
-            std::optional<HttpReply> reply;
-            Scope scope;
-            scope.start(keepReply(*client, get(url), &reply));
+        LoopbackServer good;
+        good.on("/", LoopbackServer::reply(200, "x"));
+        QCOMPARE(failureOf(exchange(client, get(good.url("/")))), Failure());
+        for (const auto &host : hosts)
+            QTRY_COMPARE(host->mostAtOnce(), 4);
+        for (const auto &reply : replies)
             QVERIFY(!reply);
-            QTRY_VERIFY(reply.has_value());
+    }
+
+    /// A long mail may take its time while the server takes it.
+    void countsWhatIsSentAsActivity()
+    {
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        connect(&server, &QTcpServer::newConnection, &server, [&server] {
+            QTcpSocket *const socket = server.nextPendingConnection();
+            socket->setReadBufferSize(128 << 10);
+            auto *const reading = new QTimer(socket);
+            connect(reading, &QTimer::timeout, socket, [socket, left = 24 * mebibyte]() mutable {
+                left -= socket->readAll().size();
+                if (left <= 0)
+                    socket->write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+            });
+            reading->start(5ms);
+        });
+        HttpRequest request = post("http://127.0.0.1:" + QByteArray::number(server.serverPort()));
+        request.body = QByteArray(24 * mebibyte, 'x');
+        request.totalLimit = request.inactivityLimit;
+        CurlHttpClient client;
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(failureOf(exchange(client, request)), Failure());
+        QVERIFY(std::chrono::milliseconds(timer.elapsed()) > 2 * request.inactivityLimit);
+    }
+
+    void countsNoTimeInTheQueue()
+    {
+        LoopbackServer server;
+        server.on("/silent", [](QTcpSocket &, const QByteArray &) {});
+        server.on("/", LoopbackServer::reply(200, "at once"));
+        CurlHttpClient client;
+        std::array<std::optional<HttpReply>, 4> silent;
+        Scope scope;
+        for (auto &reply : silent)
+            scope.start(keepReply(client, get(server.url("/silent")), &reply));
+        HttpRequest last = get(server.url("/"));
+        last.inactivityLimit = last.totalLimit = 300ms; // less than the others keep it waiting
+        QCOMPARE(failureOf(exchange(client, last)), Failure());
+    }
+
+    void endsWithItsScopeAtEachStage()
+    {
+        LoopbackServer server;
+        server.on("/silent", [](QTcpSocket &, const QByteArray &) {});
+        server.on("/drip", drip);
+        server.on("/", LoopbackServer::reply(200, "still here"));
+        CurlHttpClient client;
+        for (const char *const path : {"/silent", "/drip"}) {
+            for (int turns = 0; turns < 8; ++turns) {
+                std::array<std::optional<HttpReply>, 6> replies; // four run, two wait
+                Scope scope;
+                for (auto &reply : replies)
+                    scope.start(keepReply(client, get(server.url(path)), &reply));
+                for (int turn = 0; turn < turns; ++turn)
+                    QCoreApplication::processEvents();
+            }
+        }
+        QVERIFY(exchange(client, get(server.url("/"))));
+    }
+
+    void endsFromWithinAnAnswer()
+    {
+        LoopbackServer server;
+        server.on("/", LoopbackServer::reply(200, "x"));
+        auto client = std::make_unique<CurlHttpClient>();
+        auto others = std::make_unique<Scope>();
+        std::array<std::optional<HttpReply>, 3> replies;
+        bool isOver = false;
+        Scope scope;
+        scope.start(endAll(&client, &others, get(server.url("/")), &isOver));
+        for (auto &reply : replies)
+            others->start(keepReply(*client, get(server.url("/")), &reply));
+        QTRY_VERIFY(isOver);
+        QVERIFY(scope.isEmpty());
+    }
+
+    void neverAnswersWithinTheCall()
+    {
+        CurlHttpClient real;
+        FakeHttpClient fake;
+        fake.answerWith([](const HttpRequest &) { return HttpResponse(); });
+        for (HttpClient *const client :
+             {static_cast<HttpClient *>(&real), static_cast<HttpClient *>(&fake)}) {
+            for (const char *const url :
+                 {"nonsense:", "http://127.0.0.1:1/", "http://[::bad", "http:///127.0.0.1/x"}) {
+                std::optional<HttpReply> reply;
+                Scope scope;
+                scope.start(keepReply(*client, get(url), &reply));
+                QVERIFY(!reply);
+                QTRY_VERIFY(reply.has_value());
+            }
         }
     }
-}
+};
 
 QTEST_GUILESS_MAIN(HttpClientTest)
 #include "HttpClientTest.moc"
