@@ -221,8 +221,6 @@ std::optional<LinkFileEntry> LinkFileReader::next()
     auto entry = nextAsRead();
     if (!entry || !entry->link)
         return entry;
-    if (entry->link->url.size() > longestText)
-        return LinkFileEntry();
     for (auto *const text : {&entry->link->title, &entry->link->summary}) {
         if (*text && (*text)->size() > longestText)
             text->reset();
