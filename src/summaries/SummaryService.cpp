@@ -75,26 +75,31 @@ Task<std::optional<QString>> SummaryService::summarize(LinkId id)
 
 Task<> SummaryService::summarizeAll(QList<LinkId> ids)
 {
-    if (withoutSummary(ids).isEmpty())
-        co_return; // without waiting for the batch before
-    m_tasks.start(runBatch(ids)); // in the queue from here on
-    Turn afterBatch(m_batches);
+    return summarizeSelected(withoutSummary(ids)); // those of now, however late it is awaited
+}
+
+Task<> SummaryService::summarizeSelected(QList<LinkId> ids)
+{
+    if (ids.isEmpty())
+        co_return;
+    const auto end = std::make_shared<TurnQueue>();
+    m_tasks.start(runBatch(ids, end)); // has its turn from here on
+    Turn afterBatch(*end);
     co_await afterBatch;
 }
 
-Task<> SummaryService::runBatch(QList<LinkId> ids)
+/// Several may run; they take turns at the extractor, page by page. `end` is held to the end.
+Task<> SummaryService::runBatch(QList<LinkId> ids, std::shared_ptr<TurnQueue> end)
 {
-    Turn turn(m_batches);
+    Turn turn(*end);
     co_await turn;
-    const QList<LinkId> selected = withoutSummary(ids);
-    if (selected.isEmpty())
-        co_return;
-
-    const int total = int(selected.size());
+    ++m_batches;
     m_isSummarizing = true;
     m_lastError = QString();
-    m_currentProgress = SummaryProgress{0, total};
+    addProgress({0, int(ids.size())});
     const auto idle = qScopeGuard([this] {
+        if (--m_batches > 0)
+            return;
         m_isSummarizing = false;
         m_currentProgress = std::nullopt;
     });
@@ -108,16 +113,23 @@ Task<> SummaryService::runBatch(QList<LinkId> ids)
             co_return;
         }
     }
-    for (int done = 0; done < total; ++done) {
-        const LinkId id = selected.at(done);
-        const auto summary = co_await summarize(id);
-        if (summary)
-            m_context.setSummary(id, *summary);
-        m_currentProgress = SummaryProgress{done + 1, total};
+    for (const LinkId &id : std::as_const(ids)) {
+        if (!withoutSummary({id}).isEmpty()) { // another batch may have been first
+            const auto summary = co_await summarize(id);
+            if (summary)
+                m_context.setSummary(id, *summary);
+        }
+        addProgress({1, 0});
         Sleep pause(m_clock, pauseBetweenLinks);
         co_await pause;
     }
-    debugLog(u"Batch summarization complete: %1 links processed"_s.arg(total));
+    debugLog(u"Batch summarization complete: %1 links processed"_s.arg(ids.size()));
+}
+
+void SummaryService::addProgress(const SummaryProgress &progress)
+{
+    const auto now = m_currentProgress.value().value_or(SummaryProgress());
+    m_currentProgress = SummaryProgress{now.done + progress.done, now.total + progress.total};
 }
 
 QList<LinkId> SummaryService::withoutSummary(const QList<LinkId> &ids) const

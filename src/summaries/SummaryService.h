@@ -9,6 +9,8 @@
 #include <QObject>
 #include <QProperty>
 
+#include <memory>
+
 class Clock;
 class LocalMLService;
 class ModelContext;
@@ -39,7 +41,7 @@ public:
 
     /// A batch is running.
     bool isSummarizing() const { return m_isSummarizing; }
-    /// Of the running batch, 0 ≤ done ≤ total; absent when none runs.
+    /// Of the batches that run together, 0 ≤ done ≤ total; absent when none runs.
     std::optional<SummaryProgress> currentProgress() const { return m_currentProgress; }
     /// Why the last batch could not begin; empty when it could.
     QString lastError() const { return m_lastError; }
@@ -51,8 +53,8 @@ public:
     /// The summary of one link, which is not stored; a title that is missing is. Absent when that
     /// failed or the link is gone.
     Task<std::optional<QString>> summarize(LinkId id);
-    /// Writes the summaries that are missing, one link after the other, in a batch. It waits for
-    /// the batches before it and goes on to its end even when this wait is abandoned.
+    /// Writes the summaries that are missing at the call, one link after the other, in a batch.
+    /// Once awaited it goes on to its end, even when this wait is abandoned.
     Task<> summarizeAll(QList<LinkId> ids);
 
 Q_SIGNALS:
@@ -61,14 +63,16 @@ Q_SIGNALS:
     void lastErrorChanged();
 
 private:
-    Task<> runBatch(QList<LinkId> ids);
+    Task<> summarizeSelected(QList<LinkId> ids);
+    Task<> runBatch(QList<LinkId> ids, std::shared_ptr<TurnQueue> end);
+    void addProgress(const SummaryProgress &progress);
     QList<LinkId> withoutSummary(const QList<LinkId> &ids) const;
 
     ModelContext &m_context;
     LocalMLService &m_mlService;
     WebContentExtractor &m_extractor;
     Clock &m_clock;
-    TurnQueue m_batches;
+    int m_batches = 0; ///< that run
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(SummaryService, bool, m_isSummarizing, false,
                                          &SummaryService::isSummarizingChanged)
     Q_OBJECT_BINDABLE_PROPERTY(SummaryService, std::optional<SummaryProgress>, m_currentProgress,
