@@ -20,6 +20,8 @@ if [ "$filter" = . ]; then
     /usr/bin/python3 benchmarks/peers/pages_lxml.py "$build/benchmarks/PageBenchmark"
     echo "== against wkhtmltopdf and WeasyPrint"
     /usr/bin/python3 benchmarks/peers/pdf.py "$build/benchmarks/ExportBenchmark"
+    echo "== against buku"
+    /usr/bin/python3 benchmarks/peers/imports.py "$build/src/app/strandloom"
     echo "== start and idle"
     /usr/bin/python3 benchmarks/start_and_idle.py "$build/src/app/strandloom"
 fi
