@@ -2,6 +2,7 @@
 #include "ExportDocument.h"
 #include "LinkSelection.h"
 #include "ManyLinks.h"
+#include "MarkdownWriter.h"
 #include "PdfWriter.h"
 #include "TextWriter.h"
 

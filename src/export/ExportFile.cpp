@@ -2,6 +2,7 @@
 #include "ExportFile.h"
 
 #include "AtomicFile.h"
+#include "MarkdownWriter.h"
 #include "PdfWriter.h"
 #include "TextWriter.h"
 

@@ -5,5 +5,3 @@
 
 /// Writes `document` as UTF-8 text, texts as they are, in one of its layouts. Any thread.
 void writeText(const ExportDocument &document, const ByteSink &sink);
-/// Writes `document` as UTF-8 Markdown; nothing in the texts is escaped. Any thread.
-void writeMarkdown(const ExportDocument &document, const ByteSink &sink);

@@ -3,6 +3,7 @@
 
 #include "ExportFile.h"
 #include "ExportSamples.h"
+#include "MarkdownWriter.h"
 
 #include <QTest>
 
