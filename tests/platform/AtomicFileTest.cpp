@@ -8,6 +8,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -63,7 +64,10 @@ private Q_SLOTS:
         {
             auto file = AtomicFile::open(m_path);
             QVERIFY(file && file->write("new"));
-            QCOMPARE(names(), QStringList{u"links.md"_s});
+            const int nameless = ::open(QFile::encodeName(m_folder->path()).constData(),
+                                        O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+            QCOMPARE(names().size(), nameless < 0 ? 2 : 1); // not all file systems know such
+            ::close(nameless);
             QVERIFY(bool(file->draft()));
             QCOMPARE(write(m_path, "newer"), QString()); // takes the other's draft for no leftover
             QCOMPARE(names().size(), 2);
