@@ -242,7 +242,11 @@ private Q_SLOTS:
             return manager.isEmpty() ? 0 : programs[u"manager"_s]->timesSaid(words);
         };
 
-        const auto clipboard = makeClipboard<X11Clipboard>(m_server.display());
+        auto worker = std::make_unique<X11Clipboard>(m_server.display(), shortLimits());
+        int startings = 0;
+        const QObject listener;
+        connect(worker.get(), &ClipboardWorker::readingStarted, &listener, [&] { ++startings; });
+        const auto clipboard = std::make_unique<ThreadedClipboard>(std::move(worker));
         clipboard->setText(u"connected"_s);
         QTRY_COMPARE(clipboard->changeCount(), 1);
         QTRY_VERIFY(manager.isEmpty() || timesManagerSaid("kept") == 1);
@@ -255,7 +259,9 @@ private Q_SLOTS:
             const int kept = timesManagerSaid("kept");
             const int given = timesManagerSaid("gave text");
             if (what == u"resume"_s) {
+                const int before = startings;
                 clipboard->startReading();
+                QTRY_COMPARE(startings, before + 1); // a busy machine takes its time
                 isReading = true;
             } else if (what == u"pause"_s) {
                 clipboard->stopReading();
