@@ -337,16 +337,21 @@ class Wayland(unittest.TestCase):
 
     def what_the_compositor_keeps_is_no_copy(self, desktop, program):
         """It announces the copy of a program that ends again, which is told by its types alone."""
-        def copy(url):
-            copying = subprocess.Popen(["wl-copy", "--foreground", url], env=desktop.environment)
-            desktop.processes.append(copying)
-            program.wait_for_line("Captured link: " + url)
-            return copying
-        copying = copy("https://removed.example")
-        self.assertEqual(ask(desktop, "remove", "https://removed.example"), 0)
+        kept = "https://kept.example"
+
+        def holds_kept():
+            return desktop.run("wl-paste", "--no-newline") == kept
+        self.assertEqual(ask(desktop, "--pause"), 0)
+        copying = subprocess.Popen(["wl-copy", "--foreground", kept], env=desktop.environment)
+        wait_until(holds_kept, "the copy")
+        self.assertEqual(ask(desktop, "--resume"), 0)
         copying.terminate()
-        copy("https://last.example")
-        self.assertNotIn("https://removed.example", [link["url"] for link in program.list()[1]])
+        copying.wait()
+        wait_until(holds_kept, "what is kept")
+        subprocess.run(["wl-copy", "https://last.example"], env=desktop.environment, check=True,
+                       timeout=10)
+        program.wait_for_line("Captured link: https://last.example")
+        self.assertNotIn(kept, [link["url"] for link in program.list()[1]])
 
     def test_sway(self):
         with Desktop(tray=False) as desktop:
