@@ -2,6 +2,7 @@
 #include "EmailScheduler.h"
 
 #include "Calendar.h"
+#include "DiagnosticLines.h"
 #include "MailDesk.h"
 #include "Preferences.h"
 #include "Waiting.h"
@@ -435,14 +436,6 @@ private Q_SLOTS:
                 m.live(48h);
             },
             {});
-        row("hour ninety-nine",
-            [](Machine &m) {
-                m.preferences.set(keys::emailSendHour, 99);
-                m.scheduler->scheduleNextEmail();
-                QVERIFY(m.scheduler->isScheduled()); // as it was
-                m.clock.advance(48h);
-            },
-            {});
         row("switched off",
             [](Machine &m) {
                 m.preferences.set(keys::emailDigestEnabled, false);
@@ -460,14 +453,6 @@ private Q_SLOTS:
                 m.live(24h);
             },
             {twentieth});
-        row("no store",
-            [](Machine &m) {
-                m.scheduler->setModelContext(nullptr);
-                m.clock.advance(48h);
-                QVERIFY(m.scheduler->isScheduled());
-                QCOMPARE(m.clock.alarmCount(), 0u);
-            },
-            {});
     }
     void followsTheWallClock()
     {
@@ -492,8 +477,10 @@ private Q_SLOTS:
         machine.secrets.isLocked = isLocked;
         if (!isLocked)
             machine.secrets.fault = SecretFault::unavailable;
+        const DiagnosticLines diagnostics;
         machine.open();
         (void)waitFor(machine.keys.apiKey(UnlockPrompt::never));
+        QVERIFY(diagnostics.lines().filter(u"Scheduled email failed"_s).isEmpty());
         QCOMPARE(machine.scheduler->isScheduled(), isLocked);
         machine.clock.advance(1min);
         QVERIFY(machine.web.requests().isEmpty());

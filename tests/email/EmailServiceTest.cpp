@@ -251,24 +251,17 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("api");
         QTest::addColumn<QByteArray>("endpoint");
-        QTest::newRow("plain") << "https://a.de"_ba
-                               << "https://a.de/emails"_ba;
-        QTest::newRow("folder and slash") << "https://a.de/v1/"_ba
-                                          << "https://a.de/v1/emails"_ba;
-        QTest::newRow("this machine") << "http://127.0.0.1:8/"_ba
-                                      << "http://127.0.0.1:8/emails"_ba;
-        QTest::newRow("this machine, IPv6") << "http://[::1]:8"_ba
-                                            << "http://[::1]:8/emails"_ba;
-        QTest::newRow("another machine in the clear") << "http://a.de"_ba
-                                                      << ""_ba;
-        QTest::newRow("looks like this machine") << "http://127.0.0.1.a.de"_ba
-                                                 << ""_ba;
-        QTest::newRow("another scheme") << "ftp://127.0.0.1"_ba
-                                        << ""_ba;
-        QTest::newRow("no host") << "https:///v1"_ba
-                                 << ""_ba;
-        QTest::newRow("none") << ""_ba
-                              << ""_ba;
+        const auto row = [](const char *name, const QByteArray &api, const QByteArray &endpoint) {
+            QTest::newRow(name) << api << endpoint;
+        };
+        row("folder and slash", "https://a.de/v1/", "https://a.de/v1/emails");
+        row("this machine", "http://127.0.0.1:8/", "http://127.0.0.1:8/emails");
+        row("this machine, IPv6", "http://[::1]:8", "http://[::1]:8/emails");
+        row("another machine in the clear", "http://a.de", {});
+        row("looks like this machine", "http://127.0.0.1.a.de", {});
+        row("another scheme", "ftp://127.0.0.1", {});
+        row("no host", "https:///v1", {});
+        row("none", {}, {});
     }
     void trustsOnlySafeApis()
     {

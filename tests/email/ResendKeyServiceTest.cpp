@@ -87,21 +87,6 @@ private Q_SLOTS:
         QVERIFY(!*waitFor(second.apiKey(UnlockPrompt::allowed)));
     }
 
-    void learnsTheAddressWhenUnlocked()
-    {
-        FakeSecretStore secrets;
-        secrets.contents = {{u"resend_api_key"_s, key.toUtf8()},
-                            {u"resend_from_email"_s, address.toUtf8()}};
-        secrets.isLocked = true;
-        ResendKeyService service(secrets);
-        QVERIFY(!*waitFor(service.apiKey(UnlockPrompt::never)));
-        QCOMPARE(secrets.prompts, 0);
-
-        QCOMPARE(*waitFor(service.apiKey(UnlockPrompt::allowed)), key);
-        QCOMPARE(service.configuredEmail(), address);
-        QCOMPARE(secrets.prompts, 1);
-    }
-
     void readsAKeyringThatComesLateAndIsUnlockedLater()
     {
         KeyringSession session;
