@@ -23,6 +23,7 @@
 #include "commands/Terminal.h"
 #include "settings/InlineSettingsView.h"
 #include "settings/SettingsView.h"
+#include "style/LoomStyle.h"
 
 #include <QApplication>
 #include <QMenu>
@@ -269,6 +270,7 @@ int runStrandloom(int argc, char **argv, const Start &start)
 {
     const QVariantMap launch = launchData(); // before Qt takes it
     QApplication application(argc, argv);
+    LoomStyle::use();
     Q_INIT_RESOURCE(appicons);
     application.setApplicationName(u"strandloom"_s);
     application.setApplicationVersion(QStringLiteral(STRANDLOOM_VERSION));

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "Card.h"
 
-#include "Outline.h"
+#include "style/DevicePixels.h"
 
 #include <QPainter>
 
 void Card::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    drawOutline(painter, rect(), palette().color(QPalette::Mid));
+    draw(painter, {QRectF(rect()), 0, Qt::transparent, palette().color(QPalette::Mid)});
 }

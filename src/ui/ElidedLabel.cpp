@@ -42,5 +42,6 @@ void ElidedLabel::paintEvent(QPaintEvent *)
     painter.setPen(m_rank == Rank::primary ? palette().color(QPalette::Text)
                                            : secondaryTextColor(palette()));
     const QString shown = fontMetrics().elidedText(m_text, Qt::ElideRight, width());
-    painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, shown);
+    const auto side = m_rank == Rank::primary ? Qt::AlignLeft : Qt::AlignRight; // of a wider place
+    painter.drawText(rect(), Qt::AlignVCenter | side | Qt::TextSingleLine, shown);
 }

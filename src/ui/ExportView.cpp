@@ -6,8 +6,8 @@
 #include "ExportViewModel.h"
 #include "FormParts.h"
 #include "OptionPicker.h"
-#include "Outline.h"
 #include "Spinner.h"
+#include "style/DevicePixels.h"
 
 #include <QBoxLayout>
 #include <QCheckBox>
@@ -101,7 +101,7 @@ QLayout *ExportView::makeButtons()
     auto *const cancel = new QPushButton(tr("Cancel"));
     cancel->setAutoDefault(false);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    m_export = new QPushButton(tr("Export"));
+    m_export = primaryButton(tr("Export"));
     m_export->setDefault(true);
     connect(m_export, &QPushButton::clicked, m_model.get(), &ExportViewModel::exportLinks);
 
@@ -136,5 +136,5 @@ void ExportView::mousePressEvent(QMouseEvent *event)
 void ExportView::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    drawOutline(painter, rect(), palette().color(QPalette::Mid));
+    draw(painter, {QRectF(rect()), 0, Qt::transparent, palette().color(QPalette::Mid)});
 }

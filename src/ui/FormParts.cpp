@@ -106,10 +106,19 @@ void addRow(QFormLayout *form, const QString &label, QWidget *control)
     form->addRow(label, control);
 }
 
+QPushButton *primaryButton(const QString &text)
+{
+    auto *const button = new QPushButton(text);
+    button->setProperty("role", QStringLiteral("primary"));
+    return button;
+}
+
 QPushButton *destructiveButton(const QString &text)
 {
-    return new ColoredButton(
+    auto *const button = new ColoredButton(
         text, [](const QPalette &palette) { return toneColor(Tone::error, palette); });
+    button->setProperty("role", QStringLiteral("destructive"));
+    return button;
 }
 
 QPushButton *linkButton(const QString &text)

@@ -20,6 +20,8 @@ QFormLayout *makeForm();
 /// `label` also becomes the control's accessible name. The wheel changes the control only while it
 /// has the focus.
 void addRow(QFormLayout *form, const QString &label, QWidget *control);
+/// For what a screen is there for.
+QPushButton *primaryButton(const QString &text);
 /// For what cannot be undone.
 QPushButton *destructiveButton(const QString &text);
 /// For what opens a page in the browser.

@@ -70,7 +70,7 @@ QLayout *InlineExportView::makeButtons()
 {
     auto *const cancel = new QPushButton(tr("Cancel"));
     connect(cancel, &QPushButton::clicked, m_model.get(), &InlineExportViewModel::cancel);
-    m_export = new QPushButton(tr("Export"));
+    m_export = primaryButton(tr("Export"));
     m_export->setDefault(true);
     connect(m_export, &QPushButton::clicked, m_model.get(), &InlineExportViewModel::exportLinks);
     auto *const line = new QHBoxLayout;

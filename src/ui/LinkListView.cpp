@@ -41,6 +41,7 @@ LinkListView::LinkListView(MenuBarViewModel &model, QWidget *parent)
     verticalScrollBar()->setSingleStep(rowHeight() / 2);
 
     connect(&m_model.links(), &LinkListModel::changed, this, &LinkListView::follow);
+    connect(&m_model, &MenuBarViewModel::timesChanged, this, &LinkListView::refreshRows);
 }
 
 LinkListView::~LinkListView() = default;
@@ -115,6 +116,7 @@ int LinkListView::summaryHeight(int row) const
 LinkRowView *LinkListView::makeRow()
 {
     auto *const row = new LinkRowView(m_model, viewport());
+    row->setTimeWidth(timeWidth());
     connect(row, &LinkRowView::toggled, this, &LinkListView::toggle);
     connect(row, &LinkRowView::focused, this, [this](const ListPosition &position) {
         if (m_isLayingOut)
@@ -254,11 +256,16 @@ void LinkListView::follow(const StoreChange &change)
         m_topHidden = 0;
     followPlace(m_top);
     followPlace(m_current);
+    refreshRows();
+    layoutSoon();
+}
+
+void LinkListView::refreshRows()
+{
     for (LinkRowView *const row : rowsInView()) {
-        if (links.contains(row->position()))
+        if (m_model.links().contains(row->position()))
             row->display(m_model.row(row->position()));
     }
-    layoutSoon();
 }
 
 /// When its link has gone, the next one takes the place.
@@ -410,6 +417,25 @@ void LinkListView::focusInEvent(QFocusEvent *event)
         setCurrent(m_current ? m_current->row : rowAt(offset()));
     else
         focusCurrent();
+}
+
+int LinkListView::timeWidth()
+{
+    if (m_timeWidth == 0) {
+        for (const QString &time : m_model.times())
+            m_timeWidth = std::max(m_timeWidth, fontMetrics().horizontalAdvance(time) + 1);
+    }
+    return m_timeWidth;
+}
+
+void LinkListView::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange) {
+        m_timeWidth = 0;
+        for (LinkRowView *const row : m_rows)
+            row->setTimeWidth(timeWidth());
+    }
+    QAbstractScrollArea::changeEvent(event);
 }
 
 void LinkListView::resizeEvent(QResizeEvent *)

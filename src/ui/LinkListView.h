@@ -41,6 +41,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;
 
@@ -63,6 +64,7 @@ private:
     int offset() const;
     int rowsAPage() const;
     int summaryHeight(int row) const;
+    int timeWidth();
     LinkRowView *makeRow();
     LinkRowView *viewOf(const LinkId &id) const;
     LinkRowView *currentView() const;
@@ -78,6 +80,7 @@ private:
     void updateTabStops();
     Place placeOf(int row) const;
     void follow(const StoreChange &change);
+    void refreshRows();
     void followPlace(std::optional<Place> &place);
     void toggle(const ListPosition &position);
     void forgetCollapsed();
@@ -89,6 +92,7 @@ private:
     std::vector<LinkRowView *> m_rows; ///< as on screen; unused ones are hidden, at the end
     std::optional<Place> m_current;
     std::optional<Place> m_top; ///< the first row in view; none while the list is at its top
+    int m_timeWidth = 0; ///< of the widest; 0 until it was measured
     int m_topHidden = 0; ///< how much of it is scrolled out
     bool m_isLayoutPending = false;
     bool m_isLayingOut = false;

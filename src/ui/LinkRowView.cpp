@@ -5,11 +5,13 @@
 #include "IconButton.h"
 #include "IconLabel.h"
 #include "TintedIcon.h"
+#include "style/DevicePixels.h"
 
 #include <QContextMenuEvent>
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPainter>
+#include <QStackedLayout>
 
 using namespace Qt::StringLiterals;
 
@@ -17,6 +19,7 @@ namespace
 {
 
 constexpr int sideMargin = 12;
+constexpr int spacing = 4;
 constexpr int summaryRise = 6; // into the room below the title
 constexpr int summaryBottomMargin = 4;
 constexpr int summaryFlags = Qt::AlignTop | Qt::AlignLeft | Qt::TextWordWrap;
@@ -35,19 +38,40 @@ LinkRowView::LinkRowView(MenuBarViewModel &model, QWidget *parent)
     setFocusPolicy(Qt::StrongFocus);
     m_marker->setToolTip(tr("Has a summary"));
 
-    auto *const line = new QHBoxLayout(m_line);
-    line->setContentsMargins(sideMargin, 0, sideMargin, 0);
-    line->setSpacing(4);
-    line->addWidget(m_title, 1);
+    QSizePolicy retained = m_marker->sizePolicy();
+    retained.setRetainSizeWhenHidden(true);
+    m_marker->setSizePolicy(retained);
+    auto *const details = new QWidget;
+    auto *const detailsLine = new QHBoxLayout(details);
+    detailsLine->setContentsMargins(0, 0, 0, 0);
+    detailsLine->setSpacing(spacing);
+    detailsLine->addStretch();
+    detailsLine->addWidget(m_marker);
+    detailsLine->addWidget(m_time);
+
     m_buttons = {
         addButton(u"open"_s, tr("Open in Browser"), &MenuBarViewModel::open),
         addButton(u"copy"_s, tr("Copy URL"), &MenuBarViewModel::copyUrl),
         addButton(u"trash"_s, tr("Delete"), &MenuBarViewModel::remove),
     };
+    auto *const buttons = new QWidget;
+    auto *const buttonsLine = new QHBoxLayout(buttons);
+    buttonsLine->setContentsMargins(0, 0, 0, 0);
+    buttonsLine->setSpacing(0);
+    buttonsLine->addStretch();
     for (IconButton *const button : std::as_const(m_buttons))
-        line->addWidget(button);
-    line->addWidget(m_marker);
-    line->addWidget(m_time);
+        buttonsLine->addWidget(button);
+
+    auto *const side = new QWidget;
+    side->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
+    m_side = new QStackedLayout(side); // as wide as the wider of the two, so the title stays
+    m_side->addWidget(details);
+    m_side->addWidget(buttons);
+    auto *const line = new QHBoxLayout(m_line);
+    line->setContentsMargins(sideMargin, 0, sideMargin, 0);
+    line->setSpacing(spacing);
+    line->addWidget(m_title, 1);
+    line->addWidget(side);
     refreshButtons();
 }
 
@@ -75,6 +99,11 @@ IconButton *LinkRowView::addButton(const QString &icon, const QString &toolTip,
     return button;
 }
 
+void LinkRowView::setTimeWidth(int width)
+{
+    m_time->setMinimumWidth(width);
+}
+
 void LinkRowView::display(const LinkRow &row)
 {
     m_row = row;
@@ -99,11 +128,10 @@ void LinkRowView::resizeEvent(QResizeEvent *)
 
 void LinkRowView::refreshButtons()
 {
-    const bool hasFocus = hasFocusWithin();
-    for (IconButton *const button : std::as_const(m_buttons)) {
-        button->setVisible(m_isHovering || hasFocus);
-        button->setFocusPolicy(hasFocus ? Qt::TabFocus : Qt::NoFocus);
-    }
+    const bool isForKeys = m_isByKeyboard && hasFocusWithin();
+    for (IconButton *const button : std::as_const(m_buttons))
+        button->setFocusPolicy(isForKeys ? Qt::TabFocus : Qt::NoFocus);
+    m_side->setCurrentIndex(int(m_isHovering || isForKeys));
     update();
 }
 
@@ -120,8 +148,12 @@ bool LinkRowView::eventFilter(QObject *watched, QEvent *event)
     return QWidget::eventFilter(watched, event);
 }
 
-void LinkRowView::focusInEvent(QFocusEvent *)
+void LinkRowView::focusInEvent(QFocusEvent *event)
 {
+    const bool isBack =
+        event->reason() == Qt::ActiveWindowFocusReason || event->reason() == Qt::PopupFocusReason;
+    if (!isBack)
+        m_isByKeyboard = event->reason() != Qt::MouseFocusReason;
     refreshButtons();
     Q_EMIT focused(m_row.position);
 }
@@ -130,6 +162,14 @@ void LinkRowView::focusOutEvent(QFocusEvent *)
 {
     // Later: the focus may be on its way to one of the buttons, which must then still be there.
     QMetaObject::invokeMethod(this, &LinkRowView::refreshButtons, Qt::QueuedConnection);
+}
+
+/// Whoever goes on from a row that was clicked finds its buttons.
+bool LinkRowView::focusNextPrevChild(bool isNext)
+{
+    m_isByKeyboard = true;
+    refreshButtons();
+    return QWidget::focusNextPrevChild(isNext);
 }
 
 void LinkRowView::setHovering(bool isHovering)
@@ -159,6 +199,13 @@ void LinkRowView::mouseReleaseEvent(QMouseEvent *event)
         Q_EMIT toggled(m_row.position);
 }
 
+bool LinkRowView::event(QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip)
+        setToolTip(m_model.toolTip(id())); // now only: it is read for the row pointed at
+    return QWidget::event(event);
+}
+
 void LinkRowView::contextMenuEvent(QContextMenuEvent *event)
 {
     auto *const menu = new QMenu(this);
@@ -170,22 +217,24 @@ void LinkRowView::contextMenuEvent(QContextMenuEvent *event)
     if (m_row.summary)
         menu->addAction(tr("Copy Summary"), &model, [&model, id] { model.copySummary(id); });
     menu->addSeparator();
-    menu->addAction(tintedIcon(u"trash"_s, Tone::error), tr("Delete"), &model,
-                    [&model, id] { model.remove(id); });
+    QAction *const remove = menu->addAction(tintedIcon(u"trash"_s, Tone::error), tr("Delete"),
+                                            &model, [&model, id] { model.remove(id); });
+    remove->setProperty("role", u"destructive"_s);
     menu->popup(event->globalPos());
 }
 
 void LinkRowView::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
     const bool isFocused = hasFocusWithin();
     if (m_isHovering || isFocused) {
-        QColor wash = palette().color(QPalette::Highlight);
-        wash.setAlpha(isFocused ? 56 : 28);
-        painter.setBrush(wash);
-        painter.setPen(Qt::NoPen);
-        painter.drawRoundedRect(rect().adjusted(4, 1, -4, -1), 6, 6);
+        const QColor accent = palette().color(QPalette::Highlight);
+        QColor wash = accent;
+        wash.setAlpha(isFocused ? 34 : 20);
+        const bool hasRing = m_isByKeyboard && hasFocus();
+        draw(painter,
+             {QRectF(rect().adjusted(4, 1, -4, -1)), 6, wash,
+              hasRing ? accent : QColor(Qt::transparent), 2});
     }
     if (m_row.summary && isExpanded()) { // laid out as it will be: while the row grows, uncovered
         const QRect space(sideMargin, collapsedHeight(*this) - summaryRise,

@@ -8,10 +8,11 @@
 class ElidedLabel;
 class IconButton;
 class IconLabel;
+class QStackedLayout;
 
-/// One row of the list that is in view: a link's title and time, its buttons while it is pointed at
-/// or has the focus, and below them its summary while it is expanded. Rows are used again for other
-/// links.
+/// One row of the list that is in view: a link's title and time, its buttons in place of the time
+/// while it is pointed at or the keyboard is on it, and below them its summary while it is
+/// expanded. Rows are used again for other links.
 class LinkRowView : public QWidget
 {
     Q_OBJECT
@@ -23,6 +24,8 @@ public:
     /// What `summary` adds to it in a row of `width`.
     static int summaryHeight(const QWidget &list, const QString &summary, int width);
 
+    /// Reserves room for the widest time, so that marks stand below each other.
+    void setTimeWidth(int width);
     void display(const LinkRow &row);
     ListPosition position() const { return m_row.position; }
     LinkId id() const { return m_row.position.id; }
@@ -35,6 +38,7 @@ Q_SIGNALS:
     void focused(const ListPosition &position);
 
 protected:
+    bool event(QEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void enterEvent(QEnterEvent *event) override;
     void leaveEvent(QEvent *event) override;
@@ -45,6 +49,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
+    bool focusNextPrevChild(bool isNext) override;
 
 private:
     IconButton *addButton(const QString &icon, const QString &toolTip,
@@ -59,5 +64,7 @@ private:
     ElidedLabel *m_time;
     IconLabel *m_marker;
     QList<IconButton *> m_buttons;
+    QStackedLayout *m_side; ///< mark and time, or the buttons
     bool m_isHovering = false;
+    bool m_isByKeyboard = false; ///< so came the focus, should the row have it
 };

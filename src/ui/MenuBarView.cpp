@@ -2,18 +2,19 @@
 #include "MenuBarView.h"
 
 #include "Caption.h"
+#include "Compositing.h"
 #include "ElidedLabel.h"
 #include "FormParts.h"
 #include "IconButton.h"
 #include "IconLabel.h"
 #include "LinkListView.h"
 #include "MenuBarViewModel.h"
-#include "Outline.h"
 #include "PanelPlacement.h"
 #include "SearchBar.h"
 #include "Spinner.h"
 #include "TintedIcon.h"
 #include "settings/InlineSettingsView.h"
+#include "style/DevicePixels.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -35,6 +36,7 @@ namespace
 
 constexpr QSize panelSize(380, 520);
 constexpr int placeholderIconSize = 32;
+constexpr qreal cardRadius = 10;
 constexpr Qt::WindowFlags panelFlags =
     Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
 
@@ -50,7 +52,8 @@ MenuBarView::MenuBarView(MenuBarViewModel &model, MakeSettings makeSettings)
     setWindowTitle(u"Strandloom"_s);
     setAccessibleName(u"Strandloom"_s);
     setBackgroundRole(QPalette::Base);
-    setAutoFillBackground(true);
+    m_isRounded = isComposited();
+    setAttribute(Qt::WA_TranslucentBackground, m_isRounded);
 
     m_screens->addWidget(makeLinksScreen());
     auto *const frame = new QVBoxLayout(this);
@@ -374,8 +377,9 @@ void MenuBarView::paste()
 
 void MenuBarView::paintEvent(QPaintEvent *)
 {
-    if (!m_isPanel)
-        return;
     QPainter painter(this);
-    drawOutline(painter, rect(), palette().color(QPalette::Mid));
+    const QColor line = palette().color(QPalette::Mid);
+    draw(painter,
+         {QRectF(rect()), m_isPanel && m_isRounded ? cardRadius : 0,
+          palette().color(QPalette::Base), m_isPanel ? line : QColor(Qt::transparent)});
 }

@@ -83,6 +83,7 @@ private:
     Spinner *m_spinner = nullptr;
     bool m_isPanel = false;
     const void *m_focused = nullptr; ///< the window of ours that has the focus, or had
+    bool m_isRounded = false; ///< as a panel, where the desktop can
     std::optional<QRect> m_trayIcon; ///< as it was when the panel was shown, as is the cursor
     QPoint m_cursor;
 };

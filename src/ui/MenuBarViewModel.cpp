@@ -16,7 +16,9 @@ using namespace std::chrono_literals;
 namespace
 {
 constexpr auto answerTime = 4s;
-}
+constexpr auto copiedTime = 1500ms;
+constexpr int longestWord = 40; // of a tool tip, in characters
+} // namespace
 
 MenuBarViewModel::MenuBarViewModel(const Parts &parts, QObject *parent)
     : QObject(parent)
@@ -48,7 +50,32 @@ LinkRow MenuBarViewModel::row(const ListPosition &position) const
         return {position, {}, {}, {}}; // it is about to go
     const QString title = shownText(link->title ? *link->title : link->url);
     const auto summary = link->summary ? std::optional(shownText(*link->summary)) : std::nullopt;
-    return {position, title, m_dates.shortTime(link->copiedAt), summary};
+    const QString time = position.id == m_copied ? tr("Copied") : m_dates.shortTime(link->copiedAt);
+    return {position, title, time, summary};
+}
+
+QStringList MenuBarViewModel::times() const
+{
+    QStringList times{tr("Copied")};
+    for (int hour = 0; hour < 24; ++hour)
+        times.append(m_dates.shortTime(Instant(std::chrono::hours(hour) + 48min)));
+    return times;
+}
+
+QString MenuBarViewModel::toolTip(const LinkId &id) const
+{
+    const auto link = m_parts.modelContext.link(id);
+    if (!link)
+        return {};
+    QString url = shownText(link->url);
+    for (qsizetype at = longestWord; at < url.size(); at += longestWord + 1)
+        url.insert(at, QChar(0x200b)); // where the line may break
+    QStringList lines{url, m_dates.mediumDateShortTime(link->copiedAt)};
+    if (link->title)
+        lines.prepend(shownText(*link->title));
+    for (QString &line : lines)
+        line = line.toHtmlEscaped();
+    return lines.join(u"<br>");
 }
 
 bool MenuBarViewModel::isEmpty() const
@@ -142,14 +169,25 @@ void MenuBarViewModel::open(const LinkId &id)
 void MenuBarViewModel::copyUrl(const LinkId &id)
 {
     if (const auto link = m_parts.modelContext.link(id))
-        m_parts.clipboard.setText(link->url);
+        copy(id, link->url);
 }
 
 void MenuBarViewModel::copySummary(const LinkId &id)
 {
     const auto link = m_parts.modelContext.link(id);
     if (link && link->summary)
-        m_parts.clipboard.setText(*link->summary);
+        copy(id, *link->summary);
+}
+
+void MenuBarViewModel::copy(const LinkId &id, const QString &text)
+{
+    m_parts.clipboard.setText(text);
+    m_copied = id;
+    m_copiedEnd = m_parts.clock.after(copiedTime, [this] {
+        m_copied = LinkId();
+        Q_EMIT timesChanged();
+    });
+    Q_EMIT timesChanged();
 }
 
 void MenuBarViewModel::remove(const LinkId &id)

@@ -25,7 +25,7 @@ enum class MenuBarScreen { links, settings };
 struct LinkRow {
     ListPosition position;
     QString title; ///< the page's title, else the address
-    QString time; ///< of copying, short, in the user's locale
+    QString time; ///< of copying, short, in the user's locale; for a moment, that it was copied
     std::optional<QString> summary;
 };
 
@@ -54,6 +54,11 @@ public:
 
     /// Never reads ahead of a view.
     LinkListModel &links() { return m_links; }
+    /// All that the place of the time may hold.
+    QStringList times() const;
+    /// The title, the address and the full date, as HTML without markup of its own; empty when the
+    /// link is gone.
+    QString toolTip(const LinkId &id) const;
     /// Lists the links that contain `text`; all for an empty one.
     void setSearchText(const QString &text);
     bool isSearching() const { return m_links.isSearching(); }
@@ -95,6 +100,8 @@ public:
     void add(const QString &address);
 
 Q_SIGNALS:
+    /// Rows show another time, since one says that it was copied, or no longer does.
+    void timesChanged();
     /// Some text or flag is another. Rows announce themselves through `links()`.
     void changed();
     /// The user wants to go on capturing.
@@ -103,6 +110,7 @@ Q_SIGNALS:
 private:
     Task<> summarizeListed();
     QString take(const QString &address);
+    void copy(const LinkId &id, const QString &text);
 
     Parts m_parts;
     LinkListModel m_links;
@@ -111,6 +119,8 @@ private:
     MenuBarScreen m_currentScreen = MenuBarScreen::links;
     qint64 m_today = 0;
     std::unique_ptr<Alarm> m_midnight;
+    LinkId m_copied; ///< says so, for as long as `m_copiedEnd` is pending
+    std::unique_ptr<Alarm> m_copiedEnd;
     QString m_notice;
     bool m_isPaused = false;
     QString m_answer; ///< to what the user did last, for as long as `m_answerEnd` is pending

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "TintedIcon.h"
 
+#include "style/Colors.h"
+
 #include <QGuiApplication>
 #include <QIconEngine>
 #include <QPainter>
@@ -79,8 +81,5 @@ QIcon tintedIcon(const QString &name, std::optional<Tone> tone)
 
 QColor secondaryTextColor(const QPalette &palette)
 {
-    const QColor text = palette.color(QPalette::Text), base = palette.color(QPalette::Base);
-    const auto blend = [](int of, int with) { return (of * 62 + with * 38) / 100; };
-    return QColor(blend(text.red(), base.red()), blend(text.green(), base.green()),
-                  blend(text.blue(), base.blue()));
+    return blended(palette.color(QPalette::Text), palette.color(QPalette::Base), 0.66);
 }

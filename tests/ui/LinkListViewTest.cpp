@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "ElidedLabel.h"
+#include "IconLabel.h"
 #include "TestPanel.h"
 
 #include <QAccessible>
@@ -245,27 +247,57 @@ private Q_SLOTS:
         menu = openContextMenu(shown.row(0));
         const QStringList with{u"Copy URL"_s, u"Open in Browser"_s, u"Copy Summary"_s, u"Delete"_s};
         QCOMPARE(actionsOf(*menu), with);
+        QCOMPARE(menu->actions().last()->property("role"), u"destructive"_s);
         menu->actions().at(2)->trigger();
         QCOMPARE(shown.clipboard.text(), u"A page about tea."_s);
         menu->close();
     }
 
-    void buttonsAppearOverTheRowPointedAt()
+    void buttonsAreForThePointerAndTheKeyboard()
     {
         ShownList shown;
-        shown.addLinks(2);
+        shown.addLinks(3);
         shown.show();
-        const auto buttons = shown.row(0)->findChildren<QToolButton *>();
-        QCOMPARE(buttons.size(), 3);
+        const auto buttonOf = [&shown](int row) {
+            return shown.row(row)->findChildren<QToolButton *>().at(2);
+        };
+        const auto &title = *shown.row(0)->findChild<ElidedLabel *>();
         pointAt(shown.row(0));
-        QVERIFY(buttons.at(2)->isVisible());
-        pointAt(shown.row(1));
-        QVERIFY(!buttons.at(2)->isVisible());
+        QVERIFY(buttonOf(0)->isVisible());
+        const QRect place = title.geometry();
+        pointAt(shown.row(2));
+        QVERIFY(!buttonOf(0)->isVisible());
+        QCOMPARE(title.geometry(), place);
+        QTest::mouseClick(shown.row(0), Qt::LeftButton);
+        pointAt(shown.row(2));
+        QVERIFY(shown.row(0)->hasFocus());
+        QVERIFY(!buttonOf(0)->isVisible());
+        shown.press(Qt::Key_Down);
+        QVERIFY(buttonOf(1)->isVisible());
         pointAt(shown.row(0));
-        QTest::mouseClick(buttons.at(2), Qt::LeftButton);
+        QTest::mouseClick(buttonOf(0), Qt::LeftButton);
         shown.settle();
-        QCOMPARE(shown.firstNumber(), 0);
-        QCOMPARE(shown.list.rowsInView().size(), 1);
+        QCOMPARE(shown.firstNumber(), 1);
+    }
+
+    void timesStandInOneColumnAndSayWhatWasCopied()
+    {
+        ShownList shown;
+        shown.addSummarized(u"https://a.example/0"_s, 0, u"On tea."_s);
+        shown.addSummarized(u"https://a.example/1"_s, 3 * 3600, u"On tea."_s); // a wider time
+        shown.show();
+        const auto markOf = [&shown](int row) {
+            const auto *const mark = shown.row(row)->findChild<IconLabel *>();
+            return mark->mapTo(shown.row(row), QPoint()).x();
+        };
+        QCOMPARE(markOf(0), markOf(1));
+        const auto name = [&shown] { return shown.row(0)->accessibleName(); };
+        const QString before = name();
+        shown.model.copySummary(shown.row(0)->id());
+        QVERIFY(name().endsWith(u"Copied"));
+        QCOMPARE(markOf(0), markOf(1));
+        shown.store.clock.advance(std::chrono::seconds(2));
+        QCOMPARE(name(), before);
     }
 
     void answersWhateverAPageSends()

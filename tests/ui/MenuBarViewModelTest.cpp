@@ -96,6 +96,11 @@ private Q_SLOTS:
         QCOMPARE(panel.clipboard.text(), url);
         panel.model.copySummary(link.id);
         QCOMPARE(panel.clipboard.text(), summary);
+        panel.store.context().setTitle(link.id, u"<b>Tea</b>"_s);
+        const QStringList told = panel.model.toolTip(link.id).split(u"<br>"_s);
+        QCOMPARE(told.first(), u"&lt;b&gt;Tea&lt;/b&gt;"_s);
+        QVERIFY(QString(told.at(1)).remove(QChar(0x200b)).startsWith(url.left(400)));
+        QCOMPARE(told.at(2), u"Nov 14, 2023, 11:13\u202fPM"_s);
         panel.model.remove(link.id);
         QVERIFY(!panel.store.context().link(link.id));
 

@@ -38,9 +38,10 @@ uint schemeOf(QVariant value)
     return value.toUInt();
 }
 
+} // namespace
+
 QPalette darkPalette()
 {
-    // Fields are lighter than windows: the style draws their outlines darker than both.
     const QColor window(0x20, 0x21, 0x25), base(0x31, 0x33, 0x3a), text(0xe8, 0xe9, 0xed);
     QPalette palette(window, window);
     palette.setColor(QPalette::WindowText, text);
@@ -55,14 +56,12 @@ QPalette darkPalette()
     palette.setColor(QPalette::Link, QColor(0x7d, 0xa9, 0xff));
     palette.setColor(QPalette::Highlight, QColor(0x3b, 0x6f, 0xd9));
     palette.setColor(QPalette::HighlightedText, Qt::white);
-    const QColor faint(0x8a, 0x8c, 0x95);
+    const QColor faint(0xa6, 0xa8, 0xb1);
     palette.setColor(QPalette::PlaceholderText, faint);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-        palette.setColor(QPalette::Disabled, role, faint);
+        palette.setColor(QPalette::Disabled, role, QColor(0x7c, 0x7e, 0x87));
     return palette;
 }
-
-} // namespace
 
 ColorScheme::ColorScheme(QObject *parent)
     : QObject(parent)
@@ -109,10 +108,9 @@ void ColorScheme::apply(bool dark)
 {
     debugLog(dark ? u"Colour scheme: dark"_s : u"Colour scheme: light"_s);
     if (dark && !isDark(QApplication::palette())) {
+        m_light = QApplication::palette();
         QApplication::setPalette(darkPalette());
-        m_isOurs = true;
-    } else if (!dark && m_isOurs) {
-        QApplication::setPalette(QPalette());
-        m_isOurs = false;
+    } else if (!dark && m_light) {
+        QApplication::setPalette(*std::exchange(m_light, std::nullopt));
     }
 }

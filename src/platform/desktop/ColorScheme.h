@@ -3,6 +3,12 @@
 
 #include <QDBusVariant>
 #include <QObject>
+#include <QPalette>
+
+#include <optional>
+
+/// The colours of the program where its desktop is dark and its toolkit does not know.
+QPalette darkPalette();
 
 /// Keeps the program's palette in step with the desktop's choice of dark or light, as the settings
 /// portal tells it, live. Where the toolkit's own theme already follows the desktop nothing is
@@ -23,5 +29,5 @@ private:
     void ask();
     void apply(bool dark);
 
-    bool m_isOurs = false; ///< the palette in use is one that this object set
+    std::optional<QPalette> m_light; ///< was in use before this object set its own
 };

@@ -108,7 +108,7 @@ QLayout *EmailSetupSheet::makeButtons()
     auto *const cancel = new QPushButton(tr("Cancel"));
     cancel->setAutoDefault(false);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    auto *const save = new QPushButton(tr("Save"));
+    auto *const save = primaryButton(tr("Save"));
     save->setDefault(true);
     connect(save, &QPushButton::clicked, this, &EmailSetupSheet::save);
     auto *const line = new QHBoxLayout;

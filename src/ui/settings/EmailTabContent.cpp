@@ -84,7 +84,7 @@ QWidget *EmailTabContent::makeSetupCard()
                                       "keeps your data private - emails are sent directly from "
                                       "your Mac."));
     text->setAlignment(Qt::AlignHCenter);
-    auto *const setUp = new QPushButton(tr("Set Up Email..."));
+    auto *const setUp = primaryButton(tr("Set Up Email..."));
     connect(setUp, &QPushButton::clicked, this, &EmailTabContent::showSetup);
 
     auto *const column = new QVBoxLayout(card);

@@ -20,6 +20,8 @@ namespace
 constexpr int margin = 12;
 }
 
+constexpr int tabsTop = 8;
+
 QString label(SettingsTab tab)
 {
     switch (tab) {
@@ -57,7 +59,10 @@ InlineSettingsView::InlineSettingsView(const SettingsParts &parts, QWidget *pare
     auto *const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    column->addWidget(m_tabs);
+    auto *const tabs = new QHBoxLayout;
+    tabs->setContentsMargins(12, tabsTop, 12, 0);
+    tabs->addWidget(m_tabs);
+    column->addLayout(tabs);
     column->addWidget(m_area, 1);
     select(SettingsTab::general);
     connect(m_tabs, &QTabBar::currentChanged, this,
@@ -99,7 +104,7 @@ int InlineSettingsView::contentHeight() const
     const QLayout *const content = m_area->widget()->layout();
     const int height = content->hasHeightForWidth() ? content->totalHeightForWidth(width())
                                                     : content->totalSizeHint().height();
-    return m_tabs->sizeHint().height() + height;
+    return tabsTop + m_tabs->sizeHint().height() + height;
 }
 
 bool InlineSettingsView::eventFilter(QObject *watched, QEvent *event)
