@@ -71,6 +71,7 @@ class Acts(unittest.TestCase):
         def is_open():
             return bool(windows(self.desktop))
 
+        time.sleep(1)  # a window that was asked for last would be closed by the click below
         for _ in range(30):  # what else is open is closed first, one by one
             others = windows(self.desktop, f"({'|'.join(WINDOWS)})")
             if not others:
