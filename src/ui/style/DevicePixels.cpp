@@ -20,10 +20,17 @@ void draw(QPainter &painter, const Box &box)
 
     painter.save();
     painter.setTransform(toDevice.inverted(), true);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const QPen pen(box.line, width, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin);
-    painter.setPen(width > 0 ? pen : QPen(Qt::NoPen));
-    painter.setBrush(box.fill);
-    painter.drawRoundedRect(pixels.adjusted(middle, middle, -middle, -middle), radius, radius);
+    if (box.radius > 0) {
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(width > 0 ? QPen(box.line, width) : QPen(Qt::NoPen));
+        painter.setBrush(box.fill);
+        painter.drawRoundedRect(pixels.adjusted(middle, middle, -middle, -middle), radius, radius);
+    } else { // strokes leave the corners of a square too light
+        const QRect outer = pixels.toRect();
+        const QRect inner = outer.marginsRemoved(QMargins() + int(width));
+        painter.fillRect(inner, box.fill);
+        for (const QRect &side : QRegion(outer) - inner)
+            painter.fillRect(side, box.line);
+    }
     painter.restore();
 }
