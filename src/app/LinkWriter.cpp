@@ -86,8 +86,8 @@ private:
     /// What waits in memory for better times would go with this process.
     Result written()
     {
-        return context().hasUnsavedChanges() ? unusable(StoreError{StoreError::Kind::failed, {}})
-                                             : Result();
+        const auto &reason = context().unsavedReason();
+        return reason ? unusable(*reason) : Result();
     }
     ModelContext &context() { return m_container->mainContext(); }
 

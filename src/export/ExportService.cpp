@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ExportService.h"
 
-#include "async/LoopTurn.h"
 #include "async/OnPool.h"
 
 ExportService::ExportService(Parts parts)
@@ -17,17 +16,9 @@ ExportService::~ExportService()
 
 Task<ExportService::Links> ExportService::selected(LinkOrder order, LinkSelection selection)
 {
-    QList<CapturedLink> links;
-    LinkCursor cursor(m_parts.modelContext, order);
-    while (!cursor.isAtEnd()) {
-        const Links page = cursor.next();
-        if (!page)
-            co_return page;
-        std::copy_if(page->begin(), page->end(), std::back_inserter(links),
-                     [&selection](const CapturedLink &link) { return selection.accepts(link); });
-        LoopTurn turn;
-        co_await turn;
-    }
+    const std::function<bool(const CapturedLink &)> accepts =
+        [selection](const CapturedLink &link) { return selection.accepts(link); };
+    auto links = co_await collectVisibleLinks(m_parts.modelContext, order, accepts);
     co_return links;
 }
 

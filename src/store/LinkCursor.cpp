@@ -3,9 +3,11 @@
 
 #include "async/LoopTurn.h"
 
+#include <algorithm>
+
 namespace
 {
-constexpr int pageSize = 1000;
+constexpr qsizetype pageSize = 1000;
 }
 
 LinkCursor::LinkCursor(const ModelContext &context, LinkOrder order)
@@ -16,22 +18,22 @@ LinkCursor::LinkCursor(const ModelContext &context, LinkOrder order)
 
 ModelContext::Links LinkCursor::next()
 {
-    auto page = m_order == LinkOrder::store ? m_context.visibleInStoreOrder(m_place, pageSize)
-                                            : nextNewest();
-    m_isAtEnd = m_isAtEnd || !page || !m_place;
-    return page;
+    m_isAtEnd = true; // unless this goes well
+    if (!m_rows) {
+        auto rows = m_context.visibleRows(m_order);
+        if (!rows)
+            return Unexpected{rows.error()};
+        m_rows = std::move(*rows);
+    }
+    const auto size = std::min(pageSize, m_rows->size());
+    auto links = m_context.visibleIn(m_rows->first(size));
+    m_rows->remove(0, size);
+    m_isAtEnd = !links || m_rows->isEmpty();
+    return links;
 }
 
-ModelContext::Links LinkCursor::nextNewest()
-{
-    auto page = m_context.visibleNewestFirst(m_last, pageSize);
-    m_isAtEnd = page && page->size() < pageSize;
-    if (page && !page->isEmpty())
-        m_last = positionOf(page->last());
-    return page;
-}
-
-Task<ModelContext::Links> collectVisibleLinks(const ModelContext &context, LinkOrder order)
+Task<ModelContext::Links> collectVisibleLinks(const ModelContext &context, LinkOrder order,
+                                              std::function<bool(const CapturedLink &)> accepts)
 {
     QList<CapturedLink> links;
     LinkCursor cursor(context, order);
@@ -39,7 +41,8 @@ Task<ModelContext::Links> collectVisibleLinks(const ModelContext &context, LinkO
         const auto page = cursor.next();
         if (!page)
             co_return page;
-        links.append(*page);
+        std::copy_if(page->begin(), page->end(), std::back_inserter(links),
+                     [&accepts](const CapturedLink &link) { return !accepts || accepts(link); });
         LoopTurn turn;
         co_await turn;
     }

@@ -4,8 +4,10 @@
 #include "ModelContext.h"
 #include "async/Task.h"
 
-/// Reads all visible links in one order, a page that holds the main thread for a few milliseconds
-/// at a time. What is copied or removed between two pages may be read or not.
+#include <functional>
+
+/// Reads all links that are visible at its first page, a page that holds the main thread for a few
+/// milliseconds at a time. What is removed between two pages may be read or not.
 class LinkCursor
 {
 public:
@@ -17,14 +19,14 @@ public:
     bool isAtEnd() const { return m_isAtEnd; }
 
 private:
-    ModelContext::Links nextNewest();
-
     const ModelContext &m_context;
     LinkOrder m_order;
-    std::optional<qint64> m_place = 0;
-    std::optional<ListPosition> m_last;
+    std::optional<QList<qint64>> m_rows; ///< that are still to be read, once it has begun
     bool m_isAtEnd = false;
 };
 
-/// All visible links in `order`. The main loop goes on meanwhile; `context` outlives the wait.
-Task<ModelContext::Links> collectVisibleLinks(const ModelContext &context, LinkOrder order);
+/// The visible links in `order` that `accepts` takes; without it all. The main loop goes on
+/// meanwhile; `context` outlives the wait.
+Task<ModelContext::Links>
+collectVisibleLinks(const ModelContext &context, LinkOrder order,
+                    std::function<bool(const CapturedLink &)> accepts = {});

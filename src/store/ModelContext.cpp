@@ -5,6 +5,7 @@
 #include "DebugLog.h"
 #include "LinkRows.h"
 #include "StoreDatabase.h"
+#include "StoredLinks.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -13,69 +14,88 @@ namespace
 {
 
 constexpr auto retryInterval = 5s;
+constexpr auto sweepDelay = 1s;
 
-constexpr auto saveLink = "INSERT INTO links(" LINK_COLUMNS ") VALUES(?,?,?,?,?,?,?) "
-                          "ON CONFLICT(id) DO UPDATE SET title=excluded.title, "
-                          "summary=excluded.summary, isExported=excluded.isExported, "
-                          "isVisible=excluded.isVisible";
-constexpr auto hideLink = "UPDATE links SET isVisible=0 WHERE id=?";
-constexpr auto hideExportedLink = "UPDATE links SET isVisible=0, isExported=1 WHERE id=?";
-constexpr auto removeLink = "DELETE FROM links WHERE id=?";
-constexpr auto removeOldLinks = "DELETE FROM links WHERE copiedAt<? "
-                                "RETURNING id, isVisible, summary IS NOT NULL";
-constexpr auto removeAllLinks = "DELETE FROM links";
+// What cannot be written is kept in a table in memory, and a view puts it in front of the stored
+// rows, so that whatever reads "links" reads both. A kept link that has a row bears its number; a
+// new one bears a number that no row reaches.
+#define FIRST_NEW "4611686018427387904"
+constexpr qint64 firstNew = qint64(1) << 62;
+constexpr auto beginKeeping = R"(
+CREATE TABLE temp.unsaved(
+    seq INTEGER PRIMARY KEY, id BLOB NOT NULL UNIQUE, url TEXT, title TEXT, summary TEXT,
+    copiedAt INTEGER, isExported INTEGER, isVisible INTEGER);
+CREATE VIEW temp.links AS
+    SELECT seq, id, url, title, summary, copiedAt, isExported, isVisible FROM main.links
+    WHERE seq NOT IN (SELECT seq FROM unsaved)
+    UNION ALL SELECT seq, id, url, title, summary, copiedAt, isExported, isVisible FROM unsaved;
+)";
+constexpr auto endKeeping = "DROP VIEW temp.links; DROP TABLE temp.unsaved";
 
-constexpr auto allStates = "SELECT id, isVisible, summary IS NOT NULL FROM links";
-constexpr auto stateById = "SELECT id, isVisible, summary IS NOT NULL FROM links WHERE id=?";
+constexpr auto addLink = "INSERT INTO main.links(" LINK_COLUMNS ") VALUES(?,?,?,?,?,?,?)";
+constexpr auto keepNew = "INSERT INTO unsaved(" LINK_COLUMNS ", seq) VALUES(?,?,?,?,?,?,?, (SELECT "
+                         "max(" FIRST_NEW ", coalesce(max(seq) + 1, 0)) FROM unsaved))";
+constexpr auto keepStored = "INSERT OR IGNORE INTO unsaved(seq, " LINK_COLUMNS ") "
+                            "SELECT seq, " LINK_COLUMNS " FROM main.links WHERE id=?";
+constexpr auto keptLinks = "SELECT " LINK_COLUMNS " FROM unsaved ORDER BY seq";
+constexpr auto keptRows = "SELECT seq FROM unsaved ORDER BY seq";
+constexpr auto saveNew = "INSERT INTO main.links(" LINK_COLUMNS ") "
+                         "SELECT " LINK_COLUMNS " FROM unsaved WHERE seq=?";
+constexpr auto saveStored = "UPDATE main.links SET title=kept.title, summary=kept.summary, "
+                            "isExported=kept.isExported, isVisible=kept.isVisible "
+                            "FROM unsaved AS kept WHERE kept.seq=?1 AND links.seq=?1";
+constexpr auto forgetKept = "DELETE FROM unsaved WHERE seq=?";
+
+constexpr auto removeLink = "DELETE FROM main.links WHERE id=?";
+constexpr auto removeKeptLink = "DELETE FROM unsaved WHERE id=?";
+constexpr auto removeOldLinks = "DELETE FROM main.links WHERE copiedAt<?";
+constexpr auto removeOldKeptLinks = "DELETE FROM unsaved WHERE copiedAt<?";
+constexpr auto removeAllLinks = "DELETE FROM main.links"; // no condition: it drops whole pages
+constexpr auto removeAllKeptLinks = "DELETE FROM unsaved";
+
+constexpr auto allIds = "SELECT id FROM links";
+constexpr auto oldIds = "SELECT id FROM links WHERE copiedAt<?";
+constexpr auto stateById = "SELECT isVisible, summary IS NOT NULL FROM links WHERE id=?";
 constexpr auto linkById = "SELECT " LINK_COLUMNS " FROM links WHERE id=?";
 constexpr auto countByUrl = "SELECT count(*) FROM links WHERE url=?";
 constexpr auto countVisibleSince = "SELECT count(*) FROM links WHERE isVisible AND copiedAt>=?";
 constexpr auto countAll = "SELECT count(*), total(isVisible), "
                           "total(isVisible AND summary IS NULL) FROM links";
-constexpr auto firstPage = "SELECT " LINK_COLUMNS " FROM links WHERE isVisible "
-                           "ORDER BY copiedAt DESC, id DESC LIMIT ?";
-constexpr auto nextPage = "SELECT " LINK_COLUMNS " FROM links "
-                          "WHERE isVisible AND (copiedAt, id) < (?2, ?3) "
-                          "ORDER BY copiedAt DESC, id DESC LIMIT ?1";
 constexpr auto positionsBehind = "SELECT copiedAt, id FROM links "
-                                 "WHERE isVisible AND (copiedAt, id) < (?2, ?3) "
-                                 "ORDER BY copiedAt DESC, id DESC LIMIT ?1";
+                                 "WHERE isVisible AND (copiedAt, id) < (?, ?) "
+                                 "ORDER BY copiedAt DESC, id DESC";
 constexpr auto idsWithoutSummary = "SELECT id FROM links WHERE isVisible AND summary IS NULL "
                                    "ORDER BY copiedAt DESC, id DESC";
-constexpr auto storeOrderPage = "SELECT " LINK_COLUMNS ", seq FROM links "
-                                "WHERE isVisible AND seq>?2 ORDER BY seq LIMIT ?1";
-constexpr int seqColumn = 7;
 
 constexpr auto insertDomain = "INSERT INTO excludedDomains(id, domain, addedAt) VALUES(?,?,?)";
 constexpr auto removeDomain = "DELETE FROM excludedDomains WHERE id=?";
 constexpr auto allDomains = "SELECT id, domain, addedAt FROM excludedDomains ORDER BY seq";
 
-void bindLink(SQLite::Statement &statement, const CapturedLink &link)
+void logFailure(const ModelContext::Result &done)
 {
-    bindId(statement, 1, link.id);
-    bindText(statement, 2, link.url);
-    bindText(statement, 3, link.title);
-    bindText(statement, 4, link.summary);
-    bindInstant(statement, 5, link.copiedAt);
-    statement.bind(6, link.isExported);
-    statement.bind(7, link.isVisible);
+    if (!done)
+        debugLog(u"The store failed: "_s + description(done.error()));
 }
 
-/// Of a row of the id and the two fields.
-LinkState stateFrom(SQLite::Statement &row)
+/// Trying again one by one is of no use where nothing at all can be written.
+bool mayBeOneRow(StoreError::Kind kind)
 {
-    return {row.getColumn(1).getInt() != 0, row.getColumn(2).getInt() != 0};
-}
-
-QList<CapturedLink> linksOf(Query &query)
-{
-    QList<CapturedLink> links;
-    while (query->executeStep())
-        links.append(linkFrom(*query));
-    return links;
+    return kind == StoreError::Kind::damaged || kind == StoreError::Kind::failed;
 }
 
 } // namespace
+
+/// One change of links: what it does to a stored row, and to a kept one. Both statements take the
+/// id first, and then the text, if there is one.
+struct ModelContext::Change {
+    const char *stored;
+    const char *kept;
+    LinkState (*after)(LinkState before);
+};
+
+#define ASSIGN(ASSIGNMENTS)                                                                        \
+    "UPDATE main.links SET " ASSIGNMENTS " WHERE id=?1",                                           \
+        "UPDATE unsaved SET " ASSIGNMENTS " WHERE id=?1"
 
 ModelContext::ModelContext(StoreDatabase &database, Clock &clock)
     : m_database(database)
@@ -85,27 +105,42 @@ ModelContext::ModelContext(StoreDatabase &database, Clock &clock)
 
 ModelContext::~ModelContext()
 {
-    if (m_unsaved.isEmpty())
-        return;
-    if (const auto written = write(m_unsaved.inOrder()); !written)
-        debugLog(u"Links are lost, the store cannot be written: "_s + description(written.error()));
+    saveUnsaved();
 }
 
 void ModelContext::insert(const CapturedLink &link)
 {
-    m_unsaved.keepNew(link);
-    saveUnsaved();
+    if (m_isKeeping || !add({link})) {
+        const Result kept = keep([&] {
+            Query keep = m_database.query(keepNew);
+            bindLink(*keep, link);
+            keep->exec();
+        });
+        if (!kept)
+            debugLog(u"A link is lost: "_s + description(kept.error()));
+    }
     noteInserted(link);
 }
 
 ModelContext::Result ModelContext::insertAll(const QList<CapturedLink> &links)
 {
-    const Result written = write(links);
+    const Result written = add(links);
     if (!written)
         return written;
     for (const CapturedLink &link : links)
         noteInserted(link);
     return {};
+}
+
+ModelContext::Result ModelContext::add(const QList<CapturedLink> &links)
+{
+    return m_database.transaction([&] {
+        for (const CapturedLink &link : links) {
+            Query add = m_database.query(addLink);
+            bindLink(*add, link);
+            add->exec();
+        }
+    });
 }
 
 void ModelContext::noteInserted(const CapturedLink &link)
@@ -117,105 +152,142 @@ void ModelContext::noteInserted(const CapturedLink &link)
 
 void ModelContext::setTitle(const LinkId &id, const QString &title)
 {
-    update(id, &CapturedLink::title, title);
+    logFailure(change({id}, {ASSIGN("title=?2"), [](LinkState before) { return before; }}, title));
 }
 
 void ModelContext::setSummary(const LinkId &id, const QString &summary)
 {
-    update(id, &CapturedLink::summary, summary);
-}
-
-void ModelContext::update(const LinkId &id, std::optional<QString> CapturedLink::*field,
-                          const QString &text)
-{
-    auto link = this->link(id);
-    if (!link)
-        return;
-    m_counts -= countsOf(stateOf(*link));
-    *link.*field = text;
-    m_counts += countsOf(stateOf(*link));
-    m_unsaved.keepChanged(*link);
-    saveUnsaved();
-    m_changes.noteUpdated(id);
-    announceLater();
-}
-
-void ModelContext::saveUnsaved()
-{
-    const auto written = write(m_unsaved.inOrder());
-    if (written)
-        m_unsaved.forgetAll();
-    else
-        debugLog(u"Failed to save: "_s + description(written.error()));
-    watchUnsaved();
-}
-
-/// Tries again later for as long as something is unsaved.
-void ModelContext::watchUnsaved()
-{
-    const bool had = hasUnsavedChanges();
-    m_retry =
-        m_unsaved.isEmpty() ? nullptr : m_clock.after(retryInterval, [this] { saveUnsaved(); });
-    if (hasUnsavedChanges() != had)
-        Q_EMIT hasUnsavedChangesChanged();
-}
-
-ModelContext::Result ModelContext::write(const QList<CapturedLink> &links)
-{
-    return m_database.transaction([&] {
-        for (const CapturedLink &link : links) {
-            Query save = m_database.query(saveLink);
-            bindLink(*save, link);
-            save->exec();
-        }
-    });
+    const auto after = [](LinkState before) { return LinkState{before.isVisible, true}; };
+    logFailure(change({id}, {ASSIGN("summary=?2"), after}, summary));
 }
 
 ModelContext::Result ModelContext::hide(const QList<LinkId> &ids)
 {
-    return hideEach(ids, hideLink, [](CapturedLink &link) { link.isVisible = false; });
+    const auto after = [](LinkState before) { return LinkState{false, before.hasSummary}; };
+    return change(ids, {ASSIGN("isVisible=0"), after}, std::nullopt);
 }
 
 ModelContext::Result ModelContext::hideExported(const QList<LinkId> &ids)
 {
-    return hideEach(ids, hideExportedLink, [](CapturedLink &link) {
-        link.isVisible = false;
-        link.isExported = true;
-    });
+    const auto after = [](LinkState before) { return LinkState{false, before.hasSummary}; };
+    return change(ids, {ASSIGN("isVisible=0, isExported=1"), after}, std::nullopt);
 }
 
-/// Writes many with `sql`, for all that `change` does to each would be to keep them all in memory.
-ModelContext::Result ModelContext::hideEach(const QList<LinkId> &ids, const char *sql,
-                                            const LinkChange &change)
+ModelContext::Result ModelContext::change(const QList<LinkId> &ids, const Change &change,
+                                          const std::optional<QString> &text)
 {
     const auto before = states(ids);
     if (!before)
         return Unexpected{before.error()};
     if (before->isEmpty())
         return {};
-    if (runForEach(sql, ids)) // in the caller's order, which is mostly that of the rows on disk
-        m_unsaved.changeEach(ids, change);
-    else
-        keepChanged(ids, change);
+    const auto apply = [&](const char *sql, const LinkId &id) {
+        Query query = m_database.query(sql);
+        bindId(*query, 1, id);
+        if (text)
+            bindText(*query, 2, text);
+        query->exec();
+    };
+    const auto write = [&] {
+        for (const LinkId &id : ids) // in the caller's order, mostly that of the rows on disk
+            apply(change.stored, id);
+    };
+    if (m_isKeeping || !m_database.transaction(write)) {
+        const Result kept = keep([&] {
+            for (const LinkId &id : ids) {
+                run(keepStored, id);
+                apply(change.kept, id);
+            }
+        });
+        if (!kept)
+            return kept;
+    }
     for (auto state = before->begin(); state != before->end(); ++state) {
         m_counts -= countsOf(*state);
-        m_counts += countsOf({false, state->hasSummary});
+        m_counts += countsOf(change.after(*state));
         m_changes.noteUpdated(state.key());
     }
     announceLater();
     return {};
 }
 
-/// Keeps in memory what could not be written, and tries again.
-void ModelContext::keepChanged(const QList<LinkId> &ids, const LinkChange &change)
+/// Does `work` to what is kept in memory, and tries to save that.
+ModelContext::Result ModelContext::keep(const std::function<void()> &work)
 {
-    for (const LinkId &id : ids) {
-        if (auto link = this->link(id)) {
-            change(*link);
-            m_unsaved.keepChanged(*link);
-        }
-    }
+    const Result kept = m_database.atOnce([&] {
+        if (!m_isKeeping)
+            m_database.execute(beginKeeping);
+        work();
+    });
+    m_isKeeping = m_isKeeping || kept;
     saveUnsaved();
+    return kept;
+}
+
+void ModelContext::saveUnsaved()
+{
+    if (!m_isKeeping)
+        return;
+    const auto rows = m_database.attempt([this] {
+        QList<qint64> kept;
+        Query query = m_database.query(keptRows);
+        while (query->executeStep())
+            kept.append(query->getColumn(0).getInt64());
+        return kept;
+    });
+    auto reason = rows ? save(*rows) : std::optional(rows.error());
+    if (!reason) {
+        if (const auto ended = m_database.attempt([&] { m_database.execute(endKeeping); }); ended)
+            m_isKeeping = false;
+        else
+            reason = ended.error();
+    }
+    if (reason)
+        debugLog(u"Failed to save: "_s + description(*reason));
+    const auto kindOf = [](const auto &error) {
+        return error ? std::optional(error->kind) : std::nullopt;
+    };
+    const bool isNews = kindOf(reason) != kindOf(m_unsavedReason);
+    m_unsavedReason = reason;
+    m_retry = reason ? m_clock.after(retryInterval, [this] { saveUnsaved(); }) : nullptr;
+    if (isNews)
+        Q_EMIT hasUnsavedChangesChanged();
+}
+
+/// Moves what it can of the kept `rows` into the store; why the others could not be written.
+std::optional<StoreError> ModelContext::save(const QList<qint64> &rows)
+{
+    const Result saved = m_database.transaction([&] {
+        for (const qint64 row : rows) {
+            for (const char *const sql : {row < firstNew ? saveStored : saveNew, forgetKept}) {
+                Query query = m_database.query(sql);
+                query->bind(1, int64_t(row));
+                query->exec();
+            }
+        }
+    });
+    if (saved)
+        return std::nullopt;
+    if (rows.size() < 2 || !mayBeOneRow(saved.error().kind))
+        return saved.error();
+    const auto first = save(rows.first(rows.size() / 2)); // one bad place takes no others with it
+    const auto second = save(rows.sliced(rows.size() / 2));
+    return first ? first : second;
+}
+
+ModelContext::Links ModelContext::unsavedLinks() const
+{
+    return m_database.attempt([this] {
+        QList<CapturedLink> links;
+        if (!m_isKeeping)
+            return links;
+        Query query = m_database.query(keptLinks);
+        while (query->executeStep()) {
+            if (const auto link = linkFrom(*query))
+                links.append(*link);
+        }
+        return links;
+    });
 }
 
 ModelContext::Result ModelContext::remove(const QList<LinkId> &ids)
@@ -223,68 +295,88 @@ ModelContext::Result ModelContext::remove(const QList<LinkId> &ids)
     const auto before = states(ids);
     if (!before)
         return Unexpected{before.error()};
-    const Result removed = runForEach(removeLink, ids);
-    if (removed)
-        finishRemoval(*before);
-    return removed;
-}
-
-/// Runs `sql`, which takes an id, for each of `ids`: for all of them or for none.
-ModelContext::Result ModelContext::runForEach(const char *sql, const QList<LinkId> &ids)
-{
-    return m_database.transaction([&] {
+    const Result removed = m_database.transaction([&] {
         for (const LinkId &id : ids) {
-            Query change = m_database.query(sql);
-            bindId(*change, 1, id);
-            change->exec();
+            run(removeLink, id);
+            if (m_isKeeping)
+                run(removeKeptLink, id);
         }
     });
+    if (!removed)
+        return removed;
+    for (const LinkState &state : *before)
+        m_counts -= countsOf(state);
+    finishRemoval(before->keys());
+    m_sweep = m_clock.after(sweepDelay, [this] { emptyLog(); }); // one for many
+    return {};
 }
 
 ModelContext::Result ModelContext::removeAll()
 {
-    States removed;
-    const auto written = m_database.transaction([&] {
-        removed = shownStates(allStates, std::nullopt);
-        m_database.query(removeAllLinks)->exec(); // without a condition it drops whole pages
-    });
-    if (!written)
-        return written;
-    for (const auto &[link, isNew, order] : m_unsaved.all())
-        removed.insert(link.id, stateOf(link));
-    finishRemoval(removed);
-    return {};
+    const auto removed = removeMany(std::nullopt);
+    return removed ? Result() : Unexpected{removed.error()};
 }
 
 Expected<qint64, StoreError> ModelContext::removeCopiedBefore(Instant cutoff)
 {
-    States removed;
-    const auto written =
-        m_database.transaction([&] { removed = shownStates(removeOldLinks, cutoff); });
+    return removeMany(cutoff);
+}
+
+/// All of them where there is no `cutoff`.
+Expected<qint64, StoreError> ModelContext::removeMany(std::optional<Instant> cutoff)
+{
+    QList<LinkId> removed;
+    const auto forRows = [&](const char *sql, const std::function<void(Query &)> &take) {
+        Query query = m_database.query(sql);
+        if (cutoff)
+            bindInstant(*query, 1, *cutoff);
+        while (query->executeStep())
+            take(query);
+    };
+    const Result written = m_database.transaction([&] {
+        forRows(cutoff ? oldIds : allIds, [&removed](Query &row) {
+            if (const auto id = idFrom(row->getColumn(0)))
+                removed.append(*id);
+        });
+        forRows(cutoff ? removeOldLinks : removeAllLinks, {});
+        if (m_isKeeping)
+            forRows(cutoff ? removeOldKeptLinks : removeAllKeptLinks, {});
+    });
     if (!written)
         return Unexpected{written.error()};
-    for (const auto &[link, isNew, order] : m_unsaved.all()) {
-        if (link.copiedAt < cutoff)
-            removed.insert(link.id, stateOf(link));
-    }
+    logFailure(takeCounts());
     finishRemoval(removed);
+    if (!removed.isEmpty())
+        emptyLog();
     return removed.size();
 }
 
-void ModelContext::finishRemoval(const States &removed)
+void ModelContext::finishRemoval(const QList<LinkId> &removed)
 {
     if (removed.isEmpty())
         return;
-    for (auto state = removed.begin(); state != removed.end(); ++state) {
-        m_counts -= countsOf(*state);
-        m_unsaved.forget(state.key());
-        m_changes.noteRemoved(state.key());
-    }
-    watchUnsaved();
+    for (const LinkId &id : removed)
+        m_changes.noteRemoved(id);
+    saveUnsaved(); // nothing may be left to save
     announceLater();
 }
 
-/// Of those of `ids` that exist, what all queries show of them.
+/// Until then, what was deleted stands in the log.
+void ModelContext::emptyLog()
+{
+    m_sweep.reset();
+    logFailure(m_database.emptyLog());
+}
+
+/// Runs `sql`, which takes an id. Throws what SQLiteCpp throws.
+void ModelContext::run(const char *sql, const LinkId &id)
+{
+    Query query = m_database.query(sql);
+    bindId(*query, 1, id);
+    query->exec();
+}
+
+/// Of those of `ids` that exist.
 Expected<ModelContext::States, StoreError> ModelContext::states(const QList<LinkId> &ids) const
 {
     return m_database.attempt([&] {
@@ -293,179 +385,121 @@ Expected<ModelContext::States, StoreError> ModelContext::states(const QList<Link
             Query query = m_database.query(stateById);
             bindId(*query, 1, id);
             if (query->executeStep())
-                states.insert(id, shownState(id, stateFrom(*query)));
-            else if (const auto *const unsaved = m_unsaved.find(id))
-                states.insert(id, stateOf(unsaved->link));
+                states.insert(
+                    id, {query->getColumn(0).getInt64() != 0, query->getColumn(1).getInt() != 0});
         }
         return states;
     });
 }
 
-/// Of the rows that `sql` hands out, what all queries show of them. Throws what SQLiteCpp throws.
-ModelContext::States ModelContext::shownStates(const char *sql, std::optional<Instant> cutoff) const
-{
-    Query query = m_database.query(sql);
-    if (cutoff)
-        bindInstant(*query, 1, *cutoff);
-    States states;
-    while (query->executeStep()) {
-        const LinkId id = idFrom(query->getColumn(0));
-        states.insert(id, shownState(id, stateFrom(*query)));
-    }
-    return states;
-}
-
-LinkState ModelContext::shownState(const LinkId &id, const LinkState &stored) const
-{
-    const auto *const unsaved = m_unsaved.find(id);
-    return unsaved ? stateOf(unsaved->link) : stored;
-}
-
 std::optional<CapturedLink> ModelContext::link(const LinkId &id) const
 {
-    const auto *const unsaved = m_unsaved.find(id);
-    return unsaved ? std::optional(unsaved->link) : stored(id);
-}
-
-/// As it is on disk.
-std::optional<CapturedLink> ModelContext::stored(const LinkId &id) const
-{
-    const auto found = m_database.attempt([&]() -> std::optional<CapturedLink> {
-        Query query = m_database.query(linkById);
-        bindId(*query, 1, id);
-        return query->executeStep() ? std::optional(linkFrom(*query)) : std::nullopt;
-    });
+    const auto found = m_database.attempt([&] { return read(id); });
     if (!found)
         debugLog(u"Failed to read a link: "_s + description(found.error()));
     return found ? *found : std::nullopt;
 }
 
+/// Throws what SQLiteCpp throws.
+std::optional<CapturedLink> ModelContext::read(const LinkId &id) const
+{
+    Query query = m_database.query(linkById);
+    bindId(*query, 1, id);
+    return query->executeStep() ? linkFrom(*query) : std::nullopt;
+}
+
 ModelContext::Result ModelContext::readTogether(const std::function<void()> &reads) const
 {
-    return m_database.transaction(reads);
+    return m_database.atOnce(reads);
 }
 
 Expected<qint64, StoreError> ModelContext::countWithUrl(const QString &url) const
 {
-    const auto count = m_database.attempt([&]() -> qint64 {
+    return m_database.attempt([&]() -> qint64 {
         Query query = m_database.query(countByUrl);
         bindText(*query, 1, url);
         query->executeStep();
         return query->getColumn(0).getInt64();
     });
-    if (!count)
-        return count;
-    return *count
-        + m_unsaved.countNew([&url](const CapturedLink &link) { return link.url == url; });
-}
-
-ModelContext::Links ModelContext::visibleNewestFirst(const std::optional<ListPosition> &after,
-                                                     int limit) const
-{
-    return m_database.attempt([&] {
-        QList<CapturedLink> page;
-        auto position = after;
-        for (int missing = limit; missing > 0; missing = limit - int(page.size())) {
-            QList<CapturedLink> rows = storedNewestFirst(position, missing);
-            const bool isEnd = rows.size() < missing;
-            if (!rows.isEmpty())
-                position = positionOf(rows.last());
-            m_unsaved.correctRows(rows); // some may be hidden in memory alone
-            page += rows;
-            if (isEnd)
-                break;
-        }
-        m_unsaved.addNew(page, after, limit);
-        return page;
-    });
-}
-
-QList<CapturedLink> ModelContext::storedNewestFirst(const std::optional<ListPosition> &after,
-                                                    int limit) const
-{
-    Query query = m_database.query(after ? nextPage : firstPage);
-    query->bind(1, limit);
-    if (after) {
-        bindInstant(*query, 2, after->copiedAt);
-        bindId(*query, 3, after->id);
-    }
-    return linksOf(query);
 }
 
 Expected<std::vector<ListPosition>, StoreError>
 ModelContext::visiblePositions(const std::optional<ListPosition> &after, int limit) const
 {
     return m_database.attempt([&] {
-        const ListPosition last = after.value_or(ListPosition{Instant::max(), {}});
         std::vector<ListPosition> positions;
+        ListPosition last = after.value_or(ListPosition{Instant::max(), {}});
         Query query = m_database.query(positionsBehind);
-        query->bind(1, m_unsaved.isEmpty() ? limit : -1);
-        bindInstant(*query, 2, last.copiedAt);
-        bindId(*query, 3, last.id);
-        while (query->executeStep())
-            positions.push_back({instantFrom(query->getColumn(0)), idFrom(query->getColumn(1))});
-        m_unsaved.correctPositions(positions, last, limit);
+        bindInstant(*query, 1, last.copiedAt);
+        bindId(*query, 2, last.id);
+        while ((limit < 0 || positions.size() < size_t(limit)) && query->executeStep()) {
+            const auto position = positionFrom(*query);
+            if (!position || !comesBefore(last, *position)) // in a damaged index
+                continue;
+            last = *position;
+            positions.push_back(last);
+        }
         return positions;
+    });
+}
+
+ModelContext::Links ModelContext::visibleNewestFirst(const std::optional<ListPosition> &after,
+                                                     int limit) const
+{
+    const auto positions = visiblePositions(after, limit);
+    if (!positions)
+        return Unexpected{positions.error()};
+    return m_database.attempt([&] {
+        QList<CapturedLink> links;
+        for (const ListPosition &position : *positions) {
+            if (const auto link = read(position.id); link && link->isVisible)
+                links.append(*link);
+        }
+        return links;
+    });
+}
+
+Expected<QList<qint64>, StoreError> ModelContext::visibleRows(LinkOrder order) const
+{
+    return m_database.attempt([&] { return StoredLinks(m_database).visible(order); });
+}
+
+ModelContext::Links ModelContext::visibleIn(const QList<qint64> &rows) const
+{
+    return m_database.attempt([&] {
+        QList<CapturedLink> links;
+        StoredLinks stored(m_database);
+        for (const qint64 row : rows) {
+            if (const auto link = stored.at(row); link && link->isVisible)
+                links.append(*link);
+        }
+        return links;
     });
 }
 
 QList<LinkId> ModelContext::visibleWithoutSummary() const
 {
-    auto ids = m_database.attempt([this] {
+    const auto ids = m_database.attempt([this] {
         QList<LinkId> found;
         Query query = m_database.query(idsWithoutSummary);
-        while (query->executeStep())
-            found.append(idFrom(query->getColumn(0)));
+        while (query->executeStep()) {
+            if (const auto id = idFrom(query->getColumn(0)))
+                found.append(*id);
+        }
         return found;
     });
-    if (!ids) {
+    if (!ids)
         debugLog(u"Failed to read links: "_s + description(ids.error()));
-        return {};
-    }
-    ids->removeIf([this](const LinkId &id) { return m_unsaved.find(id) != nullptr; });
-    for (const CapturedLink &link : m_unsaved.inOrder()) {
-        if (link.isVisible && !link.summary)
-            ids->prepend(link.id); // what could not be saved is what came last
-    }
-    return *ids;
-}
-
-ModelContext::Links ModelContext::visibleInStoreOrder(std::optional<qint64> &place, int limit) const
-{
-    return m_database.attempt([&] {
-        QList<CapturedLink> page;
-        Query query = m_database.query(storeOrderPage);
-        query->bind(1, limit);
-        query->bind(2, int64_t(*place));
-        while (query->executeStep()) {
-            page.append(linkFrom(*query));
-            place = query->getColumn(seqColumn).getInt64();
-        }
-        if (page.size() == limit) {
-            m_unsaved.correctRows(page);
-        } else {
-            m_unsaved.correctStoreOrder(page); // with the new ones, which come last
-            place.reset();
-        }
-        return page;
-    });
+    return ids ? *ids : QList<LinkId>();
 }
 
 qint64 ModelContext::visibleSince(Instant since) const
 {
-    const auto isCounted = [since](const CapturedLink &link) {
-        return link.isVisible && link.copiedAt >= since;
-    };
-    const auto count = m_database.attempt([&] {
+    const auto count = m_database.attempt([&]() -> qint64 {
         Query query = m_database.query(countVisibleSince);
         bindInstant(*query, 1, since);
         query->executeStep();
-        qint64 visible = query->getColumn(0).getInt64();
-        for (const auto &[link, isNew, order] : m_unsaved.all()) {
-            const auto row = isNew ? std::nullopt : stored(link.id);
-            visible += int(isCounted(link)) - int(row && isCounted(*row));
-        }
-        return visible;
+        return query->getColumn(0).getInt64();
     });
     if (!count)
         debugLog(u"Failed to count links: "_s + description(count.error()));
@@ -484,7 +518,7 @@ ModelContext::Result ModelContext::takeCounts()
 
 ModelContext::Result ModelContext::insert(const ExcludedDomain &domain)
 {
-    const Result inserted = m_database.attempt([&] {
+    const Result inserted = m_database.transaction([&] {
         Query insert = m_database.query(insertDomain);
         bindId(*insert, 1, domain.id);
         bindText(*insert, 2, domain.domain);
@@ -498,11 +532,7 @@ ModelContext::Result ModelContext::insert(const ExcludedDomain &domain)
 
 ModelContext::Result ModelContext::removeExcludedDomain(const QUuid &id)
 {
-    const Result removed = m_database.attempt([&] {
-        Query remove = m_database.query(removeDomain);
-        bindId(*remove, 1, id);
-        remove->exec();
-    });
+    const Result removed = m_database.transaction([&] { run(removeDomain, id); });
     if (removed)
         Q_EMIT excludedDomainsChanged();
     return removed;
@@ -513,9 +543,10 @@ Expected<QList<ExcludedDomain>, StoreError> ModelContext::excludedDomains() cons
     return m_database.attempt([this] {
         QList<ExcludedDomain> domains;
         Query query = m_database.query(allDomains);
-        while (query->executeStep())
-            domains.append({idFrom(query->getColumn(0)), textFrom(query->getColumn(1)),
-                            instantFrom(query->getColumn(2))});
+        while (query->executeStep()) {
+            if (const auto domain = domainFrom(*query))
+                domains.append(*domain);
+        }
         return domains;
     });
 }

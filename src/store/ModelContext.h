@@ -7,7 +7,6 @@
 #include "Expected.h"
 #include "LinkCounts.h"
 #include "StoreError.h"
-#include "UnsavedLinks.h"
 
 #include <QHash>
 #include <QList>
@@ -15,6 +14,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class Alarm;
@@ -26,8 +26,9 @@ class StoreDatabase;
 /// Main thread only.
 ///
 /// New links and changed fields that cannot be written, as when the disk is full, are not lost:
-/// they are kept in memory, shown by all queries, and written as soon as that works
-/// (`hasUnsavedChanges`). Whatever returns an error has changed nothing.
+/// they are kept in memory, shown by all queries, and written as soon as that works, one by one if
+/// need be (`hasUnsavedChanges`). Whatever returns an error has changed nothing. A row that is not
+/// as it must be is shown by none.
 class ModelContext : public QObject
 {
     Q_OBJECT
@@ -68,9 +69,11 @@ public:
     visiblePositions(const std::optional<ListPosition> &after, int limit) const;
     /// The visible links that have no summary, newest first; none when the store cannot be read.
     QList<LinkId> visibleWithoutSummary() const;
-    /// The next visible links in the order of their insertion, about `limit`; `place`, at first 0,
-    /// is where the reading goes on, and absent at its end.
-    Links visibleInStoreOrder(std::optional<qint64> &place, int limit) const;
+    /// The numbers of the rows of all visible links, to be read with `visibleIn`. They hold until
+    /// links that wait in memory are written.
+    Expected<QList<qint64>, StoreError> visibleRows(LinkOrder order) const;
+    /// The links in `rows`, without those that are gone, hidden or damaged.
+    Links visibleIn(const QList<qint64> &rows) const;
     /// The visible links copied at or after `since`; 0 when the store cannot be read.
     qint64 visibleSince(Instant since) const;
     /// Kept up to date with every change, so asking is free.
@@ -82,8 +85,13 @@ public:
     /// In the order in which they were added.
     Expected<QList<ExcludedDomain>, StoreError> excludedDomains() const;
 
-    /// New links or changed fields wait in memory because the last attempt to write them failed.
-    bool hasUnsavedChanges() const { return m_retry != nullptr; }
+    /// Why new links or changed fields wait in memory; absent when none do.
+    const std::optional<StoreError> &unsavedReason() const { return m_unsavedReason; }
+    bool hasUnsavedChanges() const { return m_unsavedReason.has_value(); }
+    /// What waits in memory, the changed links before the new ones.
+    Links unsavedLinks() const;
+    /// Tries now to write it, as happens by itself with every change and every five seconds.
+    void saveUnsaved();
 
     /// Announces what has happened so far now, not at the end of the loop turn.
     void announceChanges();
@@ -94,34 +102,33 @@ public:
 Q_SIGNALS:
     void changed(const StoreChange &change);
     void excludedDomainsChanged();
-    void hasUnsavedChangesChanged();
+    void hasUnsavedChangesChanged(); ///< or the reason did
 
 private:
-    using LinkChange = std::function<void(CapturedLink &)>;
     using States = QHash<LinkId, LinkState>;
+    struct Change;
 
-    void update(const LinkId &id, std::optional<QString> CapturedLink::*field, const QString &text);
-    void saveUnsaved();
-    Result write(const QList<CapturedLink> &links);
+    Result add(const QList<CapturedLink> &links);
     void noteInserted(const CapturedLink &link);
-    void watchUnsaved();
-    Result hideEach(const QList<LinkId> &ids, const char *sql, const LinkChange &change);
-    void keepChanged(const QList<LinkId> &ids, const LinkChange &change);
-    Result runForEach(const char *sql, const QList<LinkId> &ids);
-    void finishRemoval(const States &removed);
+    Result change(const QList<LinkId> &ids, const Change &change,
+                  const std::optional<QString> &text);
+    Result keep(const std::function<void()> &work);
+    std::optional<StoreError> save(const QList<qint64> &rows);
+    Expected<qint64, StoreError> removeMany(std::optional<Instant> cutoff);
+    void finishRemoval(const QList<LinkId> &removed);
+    void emptyLog();
+    void run(const char *sql, const LinkId &id);
     Expected<States, StoreError> states(const QList<LinkId> &ids) const;
-    States shownStates(const char *sql, std::optional<Instant> cutoff) const;
-    LinkState shownState(const LinkId &id, const LinkState &stored) const;
-    std::optional<CapturedLink> stored(const LinkId &id) const;
-    QList<CapturedLink> storedNewestFirst(const std::optional<ListPosition> &after,
-                                          int limit) const;
+    std::optional<CapturedLink> read(const LinkId &id) const;
     void announceLater();
 
     StoreDatabase &m_database;
     Clock &m_clock;
     LinkCounts m_counts;
-    UnsavedLinks m_unsaved; ///< whatever is inserted or set goes through here
-    std::unique_ptr<Alarm> m_retry; ///< pending while the last attempt to save has failed
+    bool m_isKeeping = false; ///< there is a table of what could not be written
+    std::optional<StoreError> m_unsavedReason;
+    std::unique_ptr<Alarm> m_retry; ///< pending while something could not be written
+    std::unique_ptr<Alarm> m_sweep; ///< pending after a removal
     ChangeLog m_changes;
     bool m_isAnnouncing = false;
 };

@@ -61,9 +61,11 @@ bool remove(const QString &path)
 /// log out of the place of the store, lest it is played into the other one.
 Expected<QString, StoreError> keepOld(const QString &folder)
 {
-    // Opening and closing folds the log in. Where that fails, the store is damaged and kept so.
-    if (const auto store = StoreDatabase::open(folder); !store)
-        debugLog(u"The old store cannot be opened: " + description(store.error()));
+    // Opening and closing folds the log in; a damaged store is kept as it is.
+    if (const auto sound = checkIntegrity(folder); !sound)
+        debugLog(u"The old store is not sound: " + description(sound.error()));
+    else if (const auto store = StoreDatabase::open(folder))
+        (*store)->foldLogAtEnd();
     const QString path = StoreDatabase::pathIn(folder);
     const QString now = QDateTime::currentDateTime().toString(u"yyyy-MM-dd-HHmmss-zzz");
     const QString kept = folder + u"/strandloom-" + now + u".sqlite";

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -20,6 +21,7 @@ namespace
 
 constexpr int schemaVersion = 10000; // 1.0.0
 constexpr int applicationId = 0x53744c6d; // "StLm"
+constexpr int longestText = 16 << 20; // bytes; captures and imports take a sixteenth at most
 constexpr int busyMilliseconds = 40; // the main thread waits no longer for another program
 
 constexpr auto schema = R"(
@@ -39,18 +41,33 @@ CREATE TABLE appSettings(
     emailSendTime INTEGER, autoPruneDays INTEGER NOT NULL);
 )";
 
-/// Names every column, and reads no row.
-constexpr auto probe = R"(
-SELECT seq, id, url, title, summary, copiedAt, isExported, isVisible FROM links LIMIT 0;
-SELECT seq, id, domain, addedAt FROM excludedDomains LIMIT 0;
-SELECT id, showInDock, launchAtLogin, checkForUpdates, emailDigestEnabled, emailAddress,
-    emailSendTime, autoPruneDays FROM appSettings LIMIT 0;
-)";
+/// Everything that can be in a schema; statistics, which only guide SQLite, may be added.
+constexpr auto wholeSchema = "SELECT type, name, tbl_name, coalesce(sql, '') FROM sqlite_master "
+                             "WHERE name NOT GLOB 'sqlite_stat[14]' ORDER BY name";
 
 std::optional<StoreError> systemFailure(const QString &path)
 {
     const Kind kind = errno == ENOSPC || errno == EDQUOT ? Kind::full : Kind::cannotOpen;
     return StoreError{kind, path + u": " + qt_error_string()};
+}
+
+/// Throws what SQLiteCpp throws.
+std::vector<std::string> schemaOf(SQLite::Database &database)
+{
+    std::vector<std::string> texts;
+    SQLite::Statement query(database, wholeSchema);
+    while (query.executeStep()) {
+        for (int column = 0; column < query.getColumnCount(); ++column)
+            texts.push_back(query.getColumn(column).getString());
+    }
+    return texts;
+}
+
+std::vector<std::string> ourSchema()
+{
+    SQLite::Database database(":memory:", SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    database.exec(schema);
+    return schemaOf(database);
 }
 
 /// Makes an empty file for the owner alone; SQLite gives those beside it the same permissions.
@@ -74,6 +91,15 @@ std::optional<StoreError> writeSchema(const QByteArray &name)
         return storeError(exception);
     }
     return std::nullopt;
+}
+
+/// Which file has that name; absent when none has.
+std::optional<std::pair<dev_t, ino_t>> fileAt(const QByteArray &name)
+{
+    struct stat status = {};
+    if (stat(name.constData(), &status) != 0)
+        return std::nullopt;
+    return std::pair(status.st_dev, status.st_ino);
 }
 
 bool remove(const QString &path)
@@ -120,19 +146,27 @@ std::optional<StoreError> unusableFile(const QFileInfo &file)
 } // namespace
 
 StoreDatabase::StoreDatabase(const QString &path, Access access)
-    : m_connection(
-        "file:" + QFile::encodeName(path).toPercentEncoding("/").toStdString()
-            + (access == Access::immutable      ? "?immutable=1"
-                   : access == Access::unshared ? "?vfs=unix-none"
-                                                : ""),
-        SQLite::OPEN_URI
-            | (access == Access::readWrite ? SQLite::OPEN_READWRITE : SQLite::OPEN_READONLY),
-        busyMilliseconds)
+    : m_name(QFile::encodeName(path))
+    , m_connection(
+          "file:" + QFile::encodeName(path).toPercentEncoding("/").toStdString()
+              + (access == Access::immutable      ? "?immutable=1"
+                     : access == Access::unshared ? "?vfs=unix-none"
+                                                  : ""),
+          SQLite::OPEN_URI
+              | (access == Access::readWrite ? SQLite::OPEN_READWRITE : SQLite::OPEN_READONLY),
+          busyMilliseconds)
 {
-    if (access == Access::unshared) {
-        sqlite3_db_config(m_connection.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    setOption(SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, true); // whatever is not sound stays as it is
+    setOption(SQLITE_DBCONFIG_DEFENSIVE, true);
+    setOption(SQLITE_DBCONFIG_TRUSTED_SCHEMA, false);
+    sqlite3_limit(m_connection.getHandle(), SQLITE_LIMIT_LENGTH, longestText);
+    if (access == Access::unshared)
         m_connection.exec("PRAGMA locking_mode=EXCLUSIVE"); // keeps the log's index in memory
-    }
+}
+
+void StoreDatabase::setOption(int option, bool isOn)
+{
+    sqlite3_db_config(m_connection.getHandle(), option, int(isOn), nullptr);
 }
 
 QString StoreDatabase::pathIn(const QString &folder)
@@ -170,11 +204,14 @@ StoreDatabase::Opened StoreDatabase::open(const QString &folder)
     }
     if (const auto verified = openReadOnly(folder); !verified)
         return Unexpected{verified.error()};
+    const auto hasLog = isStoreFileThere(logOf(path));
     auto store = connect(path, Access::readWrite);
     if (!store)
         return store;
     if (const auto ready = (*store)->attempt([&] { (*store)->prepareForWriting(); }); !ready)
         return Unexpected{ready.error()};
+    if (hasLog && !*hasLog)
+        (*store)->foldLogAtEnd(); // nothing that was there before is in it
     return store;
 }
 
@@ -210,10 +247,19 @@ StoreDatabase::Opened StoreDatabase::openFileReadOnly(const QString &path)
 StoreDatabase::Opened StoreDatabase::connect(const QString &path, Access access)
 {
     try {
-        return std::unique_ptr<StoreDatabase>(new StoreDatabase(path, access));
+        std::unique_ptr<StoreDatabase> store(new StoreDatabase(path, access));
+        store->m_file = fileAt(store->m_name);
+        return store;
     } catch (const SQLite::Exception &exception) {
         return Unexpected{storeError(exception)};
     }
+}
+
+std::optional<StoreError> StoreDatabase::displaced() const
+{
+    if (fileAt(m_name) == m_file)
+        return std::nullopt;
+    return StoreError{Kind::gone, QFile::decodeName(m_name)};
 }
 
 /// Opening succeeds on anything; the first statements tell what it is.
@@ -224,11 +270,9 @@ std::optional<StoreError> StoreDatabase::mismatch()
     const int version = m_connection.execAndGet("PRAGMA user_version").getInt();
     if (version > schemaVersion)
         return StoreError{Kind::newer, u"schema version %1"_s.arg(version)};
-    const int result = m_connection.tryExec(probe);
-    if (version < schemaVersion || result == SQLITE_ERROR)
-        return StoreError{Kind::damaged, u"unknown schema"_s};
-    if (result != SQLITE_OK)
-        throw SQLite::Exception(m_connection.getHandle(), result);
+    // A view, a trigger or an index that somebody added would be used by our statements.
+    if (version < schemaVersion || schemaOf(m_connection) != ourSchema())
+        return StoreError{Kind::foreign, u"unknown schema"_s};
     return std::nullopt;
 }
 
@@ -236,9 +280,26 @@ void StoreDatabase::prepareForWriting()
 {
     m_connection.exec("PRAGMA journal_mode=WAL");
     m_connection.exec("PRAGMA synchronous=FULL");
+    m_connection.exec("PRAGMA secure_delete=ON"); // what is deleted is overwritten
+    m_connection.exec("PRAGMA temp_store=MEMORY");
     m_connection.exec("PRAGMA journal_size_limit=4194304"); // after a bulk change
     SQLite::Transaction tellsWhetherItCanBeWritten(m_connection,
                                                    SQLite::TransactionBehavior::IMMEDIATE);
+}
+
+void StoreDatabase::foldLogAtEnd()
+{
+    setOption(SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, false);
+}
+
+Expected<void, StoreError> StoreDatabase::emptyLog()
+{
+    return attempt([this] { m_connection.exec("PRAGMA wal_checkpoint(TRUNCATE)"); });
+}
+
+void StoreDatabase::execute(const char *statements)
+{
+    m_connection.exec(statements);
 }
 
 Query StoreDatabase::query(std::string_view sql)

@@ -4,6 +4,7 @@
 #include "Expected.h"
 #include "StoreError.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <SQLiteCpp/Column.h>
@@ -15,7 +16,9 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <sys/types.h>
 #include <type_traits>
+#include <utility>
 
 /// A prepared statement lent for one use; given back ready for the next. Its operations throw what
 /// SQLiteCpp throws.
@@ -52,7 +55,8 @@ public:
     static QString indexOf(const QString &path);
 
     /// Opens the store in `folder` for writing, and makes a new one where there is none. Whatever
-    /// is damaged, foreign or newer is left as it is. The caller holds the `StoreLock`.
+    /// is damaged, foreign or newer is left as it is. A log that was left over is folded in when
+    /// something could be written. The caller holds the `StoreLock`.
     static Opened open(const QString &folder);
     /// Opens the store in `folder` for reading, making and changing no file on disk.
     static Opened openReadOnly(const QString &folder);
@@ -62,6 +66,13 @@ public:
     /// `sql` is a literal: it is prepared once and kept under its address. Throws what SQLiteCpp
     /// throws.
     Query query(std::string_view sql);
+
+    /// Runs statements that return nothing. Throws what SQLiteCpp throws.
+    void execute(const char *statements);
+    /// Lets the last to close the store fold its log into it.
+    void foldLogAtEnd();
+    /// Folds the log in now, as far as readers allow, so that it holds nothing that was deleted.
+    Expected<void, StoreError> emptyLog();
 
     /// What `work` returns, or what SQLite threw out of it.
     template <typename Work>
@@ -78,9 +89,9 @@ public:
             return Unexpected{storeError(exception)};
         }
     }
-    /// The same as one transaction: all of it is on disk, or nothing.
+    /// The same as one transaction: all of it is done, or nothing.
     template <typename Work>
-    Expected<void, StoreError> transaction(Work work)
+    Expected<void, StoreError> atOnce(Work work)
     {
         return attempt([&] {
             SQLite::Transaction transaction(m_connection);
@@ -88,15 +99,31 @@ public:
             transaction.commit();
         });
     }
+    /// The same for changes of what is on disk. Fails where the file is no longer in its place:
+    /// what is written into it then is lost.
+    template <typename Work>
+    Expected<void, StoreError> transaction(Work work)
+    {
+        if (const auto error = displaced())
+            return Unexpected{*error};
+        const auto done = atOnce(std::move(work));
+        if (done)
+            foldLogAtEnd();
+        return done;
+    }
 
 private:
     enum class Access { readWrite, readOnly, immutable, unshared };
 
     StoreDatabase(const QString &path, Access access);
     static Opened connect(const QString &path, Access access);
+    void setOption(int option, bool isOn);
     std::optional<StoreError> mismatch();
+    std::optional<StoreError> displaced() const;
     void prepareForWriting();
 
+    QByteArray m_name;
+    std::optional<std::pair<dev_t, ino_t>> m_file;
     SQLite::Database m_connection;
     std::map<const char *, SQLite::Statement> m_statements;
 };

@@ -23,6 +23,7 @@ StoreError::Kind kindOf(int extendedCode)
     switch (extendedCode & 0xff) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
+    case SQLITE_TOOBIG: // a text larger than any of ours
         return Kind::damaged;
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
@@ -51,6 +52,8 @@ QString reason(StoreError::Kind kind)
         return u"The store was written by a newer version of Strandloom"_s;
     case StoreError::Kind::locked:
         return u"Another program is using the store"_s;
+    case StoreError::Kind::gone:
+        return u"The store was removed or replaced"_s;
     case StoreError::Kind::full:
         return u"There is no space left for the store"_s;
     case StoreError::Kind::failed:

@@ -13,9 +13,10 @@ struct StoreError {
     enum class Kind {
         cannotOpen, ///< no permission, a folder in its place, no disk
         damaged, ///< truncated or overwritten
-        foreign, ///< a database of another program
+        foreign, ///< a database of another program, or changed by one
         newer, ///< written by a newer version of this program
         locked, ///< another process writes to it
+        gone, ///< removed or replaced while it was open
         full, ///< the disk, a quota, or a limit of file sizes
         failed, ///< anything else
     };

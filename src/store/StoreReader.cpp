@@ -4,61 +4,83 @@
 #include "LinkRows.h"
 #include "ReadStore.h"
 #include "StoreDatabase.h"
+#include "StoredLinks.h"
+
+using namespace Qt::StringLiterals;
 
 namespace
 {
 
 using Links = QList<CapturedLink>;
 
-constexpr auto newestFirst =
-    "SELECT " LINK_COLUMNS " FROM links WHERE isVisible ORDER BY copiedAt DESC, id DESC";
-constexpr auto storeOrder = "SELECT " LINK_COLUMNS " FROM links WHERE isVisible ORDER BY seq";
-
-constexpr auto newestPage = "SELECT " LINK_COLUMNS ", seq FROM links "
-                            "WHERE isVisible AND (copiedAt, id) < (?2, ?3) "
-                            "ORDER BY copiedAt DESC, id DESC LIMIT ?1";
-constexpr auto storeOrderPage = "SELECT " LINK_COLUMNS ", seq FROM links "
-                                "WHERE isVisible AND seq>?2 ORDER BY seq LIMIT ?1";
 constexpr auto withUrl = "SELECT " LINK_COLUMNS " FROM links WHERE url=?";
 constexpr auto withId = "SELECT " LINK_COLUMNS " FROM links WHERE id BETWEEN ? AND ? "
                         "ORDER BY id LIMIT ?";
-constexpr int seqColumn = 7;
-constexpr int pageSize = 1000;
-
-Links readAll(StoreDatabase &store, const LinkFilter &filter)
-{
-    Links links;
-    Query query = store.query(filter.order == LinkOrder::store ? storeOrder : newestFirst);
-    while ((!filter.limit || links.size() < *filter.limit) && query->executeStep()) {
-        const CapturedLink link = linkFrom(*query);
-        if (!filter.accepts || filter.accepts(link))
-            links.append(link);
-    }
-    return links;
-}
+constexpr qsizetype pageSize =
+    1000; // between two, nothing is held open, so that the log can shrink
 
 Links linksOf(Query &query)
 {
     Links links;
-    while (query->executeStep())
-        links.append(linkFrom(*query));
+    while (query->executeStep()) {
+        if (const auto link = linkFrom(*query))
+            links.append(*link);
+    }
     return links;
 }
 
 /// Of no store none.
-Expected<Links, StoreError> flattened(Expected<std::optional<Links>, StoreError> links)
+template <typename T>
+Expected<T, StoreError> flattened(Expected<std::optional<T>, StoreError> found)
 {
-    if (!links)
-        return Unexpected{links.error()};
-    return links->value_or(Links());
+    if (!found)
+        return Unexpected{found.error()};
+    return found->value_or(T());
+}
+
+struct Page {
+    Links links;
+    qint64 damaged = 0;
+};
+
+Page pageOf(StoreDatabase &store, const QList<qint64> &rows)
+{
+    Page page;
+    StoredLinks stored(store);
+    for (const qint64 row : rows) {
+        if (const auto link = stored.at(row); link && link->isVisible)
+            page.links.append(*link);
+    }
+    page.damaged = stored.damaged();
+    return page;
 }
 
 } // namespace
 
-Expected<std::optional<Links>, StoreError> readVisibleLinks(const QString &folder,
-                                                            const LinkFilter &filter)
+Expected<qint64, StoreError>
+forEachVisibleLink(const QString &folder, LinkOrder order,
+                   const std::function<bool(const CapturedLink &)> &take)
 {
-    return readStore(folder, [&](StoreDatabase &store) { return readAll(store, filter); });
+    const auto rows = flattened(readStore(
+        folder, [order](StoreDatabase &store) { return StoredLinks(store).visible(order); }));
+    if (!rows)
+        return Unexpected{rows.error()};
+    qint64 damaged = 0;
+    for (qsizetype first = 0; first < rows->size(); first += pageSize) {
+        const auto page = readStore(folder, [&](StoreDatabase &store) {
+            return pageOf(store, rows->mid(first, pageSize));
+        });
+        if (!page)
+            return Unexpected{page.error()};
+        if (!*page)
+            return Unexpected{StoreError{StoreError::Kind::gone, folder}};
+        damaged += (*page)->damaged;
+        for (const CapturedLink &link : (*page)->links) {
+            if (!take(link))
+                return damaged;
+        }
+    }
+    return damaged;
 }
 
 Expected<Links, StoreError> readLinksWithUrl(const QString &folder, const QString &url)
@@ -84,43 +106,6 @@ Expected<Links, StoreError> readLinksWithId(const QString &folder, const QString
     }));
 }
 
-LinkPages::LinkPages(const QString &folder, LinkOrder order)
-    : m_folder(folder)
-    , m_order(order)
-{
-}
-
-Expected<Links, StoreError> LinkPages::next()
-{
-    const auto page = readStore(m_folder, [this](StoreDatabase &store) { return read(store); });
-    if (!page)
-        return Unexpected{page.error()};
-    if (!*page)
-        return Links();
-    m_place = (*page)->next;
-    return (*page)->links;
-}
-
-LinkPages::Page LinkPages::read(StoreDatabase &store) const
-{
-    Query query = store.query(m_order == LinkOrder::store ? storeOrderPage : newestPage);
-    query->bind(1, pageSize);
-    if (m_order == LinkOrder::store) {
-        query->bind(2, int64_t(m_place.seq));
-    } else {
-        bindInstant(*query, 2, m_place.position.copiedAt);
-        bindId(*query, 3, m_place.position.id);
-    }
-    Page page{{}, m_place};
-    while (query->executeStep()) {
-        page.links.append(linkFrom(*query));
-        page.next.seq = query->getColumn(seqColumn).getInt64();
-    }
-    if (!page.links.isEmpty())
-        page.next.position = positionOf(page.links.last());
-    return page;
-}
-
 Expected<void, StoreError> checkIntegrity(const QString &folder)
 {
     return checkStoreFile(StoreDatabase::pathIn(folder));
@@ -140,5 +125,16 @@ Expected<void, StoreError> checkStoreFile(const QString &path)
         return Unexpected{verdict.error()};
     if (*verdict != u"ok")
         return Unexpected{StoreError{StoreError::Kind::damaged, *verdict}};
+    const auto damaged = (*store)->attempt([&] {
+        StoredLinks links(**store);
+        for (const qint64 row : links.all())
+            links.at(row);
+        return links.damaged();
+    });
+    if (!damaged)
+        return Unexpected{damaged.error()};
+    if (*damaged > 0)
+        return Unexpected{
+            StoreError{StoreError::Kind::damaged, u"%1 links cannot be read"_s.arg(*damaged)}};
     return {};
 }

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "LinkListModel.h"
+#include "StoreDatabase.h"
 #include "TestStore.h"
 
+#include <QDir>
+#include <QFile>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -18,6 +21,9 @@ private Q_SLOTS:
     void failsToRemoveAndLeavesTheListAsItWas();
     void removesWhatWasNeverWritten();
     void savesAtTheEndWhatCouldNotBeSavedBefore();
+    void loseOneRowAndNotItsNeighbours();
+    void writesNothingIntoAStoreThatIsNoLongerThere();
+    void leavesNothingOfWhatIsDeleted();
 };
 
 void FullDiskTest::keepsNewLinksAndChangesInMemoryUntilThereIsSpace()
@@ -132,6 +138,63 @@ void FullDiskTest::savesAtTheEndWhatCouldNotBeSavedBefore()
     }
     store.reopen();
     QCOMPARE(store.visible(), QStringList{u"a"_s});
+}
+
+void FullDiskTest::loseOneRowAndNotItsNeighbours()
+{
+    TestStore store;
+    const LinkId taken = store.add(u"taken"_s).id;
+    {
+        const FullDisk full;
+        for (int i = 0; i < 6; ++i)
+            store.add(QString::number(i), i);
+        CapturedLink twin = makeLink(u"twin"_s);
+        twin.id = taken; // the store refuses it for good
+        store.context().insert(twin);
+        QVERIFY(store.context().hide({store.add(u"hidden"_s).id})); // which has no row yet
+    }
+    store.clock.advance(5s);
+    QCOMPARE(store.context().unsavedReason()->kind, StoreError::Kind::failed);
+    QCOMPARE(urlsOf(*store.context().unsavedLinks()), QStringList{u"twin"_s});
+    store.reopen();
+    QCOMPARE(store.visible().size(), 7);
+    QCOMPARE(store.context().counts().stored, 8);
+}
+
+void FullDiskTest::writesNothingIntoAStoreThatIsNoLongerThere()
+{
+    TestStore store;
+    store.add(u"old"_s);
+    const QString path = StoreDatabase::pathIn(store.folder);
+    QVERIFY(QFile::rename(path, path + u".moved"));
+    store.add(u"new"_s, 1);
+    QCOMPARE(store.context().unsavedReason()->kind, StoreError::Kind::gone);
+    QCOMPARE(store.visible(), (QStringList{u"new"_s, u"old"_s}));
+    QVERIFY(!store.context().removeAll());
+    QVERIFY(QFile::rename(path + u".moved", path));
+    store.clock.advance(5s);
+    QVERIFY(!store.context().hasUnsavedChanges());
+}
+
+void FullDiskTest::leavesNothingOfWhatIsDeleted()
+{
+    TestStore store;
+    const auto bytes = [&store] {
+        QByteArray all;
+        for (const QFileInfo &entry : QDir(store.folder).entryInfoList(QDir::Files)) {
+            QFile file(entry.filePath());
+            all += file.open(QFile::ReadOnly) ? file.readAll() : "unreadable";
+        }
+        return all;
+    };
+    const LinkId one = store.add(u"https://secret.example/1"_s).id;
+    store.add(u"https://secret.example/2"_s);
+    QVERIFY(bytes().contains("secret.example/1"));
+    QVERIFY(store.context().remove({one}));
+    store.clock.advance(1s);
+    QVERIFY(!bytes().contains("secret.example/1"));
+    QVERIFY(store.context().removeAll());
+    QVERIFY(!bytes().contains("secret.example"));
 }
 
 QTEST_GUILESS_MAIN(FullDiskTest)

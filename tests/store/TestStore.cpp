@@ -23,12 +23,9 @@ QStringList urlsOf(const QList<CapturedLink> &links)
     return urls;
 }
 
-QList<CapturedLink> inStoreOrder(const ModelContext &context, int pageSize)
+QList<CapturedLink> inStoreOrder(const ModelContext &context)
 {
-    QList<CapturedLink> links;
-    for (std::optional<qint64> place = 0; place;)
-        links += *context.visibleInStoreOrder(place, pageSize);
-    return links;
+    return *context.visibleIn(*context.visibleRows(LinkOrder::store));
 }
 
 void TestStore::open()

@@ -13,8 +13,8 @@
 /// A link copied `seconds` after the fake clock's start.
 CapturedLink makeLink(const QString &url, int seconds = 0);
 QStringList urlsOf(const QList<CapturedLink> &links);
-/// Every visible link in the order of insertion, read page by page.
-QList<CapturedLink> inStoreOrder(const ModelContext &context, int pageSize = 100);
+/// Every visible link in the order of insertion.
+QList<CapturedLink> inStoreOrder(const ModelContext &context);
 
 /// A real store file in a folder of its own.
 struct TestStore {

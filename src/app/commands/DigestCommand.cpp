@@ -24,10 +24,14 @@ Expected<DigestRequest, QString> parseDigestArguments(const QStringList &argumen
 
 int runDigest(const DigestRequest &request)
 {
-    const auto stored = readVisibleLinks(ModelContainer::defaultFolder(), {});
-    if (!stored)
-        return fail(description(stored.error()));
-    const auto links = stored->value_or(QList<CapturedLink>());
+    QList<CapturedLink> links;
+    const auto damaged = forEachVisibleLink(ModelContainer::defaultFolder(), LinkOrder::newestFirst,
+                                            [&links](const CapturedLink &link) {
+                                                links.append(link);
+                                                return true;
+                                            });
+    if (!damaged)
+        return fail(description(damaged.error()));
 
     const QString site =
         AppInfo(AppInfo::defaultPath()).value(u"ProductSite"_s).value_or(QString());
@@ -39,5 +43,5 @@ int runDigest(const DigestRequest &request)
     });
     if (!written)
         return fail(written.error());
-    return int(links.isEmpty() ? ExitCode::nothing : ExitCode::done);
+    return finish(links.isEmpty() ? ExitCode::nothing : ExitCode::done, *damaged);
 }

@@ -61,6 +61,7 @@ public:
         return writeAsStream(*std::get<const LinkFormat *>(m_request.format), sink);
     }
     const QList<LinkId> &ids() const { return m_ids; }
+    qint64 damaged() const { return m_damaged; }
 
 private:
     Outcome writeAsDocument(ExportFormat format, const ByteSink &sink)
@@ -90,24 +91,22 @@ private:
     Outcome forEachLink(const std::function<bool(const CapturedLink &)> &take)
     {
         const bool isWindow = m_request.layout == ExportLayout::window;
-        LinkPages pages(ModelContainer::defaultFolder(),
-                        isWindow ? LinkOrder::store : LinkOrder::newestFirst);
-        auto page = pages.next();
-        for (; page && !page->isEmpty(); page = pages.next()) {
-            for (const CapturedLink &link : *page) {
+        const auto damaged = forEachVisibleLink(
+            ModelContainer::defaultFolder(), isWindow ? LinkOrder::store : LinkOrder::newestFirst,
+            [&](const CapturedLink &link) {
                 if (!m_selection.accepts(link))
-                    continue;
+                    return true;
                 m_ids.append(link.id);
-                if (!take(link))
-                    return {};
-            }
-        }
-        return page ? Outcome() : Unexpected{description(page.error())};
+                return take(link);
+            });
+        m_damaged = damaged ? *damaged : 0;
+        return damaged ? Outcome() : Unexpected{description(damaged.error())};
     }
 
     const ExportRequest &m_request;
     LinkSelection m_selection;
     QList<LinkId> m_ids; ///< of the links that were written
+    qint64 m_damaged = 0; ///< links that could not be
 };
 
 LinkWriter::Result hide(const QList<LinkId> &ids)
@@ -161,5 +160,5 @@ int runExport(const ExportRequest &request)
             return fail(u"the links were exported but not hidden: " + hidden.error().reason,
                         hidden.error().code);
     }
-    return int(links.ids().isEmpty() ? ExitCode::nothing : ExitCode::done);
+    return finish(links.ids().isEmpty() ? ExitCode::nothing : ExitCode::done, links.damaged());
 }

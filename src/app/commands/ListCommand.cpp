@@ -71,18 +71,17 @@ Expected<ListRequest, QString> parseSearchArguments(const QStringList &arguments
 int runList(const ListRequest &request)
 {
     const LinkSelection selection({}, request.search, LocalizedSearch(systemLocale()));
-    const LinkFilter filter{
-        [&selection](const CapturedLink &link) { return selection.accepts(link); }, request.limit};
-    const auto links = readVisibleLinks(ModelContainer::defaultFolder(), filter);
-    if (!links)
-        return fail(description(links.error()));
-
     const ByteSink sink = print;
     LinkStream stream(request.asJson ? jsonFormat : textFormat, sink);
-    for (const CapturedLink &link : links->value_or(QList<CapturedLink>())) {
-        if (!stream.write(link))
-            break;
-    }
+    qint64 count = 0;
+    const auto damaged = forEachVisibleLink(
+        ModelContainer::defaultFolder(), LinkOrder::newestFirst, [&](const CapturedLink &link) {
+            if (count == request.limit)
+                return false;
+            return !selection.accepts(link) || (++count, stream.write(link));
+        });
+    if (!damaged)
+        return fail(description(damaged.error()));
     stream.end();
-    return finish(*links && !(*links)->isEmpty() ? ExitCode::done : ExitCode::nothing);
+    return finish(count > 0 ? ExitCode::done : ExitCode::nothing, *damaged);
 }

@@ -113,10 +113,14 @@ bool print(QByteArrayView bytes)
     return outputError == 0;
 }
 
-int finish(ExitCode code)
+int finish(ExitCode code, qint64 damaged)
 {
     const Outcome written = flushed();
-    return written ? int(code) : fail(written.error());
+    if (!written)
+        return fail(written.error());
+    if (damaged > 0)
+        return fail(u"%1 damaged links are left out"_s.arg(damaged), ExitCode::nothing);
+    return int(code);
 }
 
 Outcome writeTo(const QString &output, const std::function<Outcome(const ByteSink &)> &write)

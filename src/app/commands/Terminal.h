@@ -36,8 +36,9 @@ QString onOneLine(const QString &text);
 
 /// Appends to standard output; false when it takes no more.
 bool print(QByteArrayView bytes);
-/// What to end with once all is printed: `code`, unless standard output did not take all of it.
-int finish(ExitCode code);
+/// What to end with once all is printed: `code`, unless standard output did not take all of it, or
+/// `damaged` links had to be left out, which is said.
+int finish(ExitCode code, qint64 damaged = 0);
 
 /// Has `write` fill `output`: a file, there whole or not at all, a pipe or a device, or "-" for
 /// standard output.
