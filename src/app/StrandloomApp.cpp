@@ -19,6 +19,7 @@
 #include "SystemClock.h"
 #include "TrayIcon.h"
 #include "UnixSignal.h"
+#include "UnsavedFile.h"
 #include "UpdateView.h"
 #include "commands/Terminal.h"
 #include "settings/InlineSettingsView.h"
@@ -28,6 +29,7 @@
 #include <QApplication>
 #include <QMenu>
 #include <QMessageBox>
+#include <QScopeGuard>
 
 #include <csignal>
 #include <cstdio>
@@ -295,6 +297,9 @@ int runStrandloom(int argc, char **argv, const Start &start)
     if (!container)
         return dieOfStoreError(container.error());
     removeStaleDrafts(ModelContainer::defaultFolder()); // of a restore that was killed
+    const auto unsaved = qScopeGuard([&container] { // when all who might still write are gone
+        keepUnsavedLinks((*container)->mainContext(), ModelContainer::defaultFolder());
+    });
     Services services((*container)->mainContext(), clock);
     StrandloomApp strandloom(services, instance, start);
     LinksAdaptor links({services.modelContext, services.http, services.pages, services.clock},

@@ -119,7 +119,11 @@ void ClipboardMonitor::capture(const QString &url)
     link.url = url;
     link.copiedAt = m_parts.clock.now();
     m_parts.modelContext.insert(link);
-    debugLog(u"Captured link: " + url);
+    const auto &reason = m_parts.modelContext.unsavedReason();
+    if (reason && reason->kind != StoreError::Kind::full)
+        debugLog(u"Captured link, only in memory: " + url + u": " + description(*reason));
+    else
+        debugLog(u"Captured link: " + url);
     remember(url);
     m_tasks.start(m_titles.fetchTitle(&m_parts.modelContext, link.id));
 }

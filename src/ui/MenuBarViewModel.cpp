@@ -108,7 +108,10 @@ QString MenuBarViewModel::nothingFoundText() const
 
 QString MenuBarViewModel::notice() const
 {
-    if (m_parts.modelContext.hasUnsavedChanges())
+    const auto &reason = m_parts.modelContext.unsavedReason();
+    if (reason && reason->kind == StoreError::Kind::gone)
+        return tr("The store was removed or replaced. New links are kept in memory.");
+    if (reason)
         return tr("Links cannot be saved at the moment. They are kept until they can.");
     if (!m_answer.isEmpty())
         return m_answer;
