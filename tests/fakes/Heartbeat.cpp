@@ -20,12 +20,12 @@ nanoseconds waitedForProcessor()
     return nanoseconds(statistics.readAll().split(' ').value(1).toLongLong());
 }
 
+} // namespace
+
 nanoseconds countedTime()
 {
     return steady_clock::now().time_since_epoch() - waitedForProcessor();
 }
-
-} // namespace
 
 Heartbeat::Heartbeat()
     : m_last(countedTime())

@@ -5,8 +5,12 @@
 
 #include <chrono>
 
-/// Tells how long the thread that made it was ever kept from its event loop, by work or by waiting.
-/// The time it was ready to run and other programs had the processor does not count.
+/// Time as it passes for this thread: what it was ready to run and other programs had the processor
+/// does not count.
+std::chrono::nanoseconds countedTime();
+
+/// Tells how long the thread that made it was ever kept from its event loop, by work or by waiting,
+/// in `countedTime`.
 class Heartbeat
 {
 public:

@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "ElidedLabel.h"
+#include "Heartbeat.h"
 #include "IconLabel.h"
 #include "TestPanel.h"
 
 #include <QAccessible>
-#include <QElapsedTimer>
 #include <QMenu>
 #include <QScrollBar>
 #include <QTest>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace
 {
@@ -309,11 +310,10 @@ private Q_SLOTS:
             const LinkId id = shown.model.links().positionAt(row).id;
             shown.store.context().setTitle(id, QString(4 << 20, row % 2 ? u'W' : u'\u0301'));
         }
-        QElapsedTimer timer;
-        timer.start();
+        const auto begin = countedTime();
         shown.settle();
         shown.list.grab();
-        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY(countedTime() - begin < 1s);
         QCOMPARE(shown.row(1)->accessibleName().section(u',', 0, 0).size(), 500);
     }
 
