@@ -30,6 +30,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QScopeGuard>
+#include <QWindow>
 
 #include <csignal>
 #include <cstdio>
@@ -62,9 +63,12 @@ TrayAppearance trayAppearance(bool isPaused)
                     : trayAppearance(u"app.strandloom"_s, u"Strandloom"_s);
 }
 
-/// A window that is already open comes to the front.
+/// A window that is already open comes to the front, from another workspace to this one too.
 void present(QWidget &window)
 {
+    if (window.isVisible() && !window.windowHandle()->isExposed())
+        window.hide();
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
     window.show();
     window.raise();
     window.activateWindow();
