@@ -290,6 +290,7 @@ class Program:
 
     def open_panel(self):
         """A second start shows the running program's panel."""
+        self.wait_for_line("Started")  # or the second start would be the first
         self.desktop.run(self.binary)
         return self.desktop.window("Strandloom")
 
