@@ -220,9 +220,10 @@ class Desktop:
         """The middle of the program's icon, the only one in the tray; None before it is there."""
         found = subprocess.run(["xdotool", "search", "--onlyvisible", "--classname", "strandloom"],
                                env=self.environment, capture_output=True, text=True).stdout.split()
-        if not found:
+        try:
+            x, y, width, height = self.geometry(found[0])
+        except (IndexError, Failure):  # it may go between the two questions
             return None
-        x, y, width, height = self.geometry(found[0])
         return x + width // 2, y + height // 2
 
     def screenshot(self, path, window="root"):
