@@ -277,7 +277,6 @@ QSize LoomStyle::sizeFromContents(ContentsType type, const QStyleOption *option,
     };
     switch (type) {
     case CT_PushButton:
-        return atLeast(contents.width() + 2 * besideText, contents.height());
     case CT_LineEdit:
         return atLeast(contents.width() + 2 * besideText, contents.height());
     case CT_ComboBox:
