@@ -119,8 +119,14 @@ Task<CallQueue::Answer> LinksAdaptor::setTitle(LinkId id, QString title)
 
 Task<CallQueue::Answer> LinksAdaptor::change(QList<LinkId> ids, Change apply)
 {
-    const auto changed = (m_parts.modelContext.*apply)(ids);
-    co_return changed ? Answer(QVariantList()) : failure(changed.error());
+    co_return changed(ids, apply);
+}
+
+/// Not in the coroutine: g++ 12.2 loses the object there when the member is called by its pointer.
+CallQueue::Answer LinksAdaptor::changed(const QList<LinkId> &ids, Change apply)
+{
+    const auto done = (m_parts.modelContext.*apply)(ids);
+    return done ? Answer(QVariantList()) : failure(done.error());
 }
 
 Task<CallQueue::Answer> LinksAdaptor::import(QByteArray json)

@@ -59,6 +59,7 @@ private:
     Task<Answer> add(QString address);
     Task<Answer> setTitle(LinkId id, QString title);
     Task<Answer> change(QList<LinkId> ids, Change apply);
+    Answer changed(const QList<LinkId> &ids, Change apply);
     Task<Answer> import(QByteArray json);
     void queueChange(const QStringList &ids, const QDBusMessage &call, Change apply);
 
