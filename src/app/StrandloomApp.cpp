@@ -4,6 +4,7 @@
 #include "AppState.h"
 #include "ApplicationAdaptor.h"
 #include "AtomicFile.h"
+#include "Confirmation.h"
 #include "DebugLog.h"
 #include "ExitCode.h"
 #include "ExportView.h"
@@ -180,7 +181,7 @@ void StrandloomApp::openPanel()
 
 void StrandloomApp::togglePanel()
 {
-    if (m_panel && m_panel->isVisible() && !QApplication::activeModalWidget())
+    if (m_panel && m_panel->isVisible() && !hasOpenDialog())
         m_panel->hide();
     else
         openPanel();
