@@ -24,10 +24,10 @@ void AppState::initialize()
         return;
     m_isInitialized = true;
 
-    const ClipboardMonitor::Parts parts{m_services.modelContext, *m_services.clipboard,
-                                        m_services.http,         m_services.pages,
-                                        m_services.preferences,  m_services.clock};
-    m_clipboardMonitor = std::make_unique<ClipboardMonitor>(parts);
+    const ClipboardMonitor::Dependencies dependencies{
+        m_services.modelContext, *m_services.clipboard,  m_services.http,
+        m_services.pages,        m_services.preferences, m_services.clock};
+    m_clipboardMonitor = std::make_unique<ClipboardMonitor>(dependencies);
     connect(&m_services.modelContext, &ModelContext::excludedDomainsChanged,
             m_clipboardMonitor.get(), &ClipboardMonitor::loadExcludedDomains);
     m_clipboardMonitor->startMonitoring();

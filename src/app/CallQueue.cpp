@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "CallQueue.h"
 
-#include "async/LoopTurn.h"
+#include "async/YieldToLoop.h"
 
 #include <QDBusConnection>
 
@@ -57,8 +57,8 @@ void CallQueue::add(const QDBusMessage &call, qsizetype size, Work work)
 Task<> CallQueue::answerAll()
 {
     while (!m_calls.empty()) {
-        LoopTurn turn;
-        co_await turn;
+        YieldToLoop yield;
+        co_await yield;
         const Work work = m_calls.front().work;
         const Answer result = co_await work();
         const Call call = std::move(m_calls.front());

@@ -6,7 +6,7 @@
 #include "LinkFileReader.h"
 #include "LinkIntake.h"
 #include "ModelContext.h"
-#include "async/LoopTurn.h"
+#include "async/YieldToLoop.h"
 
 #include <QBuffer>
 #include <QDBusMessage>
@@ -39,10 +39,10 @@ Unexpected<CallError> failure(const StoreError &error)
 
 } // namespace
 
-LinksAdaptor::LinksAdaptor(const Parts &parts, QObject *parent)
+LinksAdaptor::LinksAdaptor(const Dependencies &dependencies, QObject *parent)
     : QDBusAbstractAdaptor(parent)
-    , m_parts(parts)
-    , m_titles(parts.http, parts.pages)
+    , m_dependencies(dependencies)
+    , m_titles(dependencies.http, dependencies.pages)
 {
 }
 
@@ -102,18 +102,19 @@ void LinksAdaptor::queueChange(const QStringList &ids, const QDBusMessage &call,
 
 Task<CallQueue::Answer> LinksAdaptor::add(QString address)
 {
-    const auto added = LinkIntake(m_parts.modelContext).add(address, m_parts.clock.now());
+    const auto added =
+        LinkIntake(m_dependencies.modelContext).add(address, m_dependencies.clock.now());
     if (!added)
         co_return failure(added.error());
     if (!*added)
         co_return QVariantList{description(added->error())};
-    m_tasks.start(m_titles.fetchTitle(&m_parts.modelContext, (*added)->id));
+    m_tasks.start(m_titles.fetchTitle(&m_dependencies.modelContext, (*added)->id));
     co_return QVariantList{QString()};
 }
 
 Task<CallQueue::Answer> LinksAdaptor::setTitle(LinkId id, QString title)
 {
-    m_parts.modelContext.setTitle(id, title);
+    m_dependencies.modelContext.setTitle(id, title);
     co_return QVariantList();
 }
 
@@ -125,7 +126,7 @@ Task<CallQueue::Answer> LinksAdaptor::change(QList<LinkId> ids, Change apply)
 /// Not in the coroutine: g++ 12.2 loses the object there when the member is called by its pointer.
 CallQueue::Answer LinksAdaptor::changed(const QList<LinkId> &ids, Change apply)
 {
-    const auto done = (m_parts.modelContext.*apply)(ids);
+    const auto done = (m_dependencies.modelContext.*apply)(ids);
     return done ? Answer(QVariantList()) : failure(done.error());
 }
 
@@ -133,20 +134,20 @@ Task<CallQueue::Answer> LinksAdaptor::import(QByteArray json)
 {
     QBuffer buffer(&json);
     buffer.open(QBuffer::ReadOnly);
-    LinkFileReader reader(buffer, m_parts.clock.now());
+    LinkFileReader reader(buffer, m_dependencies.clock.now());
     QList<CapturedLink> links;
-    auto since = m_parts.clock.elapsed();
+    auto since = m_dependencies.clock.elapsed();
     while (const auto entry = reader.next()) {
         if (links.size() == linksPerCall)
             co_return Unexpected{tooMany()};
         links.append(entry->link.value_or(CapturedLink())); // which is no web address
-        if (m_parts.clock.elapsed() - since < slice)
+        if (m_dependencies.clock.elapsed() - since < slice)
             continue;
-        LoopTurn turn;
-        co_await turn;
-        since = m_parts.clock.elapsed();
+        YieldToLoop yield;
+        co_await yield;
+        since = m_dependencies.clock.elapsed();
     }
-    const auto counts = LinkIntake(m_parts.modelContext).import(links);
+    const auto counts = LinkIntake(m_dependencies.modelContext).import(links);
     if (!counts)
         co_return failure(counts.error());
     co_return QVariantList{counts->taken, counts->alreadyStored, counts->excluded,

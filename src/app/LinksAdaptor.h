@@ -32,14 +32,14 @@ public:
     static constexpr int linksPerCall = 1000;
     static constexpr qsizetype bytesPerCall = 4 << 20;
 
-    struct Parts {
+    struct Dependencies {
         ModelContext &modelContext;
         HttpClient &http;
         QThreadPool &pages;
         Clock &clock;
     };
-    /// All of `parts` outlives the adaptor. `parent` is the object that is on the bus.
-    LinksAdaptor(const Parts &parts, QObject *parent);
+    /// All of `dependencies` outlives the adaptor. `parent` is the object that is on the bus.
+    LinksAdaptor(const Dependencies &dependencies, QObject *parent);
 
 public Q_SLOTS: // NOLINTBEGIN(readability-identifier-naming): the names on the bus
     /// Why `address` was not taken; empty when it was.
@@ -63,7 +63,7 @@ private:
     Task<Answer> import(QByteArray json);
     void queueChange(const QStringList &ids, const QDBusMessage &call, Change apply);
 
-    Parts m_parts;
+    Dependencies m_dependencies;
     TitleFetcher m_titles;
     CallQueue m_calls;
     Scope m_tasks;

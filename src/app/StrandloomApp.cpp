@@ -190,11 +190,11 @@ void StrandloomApp::togglePanel()
 MenuBarView &StrandloomApp::panel()
 {
     if (!m_panel) {
-        const MenuBarViewModel::Parts parts{m_services.modelContext, *m_services.clipboard,
-                                            m_services.urlOpener,    m_services.summaries,
-                                            m_services.http,         m_services.pages,
-                                            m_services.clock};
-        m_panelModel = std::make_unique<MenuBarViewModel>(parts);
+        const MenuBarViewModel::Dependencies dependencies{
+            m_services.modelContext, *m_services.clipboard, m_services.urlOpener,
+            m_services.summaries,    m_services.http,       m_services.pages,
+            m_services.clock};
+        m_panelModel = std::make_unique<MenuBarViewModel>(dependencies);
         connect(m_appState.get(), &AppState::modelLoadChanged, this, &StrandloomApp::showModelLoad);
         showModelLoad();
         connect(m_appState.get(), &AppState::isStoreDamagedChanged, this,

@@ -10,21 +10,21 @@
 
 using namespace Qt::StringLiterals;
 
-ClipboardMonitor::ClipboardMonitor(const Parts &parts, QObject *parent)
+ClipboardMonitor::ClipboardMonitor(const Dependencies &dependencies, QObject *parent)
     : QObject(parent)
-    , m_parts(parts)
-    , m_titles(parts.http, parts.pages)
-    , m_lastChangeCount(parts.clipboard.changeCount()) // before any text is read
+    , m_dependencies(dependencies)
+    , m_titles(dependencies.http, dependencies.pages)
+    , m_lastChangeCount(dependencies.clipboard.changeCount()) // before any text is read
 {
     loadExcludedDomains();
     autoPruneOldLinks();
-    m_parts.clipboard.startReading();
+    m_dependencies.clipboard.startReading();
 }
 
 void ClipboardMonitor::startMonitoring()
 {
     if (!m_watch)
-        m_watch = connect(&m_parts.clipboard, &ClipboardSource::changed, this,
+        m_watch = connect(&m_dependencies.clipboard, &ClipboardSource::changed, this,
                           &ClipboardMonitor::checkClipboard);
 }
 
@@ -41,17 +41,17 @@ void ClipboardMonitor::setPaused(bool isPaused)
     m_isPaused = isPaused;
     if (isPaused) {
         stopMonitoring();
-        m_parts.clipboard.stopReading();
+        m_dependencies.clipboard.stopReading();
     } else {
-        m_lastChangeCount = m_parts.clipboard.changeCount();
-        m_parts.clipboard.startReading();
+        m_lastChangeCount = m_dependencies.clipboard.changeCount();
+        m_dependencies.clipboard.startReading();
         startMonitoring();
     }
 }
 
 void ClipboardMonitor::loadExcludedDomains()
 {
-    const auto domains = m_parts.modelContext.excludedDomains();
+    const auto domains = m_dependencies.modelContext.excludedDomains();
     if (!domains)
         return; // the list as it was is better than none
     m_excludedDomains.clear();
@@ -61,8 +61,8 @@ void ClipboardMonitor::loadExcludedDomains()
 
 void ClipboardMonitor::autoPruneOldLinks()
 {
-    const auto pruned =
-        pruneOldLinks(m_parts.modelContext, m_parts.preferences, m_parts.clock.now());
+    const auto pruned = pruneOldLinks(m_dependencies.modelContext, m_dependencies.preferences,
+                                      m_dependencies.clock.now());
     if (!pruned)
         debugLog(u"Failed to auto-prune: "_s + description(pruned.error()));
     else if (pruned->count > 0)
@@ -71,12 +71,12 @@ void ClipboardMonitor::autoPruneOldLinks()
 
 void ClipboardMonitor::checkClipboard()
 {
-    const qint64 count = m_parts.clipboard.changeCount();
+    const qint64 count = m_dependencies.clipboard.changeCount();
     if (count == m_lastChangeCount)
         return;
     m_lastChangeCount = count; // first of all: what is refused below must not be looked at again
 
-    const auto text = m_parts.clipboard.text();
+    const auto text = m_dependencies.clipboard.text();
     if (!text)
         return;
     const auto address = webAddressIn(*text);
@@ -99,12 +99,12 @@ void ClipboardMonitor::checkClipboard()
 bool ClipboardMonitor::isRapidDuplicate(const QString &url) const
 {
     return m_lastCopiedURL == url && m_lastCopiedTime
-        && m_parts.clock.now() - *m_lastCopiedTime < duplicateThreshold;
+        && m_dependencies.clock.now() - *m_lastCopiedTime < duplicateThreshold;
 }
 
 bool ClipboardMonitor::isStored(const QString &url) const
 {
-    const auto count = m_parts.modelContext.countWithUrl(url);
+    const auto count = m_dependencies.modelContext.countWithUrl(url);
     if (!count) {
         debugLog(u"Failed to check URL existence: "_s + description(count.error()));
         return false; // a link twice is better than a link lost
@@ -117,19 +117,19 @@ void ClipboardMonitor::capture(const QString &url)
     CapturedLink link;
     link.id = QUuid::createUuid();
     link.url = url;
-    link.copiedAt = m_parts.clock.now();
-    m_parts.modelContext.insert(link);
-    const auto &reason = m_parts.modelContext.unsavedReason();
+    link.copiedAt = m_dependencies.clock.now();
+    m_dependencies.modelContext.insert(link);
+    const auto &reason = m_dependencies.modelContext.unsavedReason();
     if (reason && reason->kind != StoreError::Kind::full)
         debugLog(u"Captured link, only in memory: " + url + u": " + description(*reason));
     else
         debugLog(u"Captured link: " + url);
     remember(url);
-    m_tasks.start(m_titles.fetchTitle(&m_parts.modelContext, link.id));
+    m_tasks.start(m_titles.fetchTitle(&m_dependencies.modelContext, link.id));
 }
 
 void ClipboardMonitor::remember(const QString &url)
 {
     m_lastCopiedURL = url;
-    m_lastCopiedTime = m_parts.clock.now();
+    m_lastCopiedTime = m_dependencies.clock.now();
 }

@@ -28,7 +28,7 @@ public:
     static constexpr std::chrono::seconds duplicateThreshold{5};
 
     /// What the monitor works with; all of it outlives the monitor. `pages` has one thread.
-    struct Parts {
+    struct Dependencies {
         ModelContext &modelContext;
         ClipboardSource &clipboard;
         HttpClient &http;
@@ -39,7 +39,7 @@ public:
 
     /// Takes what is on the clipboard now as seen, and deletes links that are older than the user
     /// wants them kept.
-    explicit ClipboardMonitor(const Parts &parts, QObject *parent = nullptr);
+    explicit ClipboardMonitor(const Dependencies &dependencies, QObject *parent = nullptr);
 
     void startMonitoring();
     void stopMonitoring();
@@ -59,7 +59,7 @@ private:
     void capture(const QString &url);
     void remember(const QString &url);
 
-    Parts m_parts;
+    Dependencies m_dependencies;
     TitleFetcher m_titles;
     bool m_isPaused = false;
     qint64 m_lastChangeCount;

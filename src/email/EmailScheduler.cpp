@@ -31,9 +31,9 @@ QList<LinkId> idsOf(const QList<CapturedLink> &links)
 
 } // namespace
 
-EmailScheduler::EmailScheduler(const Parts &parts, QObject *parent)
+EmailScheduler::EmailScheduler(const Dependencies &dependencies, QObject *parent)
     : QObject(parent)
-    , m_parts(parts)
+    , m_dependencies(dependencies)
 {
     const auto whenStarted = [this](void (EmailScheduler::*act)()) {
         return [this, act] {
@@ -41,9 +41,9 @@ EmailScheduler::EmailScheduler(const Parts &parts, QObject *parent)
                 (this->*act)();
         };
     };
-    connect(&m_parts.keys, &ResendKeyService::isConfiguredChanged, this,
+    connect(&m_dependencies.keys, &ResendKeyService::isConfiguredChanged, this,
             whenStarted(&EmailScheduler::scheduleNextEmail));
-    connect(&m_parts.keys, &ResendKeyService::becameKnown, this,
+    connect(&m_dependencies.keys, &ResendKeyService::becameKnown, this,
             whenStarted(&EmailScheduler::checkAndSendIfNeeded));
 }
 
@@ -57,8 +57,8 @@ void EmailScheduler::aim(const std::optional<Slot> &slot)
     m_timer.reset();
     m_aim.reset();
     const bool isEnabled =
-        m_parts.preferences.boolean(preferenceKeys::emailDigestEnabled).value_or(false);
-    if (!isEnabled || !m_parts.keys.isConfigured()) {
+        m_dependencies.preferences.boolean(preferenceKeys::emailDigestEnabled).value_or(false);
+    if (!isEnabled || !m_dependencies.keys.isConfigured()) {
         m_isScheduled = false;
         return;
     }
@@ -67,7 +67,7 @@ void EmailScheduler::aim(const std::optional<Slot> &slot)
 
     const Instant date = due(*slot);
     const auto minutes =
-        std::chrono::duration_cast<std::chrono::minutes>(date - m_parts.clock.now());
+        std::chrono::duration_cast<std::chrono::minutes>(date - m_dependencies.clock.now());
     debugLog(u"Scheduling email for "
              % dateTimeOf(date).toUTC().toString(u"yyyy-MM-dd HH:mm:ss +0000") % u" (in "
              % QString::number(minutes.count()) % u" minutes)");
@@ -78,13 +78,13 @@ void EmailScheduler::aim(const std::optional<Slot> &slot)
 
 void EmailScheduler::wait()
 {
-    const auto left = std::chrono::ceil<milliseconds>(due(*m_aim) - m_parts.clock.now());
-    m_timer = m_parts.clock.after(std::min(left, longestSleep), [this] { wake(); });
+    const auto left = std::chrono::ceil<milliseconds>(due(*m_aim) - m_dependencies.clock.now());
+    m_timer = m_dependencies.clock.after(std::min(left, longestSleep), [this] { wake(); });
 }
 
 void EmailScheduler::wake()
 {
-    if (m_parts.clock.now() >= due(*m_aim)) {
+    if (m_dependencies.clock.now() >= due(*m_aim)) {
         m_tasks.start(send(*std::exchange(m_aim, std::nullopt)));
         return;
     }
@@ -97,12 +97,12 @@ void EmailScheduler::wake()
 
 void EmailScheduler::checkAndSendIfNeeded()
 {
-    if (!m_parts.preferences.boolean(preferenceKeys::emailDigestEnabled).value_or(false))
+    if (!m_dependencies.preferences.boolean(preferenceKeys::emailDigestEnabled).value_or(false))
         return;
-    const Instant now = m_parts.clock.now();
+    const Instant now = m_dependencies.clock.now();
     if (dateTimeOf(now).time().hour() < sendHour())
         return;
-    const auto lastSent = m_parts.preferences.date(preferenceKeys::lastEmailSentDate);
+    const auto lastSent = m_dependencies.preferences.date(preferenceKeys::lastEmailSentDate);
     if (!lastSent || !isSameDay(*lastSent, now))
         m_tasks.start(sendScheduledEmail());
 }
@@ -117,8 +117,8 @@ Task<> EmailScheduler::send(Slot slot)
     if (m_isSending)
         co_return;
     const QString recipient =
-        m_parts.preferences.string(preferenceKeys::emailAddress).value_or(QString());
-    const bool canSend = m_parts.keys.isKnown() && m_parts.keys.isConfigured();
+        m_dependencies.preferences.string(preferenceKeys::emailAddress).value_or(QString());
+    const bool canSend = m_dependencies.keys.isKnown() && m_dependencies.keys.isConfigured();
     if (!canSend || recipient.isEmpty()) {
         aim(nextUnfiredSlot());
         co_return;
@@ -144,11 +144,12 @@ Task<> EmailScheduler::deliver(QString recipient, Slot slot)
     if (links->isEmpty())
         co_return;
     const QByteArray name = occasion(slot);
-    const SendResult sent = co_await m_parts.service.sendDigest(*links, recipient, name);
+    const SendResult sent = co_await m_dependencies.service.sendDigest(*links, recipient, name);
     if (!sent) {
         debugLog(u"Scheduled email failed: " + description(sent.error()));
         if (sent.error().isAnswer())
-            m_parts.preferences.set(preferenceKeys::lastEmailRefusedDate, m_parts.clock.now());
+            m_dependencies.preferences.set(preferenceKeys::lastEmailRefusedDate,
+                                           m_dependencies.clock.now());
         co_return;
     }
     recordSent(*links);
@@ -156,8 +157,8 @@ Task<> EmailScheduler::deliver(QString recipient, Slot slot)
 
 void EmailScheduler::recordSent(const QList<CapturedLink> &links)
 {
-    m_parts.preferences.set(preferenceKeys::lastEmailSentDate, m_parts.clock.now());
-    if (!m_parts.preferences.boolean(preferenceKeys::clearAfterEmail).value_or(false))
+    m_dependencies.preferences.set(preferenceKeys::lastEmailSentDate, m_dependencies.clock.now());
+    if (!m_dependencies.preferences.boolean(preferenceKeys::clearAfterEmail).value_or(false))
         return;
     if (const auto hidden = m_modelContext->hide(idsOf(links)); !hidden)
         debugLog(u"Failed to hide the links that were sent: " + description(hidden.error()));
@@ -165,14 +166,14 @@ void EmailScheduler::recordSent(const QList<CapturedLink> &links)
 
 std::optional<Instant> EmailScheduler::nextSendDate(int hour) const
 {
-    const Instant now = m_parts.clock.now();
+    const Instant now = m_dependencies.clock.now();
     const auto today = atHour(now, hour);
     return today && *today <= now ? atHour(now, hour, 1) : today;
 }
 
 EmailScheduler::Slot EmailScheduler::lastSlot() const
 {
-    const Instant now = m_parts.clock.now();
+    const Instant now = m_dependencies.clock.now();
     const Slot today{dateTimeOf(now).date(), sendHour()};
     return due(today) <= now ? today : Slot{today.day.addDays(-1), today.hour};
 }
@@ -194,14 +195,14 @@ std::optional<EmailScheduler::Slot> EmailScheduler::slotAt(std::optional<Instant
 Instant EmailScheduler::due(const Slot &slot) const
 {
     const QTime time(slot.hour, 0);
-    return time.isValid() ? instantAt(slot.day, time) : m_parts.clock.now();
+    return time.isValid() ? instantAt(slot.day, time) : m_dependencies.clock.now();
 }
 
 /// The name of the slot for the provider: the same after a restart, as nobody knows what has become
 /// of a send that was cut off, but another one when the provider has refused a mail.
 QByteArray EmailScheduler::occasion(const Slot &slot) const
 {
-    const auto refused = m_parts.preferences.date(preferenceKeys::lastEmailRefusedDate);
+    const auto refused = m_dependencies.preferences.date(preferenceKeys::lastEmailRefusedDate);
     const qint64 since = refused.value_or(Instant()).time_since_epoch().count();
     return slot.day.toString(Qt::ISODate).toLatin1() + 'T' + QByteArray::number(slot.hour) + ' '
         + QByteArray::number(since);
@@ -209,6 +210,6 @@ QByteArray EmailScheduler::occasion(const Slot &slot) const
 
 int EmailScheduler::sendHour() const
 {
-    const int hour = m_parts.preferences.integer(preferenceKeys::emailSendHour).value_or(0);
+    const int hour = m_dependencies.preferences.integer(preferenceKeys::emailSendHour).value_or(0);
     return hour < 1 ? defaultHour : hour; // midnight can be chosen, but has never meant midnight
 }

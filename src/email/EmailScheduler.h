@@ -28,14 +28,14 @@ public:
     static constexpr int defaultHour = 8;
 
     /// What the scheduler works with; all of it outlives the scheduler.
-    struct Parts {
+    struct Dependencies {
         EmailService &service;
         ResendKeyService &keys;
         Preferences &preferences;
         Clock &clock;
     };
 
-    explicit EmailScheduler(const Parts &parts, QObject *parent = nullptr);
+    explicit EmailScheduler(const Dependencies &dependencies, QObject *parent = nullptr);
 
     /// Where the links are; null, as at first: nothing is sent. Outlives the scheduler.
     void setModelContext(ModelContext *context) { m_modelContext = context; }
@@ -80,7 +80,7 @@ private:
     QByteArray occasion(const Slot &slot) const;
     void recordSent(const QList<CapturedLink> &links);
 
-    Parts m_parts;
+    Dependencies m_dependencies;
     ModelContext *m_modelContext = nullptr;
     std::optional<Slot> m_aim;
     std::unique_ptr<Alarm> m_timer; ///< rings when `m_aim` is due, or before to look at the clock

@@ -10,7 +10,6 @@
 #include "SummaryService.h"
 #include "Utf8.h"
 #include "async/OnPool.h"
-#include "async/Turn.h"
 
 #include <QCryptographicHash>
 #include <QJsonArray>
@@ -109,41 +108,34 @@ std::optional<QByteArray> resendEndpoint(const AppInfo &info)
     return url->toEncoded();
 }
 
-/// One send, which may outlive the wait for it.
-struct EmailService::Sending {
-    TurnQueue end;
-    SendResult result = Unexpected{EmailError{Kind::requestFailed}};
-};
-
-EmailService::EmailService(const Parts &parts, QObject *parent)
+EmailService::EmailService(const Dependencies &dependencies, QObject *parent)
     : QObject(parent)
-    , m_http(parts.http)
-    , m_keys(parts.keys)
-    , m_summaries(parts.summaries)
-    , m_modelContext(parts.modelContext)
-    , m_clock(parts.clock)
-    , m_pool(parts.pool)
-    , m_resendEndpoint(::resendEndpoint(parts.info))
-    , m_productSite(parts.info.value(u"ProductSite"_s).value_or(QString()))
+    , m_http(dependencies.http)
+    , m_keys(dependencies.keys)
+    , m_summaries(dependencies.summaries)
+    , m_modelContext(dependencies.modelContext)
+    , m_clock(dependencies.clock)
+    , m_pool(dependencies.pool)
+    , m_resendEndpoint(::resendEndpoint(dependencies.info))
+    , m_productSite(dependencies.info.value(u"ProductSite"_s).value_or(QString()))
 {
 }
 
 Task<SendResult> EmailService::sendDigest(QList<CapturedLink> links, QString to,
                                           std::optional<QByteArray> occasion)
 {
-    const auto sending = std::make_shared<Sending>();
-    m_tasks.start(run(sending, links, to, occasion));
-    Turn afterSending(sending->end);
-    co_await afterSending;
-    co_return sending->result;
+    const auto result = std::make_shared<SendResult>(Unexpected{EmailError{Kind::requestFailed}});
+    Task<> sending = sendInto(result, links, to, occasion);
+    co_await m_tasks.startAndWait(std::move(sending));
+    co_return *result;
 }
 
-Task<> EmailService::run(std::shared_ptr<Sending> sending, QList<CapturedLink> links, QString to,
-                         std::optional<QByteArray> occasion)
+/// The result is shared, because a send may outlive the wait for it.
+Task<> EmailService::sendInto(std::shared_ptr<SendResult> result, QList<CapturedLink> links,
+                              QString to, std::optional<QByteArray> occasion)
 {
-    const Turn untilSent(sending->end);
-    const SendResult result = co_await send(links, to, occasion);
-    sending->result = result;
+    const SendResult sent = co_await send(links, to, occasion);
+    *result = sent;
 }
 
 Task<SendResult> EmailService::send(QList<CapturedLink> links, QString to,

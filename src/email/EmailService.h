@@ -46,7 +46,7 @@ class EmailService : public QObject
     Q_PROPERTY(QString lastError READ lastError NOTIFY lastErrorChanged)
 public:
     /// What the service works with; all but `info` outlives it. Digests are composed on `pool`.
-    struct Parts {
+    struct Dependencies {
         HttpClient &http;
         ResendKeyService &keys;
         SummaryService &summaries;
@@ -56,7 +56,7 @@ public:
         const AppInfo &info;
     };
 
-    explicit EmailService(const Parts &parts, QObject *parent = nullptr);
+    explicit EmailService(const Dependencies &dependencies, QObject *parent = nullptr);
 
     bool isSending() const { return m_isSending; }
     /// What the provider said when it refused the last message; empty otherwise.
@@ -74,10 +74,8 @@ Q_SIGNALS:
     void lastErrorChanged();
 
 private:
-    struct Sending;
-
-    Task<> run(std::shared_ptr<Sending> sending, QList<CapturedLink> links, QString to,
-               std::optional<QByteArray> occasion);
+    Task<> sendInto(std::shared_ptr<SendResult> result, QList<CapturedLink> links, QString to,
+                    std::optional<QByteArray> occasion);
     Task<SendResult> send(QList<CapturedLink> links, QString to,
                           std::optional<QByteArray> occasion);
     Task<QList<CapturedLink>> withSummaries(QList<CapturedLink> links);

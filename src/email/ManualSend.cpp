@@ -5,16 +5,16 @@
 #include "LinkCursor.h"
 #include "Preferences.h"
 
-ManualSend::ManualSend(const Parts &parts, QObject *parent)
+ManualSend::ManualSend(const Dependencies &dependencies, QObject *parent)
     : QObject(parent)
-    , m_parts(parts)
+    , m_dependencies(dependencies)
 {
-    connect(&m_parts.service, &EmailService::isSendingChanged, this, &ManualSend::changed);
+    connect(&m_dependencies.service, &EmailService::isSendingChanged, this, &ManualSend::changed);
 }
 
 bool ManualSend::isSending() const
 {
-    return m_isSending || m_parts.service.isSending();
+    return m_isSending || m_dependencies.service.isSending();
 }
 
 void ManualSend::start()
@@ -44,12 +44,13 @@ Task<> ManualSend::send()
 
 Task<ManualSend::Outcome> ManualSend::deliver()
 {
-    const ModelContext &context = m_parts.modelContext;
+    const ModelContext &context = m_dependencies.modelContext;
     const auto links = co_await collectVisibleLinks(context, LinkOrder::newestFirst);
     if (!links)
         co_return Unexpected{description(links.error())};
-    const QString to = m_parts.preferences.string(preferenceKeys::emailAddress).value_or(QString());
-    const SendResult sent = co_await m_parts.service.sendDigest(*links, to);
+    const QString to =
+        m_dependencies.preferences.string(preferenceKeys::emailAddress).value_or(QString());
+    const SendResult sent = co_await m_dependencies.service.sendDigest(*links, to);
     if (!sent)
         co_return Unexpected{description(sent.error())};
     co_return Outcome();

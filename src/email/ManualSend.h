@@ -21,13 +21,13 @@ public:
     /// What went wrong, in words for people, if anything did.
     using Outcome = Expected<void, QString>;
     /// All of it outlives the send.
-    struct Parts {
+    struct Dependencies {
         EmailService &service;
         const ModelContext &modelContext;
         const Preferences &preferences;
     };
 
-    explicit ManualSend(const Parts &parts, QObject *parent = nullptr);
+    explicit ManualSend(const Dependencies &dependencies, QObject *parent = nullptr);
 
     /// Whether any mail is under way, be it a scheduled one.
     bool isSending() const;
@@ -46,7 +46,7 @@ private:
     Task<> send();
     Task<Outcome> deliver();
 
-    const Parts m_parts;
+    const Dependencies m_dependencies;
     bool m_isSending = false;
     std::optional<Outcome> m_outcome;
     Scope m_tasks;

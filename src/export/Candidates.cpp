@@ -3,7 +3,7 @@
 
 #include "DebugLog.h"
 #include "LinkCursor.h"
-#include "async/LoopTurn.h"
+#include "async/YieldToLoop.h"
 
 #include <algorithm>
 
@@ -52,8 +52,8 @@ Task<> Candidates::load()
         Q_EMIT changed();
         if (cursor.isAtEnd())
             co_return;
-        LoopTurn turn;
-        co_await turn;
+        YieldToLoop yield;
+        co_await yield;
     }
 }
 

@@ -3,7 +3,7 @@
 
 #include "Clock.h"
 #include "DebugLog.h"
-#include "async/LoopTurn.h"
+#include "async/YieldToLoop.h"
 
 #include <QScopeGuard>
 
@@ -20,8 +20,8 @@ constexpr qsizetype hiddenAtOnce = 500;
 ExportScreenModel::ExportScreenModel(ExportService &service, Traits traits)
     : m_service(service)
     , m_traits(std::move(traits))
-    , m_search(service.parts().locale)
-    , m_candidates(service.parts().modelContext, m_search)
+    , m_search(service.dependencies().locale)
+    , m_candidates(service.dependencies().modelContext, m_search)
 {
     connect(&m_candidates, &Candidates::changed, this, &ExportScreenModel::changed);
 }
@@ -66,7 +66,8 @@ Task<> ExportScreenModel::run()
     co_await writeMissingSummaries();
 
     const SaveRequest request{m_traits.fileName + u'.' + fileExtension(format()), contentType()};
-    const std::optional<QString> path = co_await m_service.parts().saveDialog.chooseFile(request);
+    const std::optional<QString> path =
+        co_await m_service.dependencies().saveDialog.chooseFile(request);
     logStep(u"Save panel response: "_s + (path ? u'1' : u'0'));
     if (!path)
         co_return;
@@ -97,7 +98,7 @@ Task<> ExportScreenModel::writeMissingSummaries()
     debugLog(u"Generating summaries for "_s + QString::number(missing.size()) + u" links..."_s);
     set(m_isSummarizing, true);
     const auto summarized = qScopeGuard([this] { set(m_isSummarizing, false); });
-    co_await m_service.parts().summarizeAll(missing);
+    co_await m_service.dependencies().summarizeAll(missing);
 }
 
 /// The selection is taken once: what is written is what is cleared.
@@ -109,7 +110,7 @@ Task<ExportResult> ExportScreenModel::exportTo(QString path)
         co_return Unexpected{
             ExportError{ExportError::Kind::cannotRead, description(links.error())}};
 
-    const ExportDocument document{*links, m_traits.layout, now(), m_service.parts().locale};
+    const ExportDocument document{*links, m_traits.layout, now(), m_service.dependencies().locale};
     const ExportFormat fileFormat = format();
     const ExportResult written = co_await m_service.write(document, fileFormat, path);
     if (!written)
@@ -131,10 +132,10 @@ Task<> ExportScreenModel::clear(QList<CapturedLink> links)
         QList<LinkId> ids;
         for (const CapturedLink &link : links.mid(done, hiddenAtOnce))
             ids.append(link.id);
-        if (const auto hidden = m_service.parts().modelContext.hideExported(ids); !hidden)
+        if (const auto hidden = m_service.dependencies().modelContext.hideExported(ids); !hidden)
             debugLog(u"Failed to clear the list after an export: "_s + description(hidden.error()));
-        LoopTurn turn;
-        co_await turn;
+        YieldToLoop yield;
+        co_await yield;
     }
 }
 
@@ -146,5 +147,5 @@ void ExportScreenModel::logStep(const QString &line) const
 
 Instant ExportScreenModel::now() const
 {
-    return m_service.parts().clock.now();
+    return m_service.dependencies().clock.now();
 }

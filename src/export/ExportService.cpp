@@ -3,8 +3,8 @@
 
 #include "async/OnPool.h"
 
-ExportService::ExportService(Parts parts)
-    : m_parts(std::move(parts))
+ExportService::ExportService(Dependencies dependencies)
+    : m_dependencies(std::move(dependencies))
 {
     m_pool.setMaxThreadCount(1);
 }
@@ -18,7 +18,7 @@ Task<ExportService::Links> ExportService::selected(LinkOrder order, LinkSelectio
 {
     const std::function<bool(const CapturedLink &)> accepts =
         [selection](const CapturedLink &link) { return selection.accepts(link); };
-    auto links = co_await collectVisibleLinks(m_parts.modelContext, order, accepts);
+    auto links = co_await collectVisibleLinks(m_dependencies.modelContext, order, accepts);
     co_return links;
 }
 

@@ -18,7 +18,7 @@ class ExportService
 {
 public:
     using Links = ModelContext::Links;
-    struct Parts {
+    struct Dependencies {
         ModelContext &modelContext;
         SaveDialog &saveDialog;
         /// Writes the missing summaries of links; returns when it has tried all.
@@ -27,11 +27,11 @@ public:
         QString locale; ///< for dates and searches
     };
 
-    /// All of `parts` outlives the service.
-    explicit ExportService(Parts parts);
+    /// All of `dependencies` outlives the service.
+    explicit ExportService(Dependencies dependencies);
     ~ExportService();
 
-    const Parts &parts() const { return m_parts; }
+    const Dependencies &dependencies() const { return m_dependencies; }
     /// Runs `task` to its end, or to that of the service.
     void start(Task<> task) { m_tasks.start(std::move(task)); }
 
@@ -41,7 +41,7 @@ public:
     Task<ExportResult> write(ExportDocument document, ExportFormat format, QString path);
 
 private:
-    Parts m_parts;
+    Dependencies m_dependencies;
     std::stop_source m_stop;
     QThreadPool m_pool;
     Scope m_tasks;

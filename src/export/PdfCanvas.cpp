@@ -153,7 +153,7 @@ Picture picture(PangoFont *font, unsigned long glyph)
 
 } // namespace
 
-struct PdfCanvas::Parts {
+struct PdfCanvas::Impl {
     Surface surface;
     Owned<cairo_t, cairo_destroy> cairo;
     Owned<PangoFontMap> fonts;
@@ -168,7 +168,7 @@ struct PdfCanvas::Parts {
     void addText(std::string_view text, double x, double y, double width);
 };
 
-bool PdfCanvas::Parts::loadFont()
+bool PdfCanvas::Impl::loadFont()
 {
     const FontDescription any = fontDescription(12, PdfFont::regular);
     font.reset(pango_font_map_load_font(fonts.get(), context.get(), any.get()));
@@ -183,7 +183,7 @@ bool PdfCanvas::Parts::loadFont()
 }
 
 /// Cairo would draw pictures as small as a screen has them, and forget what they stand for.
-void PdfCanvas::Parts::drawRun(const char *text, PangoGlyphItem &run, double x, double y)
+void PdfCanvas::Impl::drawRun(const char *text, PangoGlyphItem &run, double x, double y)
 {
     PangoFont *const used = run.item->analysis.font;
     if (!isOfPictures(used)) {
@@ -218,7 +218,7 @@ void PdfCanvas::Parts::drawRun(const char *text, PangoGlyphItem &run, double x, 
     }
 }
 
-void PdfCanvas::Parts::drawPicture(PangoFont *ofPictures, PangoGlyph glyph, double x, double y)
+void PdfCanvas::Impl::drawPicture(PangoFont *ofPictures, PangoGlyph glyph, double x, double y)
 {
     if (glyph == PANGO_GLYPH_EMPTY || glyph & PANGO_GLYPH_UNKNOWN_FLAG)
         return;
@@ -239,7 +239,7 @@ void PdfCanvas::Parts::drawPicture(PangoFont *ofPictures, PangoGlyph glyph, doub
 }
 
 /// Text that is not seen, for readers who search or copy: a space that stands for it, as wide.
-void PdfCanvas::Parts::addText(std::string_view text, double x, double y, double width)
+void PdfCanvas::Impl::addText(std::string_view text, double x, double y, double width)
 {
     cairo_scaled_font_t *const scaled =
         pango_cairo_font_get_scaled_font(PANGO_CAIRO_FONT(font.get()));
@@ -257,26 +257,26 @@ void PdfCanvas::Parts::addText(std::string_view text, double x, double y, double
 }
 
 PdfCanvas::PdfCanvas(const ByteSink &sink, Instant created)
-    : m_parts(std::make_unique<Parts>())
+    : m_impl(std::make_unique<Impl>())
 {
-    m_parts->fonts.reset(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
-    pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(m_parts->fonts.get()), 72);
-    pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(m_parts->fonts.get()), fontConfig().get());
-    m_parts->context.reset(pango_font_map_create_context(m_parts->fonts.get()));
-    pango_context_set_round_glyph_positions(m_parts->context.get(), false);
-    m_hasFont = m_parts->loadFont();
+    m_impl->fonts.reset(pango_cairo_font_map_new_for_font_type(CAIRO_FONT_TYPE_FT));
+    pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(m_impl->fonts.get()), 72);
+    pango_fc_font_map_set_config(PANGO_FC_FONT_MAP(m_impl->fonts.get()), fontConfig().get());
+    m_impl->context.reset(pango_font_map_create_context(m_impl->fonts.get()));
+    pango_context_set_round_glyph_positions(m_impl->context.get(), false);
+    m_hasFont = m_impl->loadFont();
     if (!m_hasFont)
         return;
-    m_parts->surface = ::surface(sink, created);
-    m_parts->cairo.reset(cairo_create(m_parts->surface.get()));
-    pango_cairo_update_context(m_parts->cairo.get(), m_parts->context.get());
+    m_impl->surface = ::surface(sink, created);
+    m_impl->cairo.reset(cairo_create(m_impl->surface.get()));
+    pango_cairo_update_context(m_impl->cairo.get(), m_impl->context.get());
 }
 
 PdfCanvas::~PdfCanvas() = default;
 
 void PdfCanvas::drawRule(double left, double right, double y, const PdfColor &color)
 {
-    cairo_t *const cairo = m_parts->cairo.get();
+    cairo_t *const cairo = m_impl->cairo.get();
     cairo_set_source_rgb(cairo, color.red, color.green, color.blue);
     cairo_set_line_width(cairo, 0.5);
     cairo_move_to(cairo, left, y);
@@ -286,24 +286,24 @@ void PdfCanvas::drawRule(double left, double right, double y, const PdfColor &co
 
 void PdfCanvas::beginPage()
 {
-    cairo_show_page(m_parts->cairo.get());
+    cairo_show_page(m_impl->cairo.get());
 }
 
 void PdfCanvas::finish()
 {
-    cairo_show_page(m_parts->cairo.get());
-    cairo_surface_finish(m_parts->surface.get());
+    cairo_show_page(m_impl->cairo.get());
+    cairo_surface_finish(m_impl->surface.get());
 }
 
 std::optional<QString> PdfCanvas::error() const
 {
-    const auto ofPage = cairo_status(m_parts->cairo.get());
-    const auto status = ofPage ? ofPage : cairo_surface_status(m_parts->surface.get());
+    const auto ofPage = cairo_status(m_impl->cairo.get());
+    const auto status = ofPage ? ofPage : cairo_surface_status(m_impl->surface.get());
     return status ? std::optional(readUtf8(cairo_status_to_string(status))) : std::nullopt;
 }
 
 struct PdfText::Layout {
-    PdfCanvas::Parts &canvas;
+    PdfCanvas::Impl &canvas;
     PdfColor color;
     Owned<PangoLayout> pango;
 
@@ -358,8 +358,8 @@ struct PdfText::Layout {
 
 PdfText::PdfText(PdfCanvas &canvas, const PdfStyle &style)
     : m_layout(std::make_unique<Layout>(
-        Layout{*canvas.m_parts, style.color,
-               Owned<PangoLayout>(pango_layout_new(canvas.m_parts->context.get()))}))
+        Layout{*canvas.m_impl, style.color,
+               Owned<PangoLayout>(pango_layout_new(canvas.m_impl->context.get()))}))
 {
     PangoLayout *const pango = m_layout->pango.get();
     pango_layout_set_font_description(pango, fontDescription(style.size, style.font).get());

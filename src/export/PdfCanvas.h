@@ -43,9 +43,9 @@ public:
 
 private:
     friend class PdfText;
-    struct Parts;
+    struct Impl;
 
-    std::unique_ptr<Parts> m_parts;
+    std::unique_ptr<Impl> m_impl;
     bool m_hasFont;
 };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "LinkCursor.h"
 
-#include "async/LoopTurn.h"
+#include "async/YieldToLoop.h"
 
 #include <algorithm>
 
@@ -43,8 +43,8 @@ Task<ModelContext::Links> collectVisibleLinks(const ModelContext &context, LinkO
             co_return page;
         std::copy_if(page->begin(), page->end(), std::back_inserter(links),
                      [&accepts](const CapturedLink &link) { return !accepts || accepts(link); });
-        LoopTurn turn;
-        co_await turn;
+        YieldToLoop yield;
+        co_await yield;
     }
     co_return links;
 }

@@ -3,7 +3,7 @@
 
 #include "DebugLog.h"
 #include "LinkCursor.h"
-#include "async/LoopTurn.h"
+#include "async/YieldToLoop.h"
 
 #include <algorithm>
 #include <cstring>
@@ -61,8 +61,8 @@ Task<> LinkSearch::load()
         m_pages.push_back(pageOf(*links));
         m_changed.isEmpty() ? find(m_pages.back()) : findAll();
         Q_EMIT changed({});
-        LoopTurn turn;
-        co_await turn;
+        YieldToLoop yield;
+        co_await yield;
     }
 }
 

@@ -82,17 +82,13 @@ Task<> SummaryService::summarizeSelected(QList<LinkId> ids)
 {
     if (ids.isEmpty())
         co_return;
-    const auto end = std::make_shared<TurnQueue>();
-    m_tasks.start(runBatch(ids, end)); // has its turn from here on
-    Turn afterBatch(*end);
-    co_await afterBatch;
+    Task<> batch = runBatch(ids);
+    co_await m_tasks.startAndWait(std::move(batch));
 }
 
-/// Several may run; they take turns at the extractor, page by page. `end` is held to the end.
-Task<> SummaryService::runBatch(QList<LinkId> ids, std::shared_ptr<TurnQueue> end)
+/// Several may run; they take turns at the extractor, page by page.
+Task<> SummaryService::runBatch(QList<LinkId> ids)
 {
-    Turn turn(*end);
-    co_await turn;
     ++m_batches;
     m_isSummarizing = true;
     m_lastError = QString();

@@ -3,7 +3,6 @@
 
 #include "CapturedLink.h"
 #include "async/Scope.h"
-#include "async/Turn.h"
 
 #include <QList>
 #include <QObject>
@@ -64,7 +63,7 @@ Q_SIGNALS:
 
 private:
     Task<> summarizeSelected(QList<LinkId> ids);
-    Task<> runBatch(QList<LinkId> ids, std::shared_ptr<TurnQueue> end);
+    Task<> runBatch(QList<LinkId> ids);
     void addProgress(const SummaryProgress &progress);
     QList<LinkId> withoutSummary(const QList<LinkId> &ids) const;
 

@@ -60,16 +60,16 @@ WebContentExtractor::WebContentExtractor(HttpClient &http, QThreadPool &pages, c
 
 Task<Expected<HttpResponse, ExtractionFailure>> WebContentExtractor::fetchPage(QString url)
 {
-    Turn turn(m_calls);
-    co_await turn;
+    Permit permit(m_calls);
+    co_await permit;
     auto response = co_await fetch(url);
     co_return response;
 }
 
 Task<Expected<EvidencePacket, ExtractionFailure>> WebContentExtractor::extract(QString url)
 {
-    Turn turn(m_calls);
-    co_await turn;
+    Permit permit(m_calls);
+    co_await permit;
     const auto response = co_await fetch(url);
     if (!response)
         co_return Unexpected{response.error()};

@@ -4,8 +4,8 @@
 #include "EvidencePacket.h"
 #include "Expected.h"
 #include "HttpClient.h"
+#include "async/Semaphore.h"
 #include "async/Task.h"
-#include "async/Turn.h"
 
 #include <variant>
 
@@ -46,5 +46,5 @@ private:
     HttpClient &m_http;
     QThreadPool &m_pages;
     const Clock &m_clock;
-    TurnQueue m_calls;
+    Semaphore m_calls;
 };

@@ -2,7 +2,7 @@
 #include "Confirmation.h"
 
 #include "Caption.h"
-#include "FormParts.h"
+#include "FormWidgets.h"
 
 #include <QApplication>
 #include <QBoxLayout>

@@ -4,7 +4,7 @@
 #include "Calendar.h"
 #include "Caption.h"
 #include "ExportViewModel.h"
-#include "FormParts.h"
+#include "FormWidgets.h"
 #include "OptionPicker.h"
 #include "Spinner.h"
 #include "style/DevicePixels.h"

@@ -2,7 +2,7 @@
 #include "InlineExportView.h"
 
 #include "Caption.h"
-#include "FormParts.h"
+#include "FormWidgets.h"
 #include "InlineExportViewModel.h"
 #include "OptionPicker.h"
 #include "Spinner.h"

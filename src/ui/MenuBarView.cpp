@@ -4,7 +4,7 @@
 #include "Caption.h"
 #include "Compositing.h"
 #include "ElidedLabel.h"
-#include "FormParts.h"
+#include "FormWidgets.h"
 #include "IconButton.h"
 #include "IconLabel.h"
 #include "LinkListView.h"

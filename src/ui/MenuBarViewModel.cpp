@@ -20,18 +20,18 @@ constexpr auto copiedTime = 1500ms;
 constexpr int longestWord = 40; // of a tool tip, in characters
 } // namespace
 
-MenuBarViewModel::MenuBarViewModel(const Parts &parts, QObject *parent)
+MenuBarViewModel::MenuBarViewModel(const Dependencies &dependencies, QObject *parent)
     : QObject(parent)
-    , m_parts(parts)
-    , m_links(parts.modelContext)
+    , m_dependencies(dependencies)
+    , m_links(dependencies.modelContext)
     , m_dates(systemLocale())
-    , m_titles(parts.http, parts.pages)
+    , m_titles(dependencies.http, dependencies.pages)
 {
     recountToday();
     connect(&m_links, &LinkListModel::changed, this, &MenuBarViewModel::recountToday);
-    connect(&m_parts.modelContext, &ModelContext::hasUnsavedChangesChanged, this,
+    connect(&m_dependencies.modelContext, &ModelContext::hasUnsavedChangesChanged, this,
             &MenuBarViewModel::changed);
-    connect(&m_parts.clipboard, &ClipboardSource::limitationChanged, this,
+    connect(&m_dependencies.clipboard, &ClipboardSource::limitationChanged, this,
             &MenuBarViewModel::changed);
 }
 
@@ -45,7 +45,7 @@ void MenuBarViewModel::setCurrentScreen(MenuBarScreen screen)
 
 LinkRow MenuBarViewModel::row(const ListPosition &position) const
 {
-    const auto link = m_parts.modelContext.link(position.id);
+    const auto link = m_dependencies.modelContext.link(position.id);
     if (!link)
         return {position, {}, {}, {}}; // it is about to go
     const QString title = shownText(link->title ? *link->title : link->url);
@@ -64,7 +64,7 @@ QStringList MenuBarViewModel::times() const
 
 QString MenuBarViewModel::toolTip(const LinkId &id) const
 {
-    const auto link = m_parts.modelContext.link(id);
+    const auto link = m_dependencies.modelContext.link(id);
     if (!link)
         return {};
     QString url = shownText(link->url);
@@ -80,7 +80,7 @@ QString MenuBarViewModel::toolTip(const LinkId &id) const
 
 bool MenuBarViewModel::isEmpty() const
 {
-    return m_parts.modelContext.counts().visible == 0;
+    return m_dependencies.modelContext.counts().visible == 0;
 }
 
 QString MenuBarViewModel::todayText() const
@@ -90,7 +90,7 @@ QString MenuBarViewModel::todayText() const
 
 QString MenuBarViewModel::countText() const
 {
-    const qint64 all = m_parts.modelContext.counts().visible;
+    const qint64 all = m_dependencies.modelContext.counts().visible;
     return isSearching() ? tr("%1 of %2 links").arg(m_links.rowCount()).arg(all)
                          : tr("%1 links").arg(all);
 }
@@ -108,7 +108,7 @@ QString MenuBarViewModel::nothingFoundText() const
 
 QString MenuBarViewModel::notice() const
 {
-    const auto &reason = m_parts.modelContext.unsavedReason();
+    const auto &reason = m_dependencies.modelContext.unsavedReason();
     if (reason && reason->kind == StoreError::Kind::gone)
         return tr("The store was removed or replaced. New links are kept in memory.");
     if (reason)
@@ -117,7 +117,7 @@ QString MenuBarViewModel::notice() const
         return m_answer;
     if (!m_notice.isEmpty())
         return m_notice;
-    return m_isPaused ? tr("Capturing is paused.") : m_parts.clipboard.limitation();
+    return m_isPaused ? tr("Capturing is paused.") : m_dependencies.clipboard.limitation();
 }
 
 void MenuBarViewModel::setPaused(bool isPaused)
@@ -140,7 +140,7 @@ void MenuBarViewModel::setModelLoad(std::optional<double> progress)
 
 QString MenuBarViewModel::summarizeToolTip() const
 {
-    const qint64 missing = m_parts.modelContext.counts().visibleWithoutSummary;
+    const qint64 missing = m_dependencies.modelContext.counts().visibleWithoutSummary;
     return missing > 0 ? tr("Generate AI summaries for %1 links").arg(missing)
                        : tr("All links have summaries");
 }
@@ -159,34 +159,34 @@ Task<> MenuBarViewModel::summarizeListed()
         m_isSummarizing = false;
         Q_EMIT changed();
     });
-    const QList<LinkId> ids = m_parts.modelContext.visibleWithoutSummary();
-    co_await m_parts.summaries.summarizeAll(ids);
+    const QList<LinkId> ids = m_dependencies.modelContext.visibleWithoutSummary();
+    co_await m_dependencies.summaries.summarizeAll(ids);
 }
 
 void MenuBarViewModel::open(const LinkId &id)
 {
-    if (const auto link = m_parts.modelContext.link(id))
-        m_parts.urlOpener.open(link->url);
+    if (const auto link = m_dependencies.modelContext.link(id))
+        m_dependencies.urlOpener.open(link->url);
 }
 
 void MenuBarViewModel::copyUrl(const LinkId &id)
 {
-    if (const auto link = m_parts.modelContext.link(id))
+    if (const auto link = m_dependencies.modelContext.link(id))
         copy(id, link->url);
 }
 
 void MenuBarViewModel::copySummary(const LinkId &id)
 {
-    const auto link = m_parts.modelContext.link(id);
+    const auto link = m_dependencies.modelContext.link(id);
     if (link && link->summary)
         copy(id, *link->summary);
 }
 
 void MenuBarViewModel::copy(const LinkId &id, const QString &text)
 {
-    m_parts.clipboard.setText(text);
+    m_dependencies.clipboard.setText(text);
     m_copied = id;
-    m_copiedEnd = m_parts.clock.after(copiedTime, [this] {
+    m_copiedEnd = m_dependencies.clock.after(copiedTime, [this] {
         m_copied = LinkId();
         Q_EMIT timesChanged();
     });
@@ -195,19 +195,19 @@ void MenuBarViewModel::copy(const LinkId &id, const QString &text)
 
 void MenuBarViewModel::remove(const LinkId &id)
 {
-    if (const auto removed = m_parts.modelContext.remove({id}); !removed)
+    if (const auto removed = m_dependencies.modelContext.remove({id}); !removed)
         debugLog(u"Failed to delete: " + description(removed.error()));
 }
 
 std::optional<QString> MenuBarViewModel::copiedText() const
 {
-    return m_parts.clipboard.text();
+    return m_dependencies.clipboard.text();
 }
 
 void MenuBarViewModel::add(const QString &address)
 {
     m_answer = take(address);
-    m_answerEnd = m_parts.clock.after(answerTime, [this] {
+    m_answerEnd = m_dependencies.clock.after(answerTime, [this] {
         m_answer.clear();
         Q_EMIT changed();
     });
@@ -216,13 +216,14 @@ void MenuBarViewModel::add(const QString &address)
 
 QString MenuBarViewModel::take(const QString &address)
 {
-    const auto added = LinkIntake(m_parts.modelContext).add(address, m_parts.clock.now());
+    const auto added =
+        LinkIntake(m_dependencies.modelContext).add(address, m_dependencies.clock.now());
     if (!added) {
         debugLog(u"Failed to add: " + description(added.error()));
         return tr("The link could not be saved.");
     }
     if (*added) {
-        m_tasks.start(m_titles.fetchTitle(&m_parts.modelContext, (*added)->id));
+        m_tasks.start(m_titles.fetchTitle(&m_dependencies.modelContext, (*added)->id));
         return tr("The link was added.");
     }
     switch (added->error()) {
@@ -238,11 +239,11 @@ QString MenuBarViewModel::take(const QString &address)
 
 void MenuBarViewModel::recountToday()
 {
-    const Instant now = m_parts.clock.now();
-    m_today = m_parts.modelContext.visibleSince(startOfDay(now));
+    const Instant now = m_dependencies.clock.now();
+    m_today = m_dependencies.modelContext.visibleSince(startOfDay(now));
     if (const auto tomorrow = addDays(startOfDay(now), 1)) {
         const auto rest = std::chrono::ceil<std::chrono::milliseconds>(*tomorrow - now);
-        m_midnight = m_parts.clock.after(rest, [this] { recountToday(); });
+        m_midnight = m_dependencies.clock.after(rest, [this] { recountToday(); });
     }
     Q_EMIT changed();
 }

@@ -36,7 +36,7 @@ class MenuBarViewModel : public QObject
     Q_OBJECT
 public:
     /// All of it outlives the model.
-    struct Parts {
+    struct Dependencies {
         ModelContext &modelContext;
         ClipboardSource &clipboard;
         UrlOpener &urlOpener;
@@ -46,7 +46,7 @@ public:
         Clock &clock;
     };
 
-    explicit MenuBarViewModel(const Parts &parts, QObject *parent = nullptr);
+    explicit MenuBarViewModel(const Dependencies &dependencies, QObject *parent = nullptr);
     ~MenuBarViewModel() override;
 
     MenuBarScreen currentScreen() const { return m_currentScreen; }
@@ -112,7 +112,7 @@ private:
     QString take(const QString &address);
     void copy(const LinkId &id, const QString &text);
 
-    Parts m_parts;
+    Dependencies m_dependencies;
     LinkListModel m_links;
     DateText m_dates;
     TitleFetcher m_titles;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "UpdateView.h"
 
-#include "FormParts.h"
+#include "FormWidgets.h"
 #include "UrlOpener.h"
 
 #include <QBoxLayout>

@@ -47,9 +47,9 @@ class ClipboardMonitorTest : public QObject
         ModelContext &context() { return container->mainContext(); }
         void start()
         {
-            const ClipboardMonitor::Parts parts{context(), clipboard,   http,
-                                                pages,     preferences, clock};
-            monitor = std::make_unique<ClipboardMonitor>(parts);
+            const ClipboardMonitor::Dependencies dependencies{context(), clipboard,   http,
+                                                              pages,     preferences, clock};
+            monitor = std::make_unique<ClipboardMonitor>(dependencies);
             monitor->startMonitoring();
         }
         void addLink(const QString &url, Instant copiedAt)

@@ -91,9 +91,9 @@ struct Machine : MailDesk {
     void boot()
     {
         service = std::make_unique<EmailService>(
-            EmailService::Parts{web, keys, *summaries, context(), clock, pool, info});
+            EmailService::Dependencies{web, keys, *summaries, context(), clock, pool, info});
         scheduler = std::make_unique<EmailScheduler>(
-            EmailScheduler::Parts{*service, keys, preferences, clock});
+            EmailScheduler::Dependencies{*service, keys, preferences, clock});
     }
     void shutDown()
     {

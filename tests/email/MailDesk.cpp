@@ -38,8 +38,8 @@ MailDesk::MailDesk(HttpClient *api, const QByteArray &address)
     , keys((secrets.contents = {{ResendKeyService::apiKeyAccount, key.toUtf8()},
                                 {ResendKeyService::emailAccount, "me@example.com"}},
             secrets))
-    , service(std::make_unique<EmailService>(
-          EmailService::Parts{api ? *api : web, keys, *summaries, context(), clock, pool, info}))
+    , service(std::make_unique<EmailService>(EmailService::Dependencies{
+          api ? *api : web, keys, *summaries, context(), clock, pool, info}))
 {
 }
 

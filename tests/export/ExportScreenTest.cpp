@@ -34,7 +34,7 @@ struct Desk {
     {
         container = *ModelContainer::open(folder.filePath(u"store"_s), clock);
         dialog.answer = path();
-        service = std::make_unique<ExportService>(ExportService::Parts{
+        service = std::make_unique<ExportService>(ExportService::Dependencies{
             context(), dialog, [this](QList<LinkId> ids) { return summarize(std::move(ids)); },
             clock, u"en_US"_s});
     }
@@ -51,8 +51,8 @@ struct Desk {
     Task<> summarize(QList<LinkId> ids)
     {
         batches.append(ids);
-        LoopTurn turn;
-        co_await turn;
+        YieldToLoop yield;
+        co_await yield;
         duringBatch();
         context().setSummary(ids.first(), u"Made."_s);
     }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "SaveDialog.h"
-#include "async/LoopTurn.h"
+#include "async/YieldToLoop.h"
 
 #include <QList>
 
@@ -19,8 +19,8 @@ public:
     Task<std::optional<QString>> chooseFile(SaveRequest request) override
     {
         requests.append(request);
-        LoopTurn turn;
-        co_await turn;
+        YieldToLoop yield;
+        co_await yield;
         meanwhile();
         co_return answer;
     }

@@ -5,8 +5,8 @@ using namespace std::chrono_literals;
 
 Task<SecretStore::ReadResult> FakeSecretStore::read(QStringList accounts, UnlockPrompt prompt)
 {
-    Sleep turn(m_clock, 0ms);
-    co_await turn;
+    Sleep pause(m_clock, 0ms);
+    co_await pause;
     if (fault)
         co_return Unexpected{*fault};
     if (prompt == UnlockPrompt::allowed)
@@ -22,8 +22,8 @@ Task<SecretStore::ReadResult> FakeSecretStore::read(QStringList accounts, Unlock
 
 Task<SecretStore::ReadResult> FakeSecretStore::find(QStringList accounts)
 {
-    Sleep turn(m_clock, 0ms);
-    co_await turn;
+    Sleep pause(m_clock, 0ms);
+    co_await pause;
     if (fault)
         co_return Unexpected{*fault};
     Secrets secrets;
@@ -36,8 +36,8 @@ Task<SecretStore::ReadResult> FakeSecretStore::find(QStringList accounts)
 
 Task<SecretStore::Result> FakeSecretStore::write(QList<Secret> secrets)
 {
-    Sleep turn(m_clock, 0ms);
-    co_await turn;
+    Sleep pause(m_clock, 0ms);
+    co_await pause;
     const Result unlocked = unlock();
     if (!unlocked)
         co_return unlocked;
@@ -48,8 +48,8 @@ Task<SecretStore::Result> FakeSecretStore::write(QList<Secret> secrets)
 
 Task<SecretStore::Result> FakeSecretStore::removeAll()
 {
-    Sleep turn(m_clock, 0ms);
-    co_await turn;
+    Sleep pause(m_clock, 0ms);
+    co_await pause;
     const Result unlocked = unlock();
     if (unlocked)
         contents.clear();

@@ -3,7 +3,7 @@
 
 #include "Card.h"
 #include "ElidedLabel.h"
-#include "FormParts.h"
+#include "FormWidgets.h"
 #include "IconButton.h"
 #include "PanelPlacement.h"
 #include "Spinner.h"

@@ -23,10 +23,10 @@ CurlHttpClient::~CurlHttpClient() = default;
 
 Task<HttpReply> CurlHttpClient::send(HttpRequest request)
 {
-    std::optional<Turn> turn;
+    std::optional<Permit> permit;
     if (request.method == HttpRequest::Method::get) {
-        Turn &place = turn.emplace(m_gets, CurlUrl(request.url).host());
-        co_await place;
+        Permit &ofGet = permit.emplace(m_gets, CurlUrl(request.url).host());
+        co_await ofGet;
     }
     HttpExchange exchange(m_multi, m_network, std::move(request));
     HttpReply reply = co_await exchange;

@@ -4,7 +4,7 @@
 #include "AddressRules.h"
 #include "CurlMulti.h"
 #include "HttpClient.h"
-#include "async/Turn.h"
+#include "async/Semaphore.h"
 
 #include <functional>
 
@@ -27,5 +27,5 @@ public:
 private:
     HttpNetwork m_network;
     CurlMulti m_multi;
-    TurnQueue m_gets;
+    Semaphore m_gets;
 };

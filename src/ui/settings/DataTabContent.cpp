@@ -3,7 +3,7 @@
 
 #include "Caption.h"
 #include "Confirmation.h"
-#include "FormParts.h"
+#include "FormWidgets.h"
 #include "InlineExportView.h"
 #include "InlineExportViewModel.h"
 #include "Preferences.h"

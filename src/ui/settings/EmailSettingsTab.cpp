@@ -2,7 +2,7 @@
 #include "settings/EmailSettingsTab.h"
 
 #include "EmailScheduler.h"
-#include "FormParts.h"
+#include "FormWidgets.h"
 #include "Preferences.h"
 #include "settings/PreferenceControls.h"
 

@@ -2,7 +2,7 @@
 #include "settings/EmailSetupSheet.h"
 
 #include "Caption.h"
-#include "FormParts.h"
+#include "FormWidgets.h"
 #include "ResendKeyService.h"
 #include "StatusLine.h"
 #include "TintedIcon.h"

@@ -5,7 +5,7 @@
 #include "Card.h"
 #include "Confirmation.h"
 #include "EmailScheduler.h"
-#include "FormParts.h"
+#include "FormWidgets.h"
 #include "IconButton.h"
 #include "IconLabel.h"
 #include "Preferences.h"

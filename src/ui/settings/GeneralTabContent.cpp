@@ -2,7 +2,7 @@
 #include "settings/GeneralTabContent.h"
 
 #include "Caption.h"
-#include "FormParts.h"
+#include "FormWidgets.h"
 #include "Preferences.h"
 #include "UpdaterManager.h"
 #include "settings/PreferenceControls.h"

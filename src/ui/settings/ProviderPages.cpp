@@ -2,7 +2,7 @@
 #include "settings/ProviderPages.h"
 
 #include "AppInfo.h"
-#include "FormParts.h"
+#include "FormWidgets.h"
 #include "UrlOpener.h"
 
 #include <QPushButton>

@@ -2,7 +2,7 @@
 #include "settings/StorageSettingsTab.h"
 
 #include "Confirmation.h"
-#include "FormParts.h"
+#include "FormWidgets.h"
 #include "settings/AutoPruneChoices.h"
 
 #include <QComboBox>

@@ -3,8 +3,11 @@
 
 #include "DebugLog.h"
 #include "Utf8.h"
+#include "async/Semaphore.h"
 
 #include <QString>
+
+#include <memory>
 
 struct Scope::Root {
     struct promise_type {
@@ -61,6 +64,25 @@ void Scope::start(Task<void> task)
     const Root root = run(this, std::move(task));
     root.handle.promise().place = m_running.insert(m_running.end(), root.handle);
     root.handle.resume();
+}
+
+namespace
+{
+
+Task<void> holding(std::shared_ptr<Semaphore> running, Task<void> task)
+{
+    const Permit untilDone(*running);
+    co_await task;
+}
+
+} // namespace
+
+Task<void> Scope::startAndWait(Task<void> task)
+{
+    const auto running = std::make_shared<Semaphore>(); // outlives either
+    start(holding(running, std::move(task)));
+    Permit afterwards(*running);
+    co_await afterwards;
 }
 
 Scope::Root Scope::run(Scope *, Task<void> task)

@@ -17,6 +17,8 @@ public:
 
     /// Runs `task` up to its first wait, then from the main loop. What it throws is logged.
     void start(Task<void> task);
+    /// Runs `task` as `start` does and waits for its end. It goes on when that wait is given up.
+    Task<void> startAndWait(Task<void> task);
     bool isEmpty() const { return m_running.empty(); }
 
 private:

@@ -7,15 +7,15 @@
 #include <coroutine>
 #endif
 
-/// Lets the main loop handle what is waiting before a long work goes on: `co_await turn;` on a
-/// local `LoopTurn turn;`.
-class LoopTurn
+/// Lets the main loop handle what is waiting before a long work goes on: `co_await yield;` on a
+/// local `YieldToLoop yield;`.
+class YieldToLoop
 {
 public:
-    LoopTurn() = default;
-    LoopTurn(const LoopTurn &) = delete;
-    LoopTurn &operator=(const LoopTurn &) = delete;
-    ~LoopTurn()
+    YieldToLoop() = default;
+    YieldToLoop(const YieldToLoop &) = delete;
+    YieldToLoop &operator=(const YieldToLoop &) = delete;
+    ~YieldToLoop()
     {
         m_timer->stop();
         m_timer->deleteLater(); // its own signal may be what ends the wait

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "FormParts.h"
+#include "FormWidgets.h"
 
 #include "Tone.h"
 
