@@ -204,7 +204,7 @@ MenuBarView &StrandloomApp::panel()
         showNotice();
         connect(m_panelModel.get(), &MenuBarViewModel::resumeRequested, m_appState.get(),
                 [this] { m_appState->setCapturingPaused(false); });
-        const auto makeSettings = [this] { return new InlineSettingsView(settingsParts()); };
+        const auto makeSettings = [this] { return new InlineSettingsView(settingsDependencies()); };
         m_panel = std::make_unique<MenuBarView>(*m_panelModel, makeSettings);
         connect(m_panel.get(), &MenuBarView::quitRequested, qApp, &QCoreApplication::quit);
     }
@@ -216,7 +216,7 @@ void StrandloomApp::openSettings()
     if (presentOpenDialog())
         return;
     if (!m_settings)
-        m_settings = new SettingsView(settingsParts());
+        m_settings = new SettingsView(settingsDependencies());
     present(*m_settings);
 }
 
@@ -229,7 +229,7 @@ void StrandloomApp::openExport()
     present(*m_export);
 }
 
-SettingsParts StrandloomApp::settingsParts()
+SettingsDependencies StrandloomApp::settingsDependencies()
 {
     return {m_services.modelContext,
             m_services.preferences,

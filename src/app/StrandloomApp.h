@@ -20,7 +20,7 @@ class SingleInstance;
 class TrayIcon;
 class UpdateView;
 struct Services;
-struct SettingsParts;
+struct SettingsDependencies;
 struct UpdateStatus;
 
 /// What the user asked for by starting the program.
@@ -57,7 +57,7 @@ private:
     void showModelLoad();
     void showNotice();
     MenuBarView &panel();
-    SettingsParts settingsParts();
+    SettingsDependencies settingsDependencies();
 
     Services &m_services;
     ColorScheme m_colorScheme;

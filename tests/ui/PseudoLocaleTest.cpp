@@ -133,7 +133,7 @@ private Q_SLOTS:
                 desk.secrets.contents.clear();
             else
                 QTRY_VERIFY(desk.keys.isConfigured());
-            InlineSettingsView view(desk.parts);
+            InlineSettingsView view(desk.all);
             for (const SettingsTab tab : settingsTabs) {
                 view.resize(panelWidth, 600);
                 view.select(tab);
@@ -158,7 +158,7 @@ private Q_SLOTS:
     void windows()
     {
         SettingsDesk desk;
-        SettingsView settings(desk.parts);
+        SettingsView settings(desk.all);
         settings.show();
         for (int index = 0; index < settings.count(); ++index) {
             settings.setCurrentIndex(index);
@@ -169,8 +169,8 @@ private Q_SLOTS:
         window->show();
         QCOMPARE(faults(*window).join(u"; "_s), QString());
         window->close();
-        EmailSettingsViewModel model(desk.parts);
-        auto *const sheet = new EmailSetupSheet(desk.parts, model, nullptr);
+        EmailSettingsViewModel model(desk.context(), desk.keys, desk.manualSend);
+        auto *const sheet = new EmailSetupSheet(model, desk.email.pages, nullptr);
         sheet->open();
         QCoreApplication::processEvents();
         QCOMPARE(faults(*sheet).join(u"; "_s), QString());

@@ -9,7 +9,8 @@
 #include "ManualSend.h"
 #include "Preferences.h"
 #include "UpdaterManager.h"
-#include "settings/SettingsParts.h"
+#include "settings/EmailTabContent.h"
+#include "settings/SettingsDependencies.h"
 
 #include <QFile>
 
@@ -25,17 +26,19 @@ struct SettingsDesk : MailDesk {
     FakeUrlOpener browser;
     AppInfo pages{QString()};
     QList<bool> logins;
-    SettingsParts parts{context(),
-                        preferences,
-                        keys,
-                        manualSend,
-                        scheduler,
-                        exports,
-                        updates,
-                        browser,
-                        pages,
-                        clock,
-                        [this](bool on) { logins.append(on); }};
+    SettingsDependencies all{context(),
+                             preferences,
+                             keys,
+                             manualSend,
+                             scheduler,
+                             exports,
+                             updates,
+                             browser,
+                             pages,
+                             clock,
+                             [this](bool on) { logins.append(on); }};
+    EmailTabContent::Dependencies email{context(),  preferences, keys,
+                                        manualSend, scheduler,   {pages, browser}};
 
     QString written() const
     {

@@ -7,17 +7,12 @@
 #include "StatusLine.h"
 #include "TestPanel.h"
 #include "Waiting.h"
-#include "settings/DataTabContent.h"
 #include "settings/EmailSettingsTab.h"
 #include "settings/EmailSetupSheet.h"
-#include "settings/EmailTabContent.h"
 #include "settings/ExcludedDomainsModel.h"
 #include "settings/ExcludedTabContent.h"
-#include "settings/GeneralSettingsTab.h"
-#include "settings/GeneralTabContent.h"
 #include "settings/InlineSettingsView.h"
 #include "settings/SettingsView.h"
-#include "settings/StorageSettingsTab.h"
 
 #include <QAbstractButton>
 #include <QAction>
@@ -36,12 +31,19 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-using MakeScreen = std::function<QWidget *(const SettingsParts &)>;
+using MakeScreen = QWidget *(*)(const SettingsDependencies &);
 
-template <typename Screen>
-MakeScreen screen()
+template <SettingsTab tab>
+QWidget *inPanel(const SettingsDependencies &with)
 {
-    return [](const SettingsParts &parts) -> QWidget * { return new Screen(parts); };
+    auto *const view = new InlineSettingsView(with);
+    view->select(tab);
+    return view;
+}
+
+QWidget *inWindow(const SettingsDependencies &with)
+{
+    return new SettingsView(with);
 }
 
 template <typename Control>
@@ -122,33 +124,30 @@ private Q_SLOTS:
                                 const QString &key) {
             row(make, label, isOn ? u"on"_s : u"off"_s, {}, key + (isOn ? u"=false" : u"=true"));
         };
-        toggle(screen<GeneralTabContent>(), u"Launch at Login"_s, false, u"launchAtLogin"_s);
-        toggle(screen<GeneralTabContent>(), u"Automatically install updates"_s, false,
+        toggle(inPanel<SettingsTab::general>, u"Launch at Login"_s, false, u"launchAtLogin"_s);
+        toggle(inPanel<SettingsTab::general>, u"Automatically install updates"_s, false,
                u"autoInstallUpdates"_s);
-        toggle(screen<EmailTabContent>(), u"Enable Daily Email Digest"_s, false,
+        toggle(inPanel<SettingsTab::email>, u"Enable Daily Email Digest"_s, false,
                u"emailDigestEnabled"_s);
-        toggle(screen<EmailTabContent>(), u"Clear links after sending"_s, true,
+        toggle(inPanel<SettingsTab::email>, u"Clear links after sending"_s, true,
                u"clearAfterEmail"_s);
-        toggle(screen<GeneralSettingsTab>(), u"Show in Dock"_s, false, u"showInDock"_s);
-        toggle(screen<GeneralSettingsTab>(), u"Launch at Login"_s, true, u"launchAtLogin"_s);
-        toggle(screen<GeneralSettingsTab>(), u"Check for Updates Automatically"_s, true,
-               u"checkForUpdates"_s);
-        toggle(screen<EmailSettingsTab>(), u"Enable Daily Email Digest"_s, false,
-               u"emailDigestEnabled"_s);
+        toggle(inWindow, u"Show in Dock"_s, false, u"showInDock"_s);
+        toggle(inWindow, u"Launch at Login"_s, true, u"launchAtLogin"_s);
+        toggle(inWindow, u"Check for Updates Automatically"_s, true, u"checkForUpdates"_s);
+        toggle(inWindow, u"Enable Daily Email Digest"_s, false, u"emailDigestEnabled"_s);
         const std::pair<QString, int> spans[] = {
             {u"30 days"_s, 30}, {u"180 days"_s, 180}, {u"1 year"_s, 365}, {u"Never"_s, 0}};
         for (const auto &[entry, days] : spans) {
             const QString line = u"autoPruneDays=%1"_s.arg(days);
-            row(screen<DataTabContent>(), u"Auto-delete after"_s, u"90 days"_s, entry, line);
-            row(screen<StorageSettingsTab>(), u"Auto-prune after"_s, u"90 days"_s, entry, line);
+            row(inPanel<SettingsTab::data>, u"Auto-delete after"_s, u"90 days"_s, entry, line);
+            row(inWindow, u"Auto-prune after"_s, u"90 days"_s, entry, line);
         }
         for (const int hour : {0, 9, 23})
-            row(screen<EmailTabContent>(), u"Send at"_s, u"08:00"_s,
+            row(inPanel<SettingsTab::email>, u"Send at"_s, u"08:00"_s,
                 u"%1:00"_s.arg(hour, 2, 10, QChar(u'0')), u"emailSendHour=%1"_s.arg(hour));
-        row(screen<EmailSettingsTab>(), u"Send Time"_s, u"08:00"_s, u"17:45:00"_s,
-            u"emailSendHour=17"_s);
-        row(screen<EmailTabContent>(), u"Send To"_s, {}, u"me"_s, u"emailAddress=me"_s);
-        row(screen<EmailSettingsTab>(), u"Email Address"_s, {}, u"me"_s, u"emailAddress=me"_s);
+        row(inWindow, u"Send Time"_s, u"08:00"_s, u"17:45:00"_s, u"emailSendHour=17"_s);
+        row(inPanel<SettingsTab::email>, u"Send To"_s, {}, u"me"_s, u"emailAddress=me"_s);
+        row(inWindow, u"Email Address"_s, {}, u"me"_s, u"emailAddress=me"_s);
     }
     void controlsWriteOnlyWhatIsChanged()
     {
@@ -158,7 +157,7 @@ private Q_SLOTS:
         QFETCH(QString, value);
         QFETCH(QString, line);
         SettingsDesk desk;
-        const std::unique_ptr<QWidget> view(make(desk.parts));
+        const std::unique_ptr<QWidget> view(make(desk.all));
         auto *const control = labelled<QWidget>(*view, label);
         QVERIFY(control);
         QCOMPARE(valueOf(*control), shown);
@@ -185,20 +184,20 @@ private Q_SLOTS:
         desk.preferences.set(preferenceKeys::emailSendHour, 99);
         desk.preferences.set(preferenceKeys::autoPruneDays, pruneDays);
         const QString before = desk.written();
-        InlineSettingsView inlineView(desk.parts);
+        InlineSettingsView inlineView(desk.all);
         inlineView.select(SettingsTab::email);
         QCOMPARE(labelled<QComboBox>(inlineView, u"Send at"_s)->placeholderText(), u"99"_s);
         inlineView.select(SettingsTab::data);
         QCOMPARE(labelled<QComboBox>(inlineView, u"Auto-delete after"_s)->currentIndex(), -1);
-        const SettingsView window(desk.parts);
+        const SettingsView window(desk.all);
         QCOMPARE(desk.written(), before);
     }
 
     void bothScreensAgree()
     {
         SettingsDesk desk;
-        const EmailTabContent inlineView(desk.parts);
-        const EmailSettingsTab window(desk.parts);
+        const EmailTabContent inlineView(desk.email);
+        const EmailSettingsTab window(desk.preferences, desk.scheduler);
         auto *const time = window.findChild<QTimeEdit *>();
         desk.preferences.set(preferenceKeys::emailDigestEnabled, true);
         QTRY_VERIFY(desk.keys.isConfigured());
@@ -226,7 +225,7 @@ private Q_SLOTS:
         QFETCH(QString, outcome);
         SettingsDesk desk;
         desk.addLink(u"https://a.example"_s);
-        InlineSettingsView view(desk.parts);
+        InlineSettingsView view(desk.all);
         view.show();
         const auto open = [&view](SettingsTab tab) {
             view.select(tab);
@@ -265,7 +264,7 @@ private Q_SLOTS:
         QApplication::setLayoutDirection(Qt::RightToLeft);
         const auto back = qScopeGuard([] { QApplication::setLayoutDirection(Qt::LeftToRight); });
         SettingsDesk desk;
-        const EmailSettingsTab window(desk.parts);
+        const EmailSettingsTab window(desk.preferences, desk.scheduler);
         QCOMPARE(window.findChild<QTimeEdit *>()->text(), u"08:00"_s);
     }
 
@@ -292,7 +291,7 @@ private Q_SLOTS:
     void domainsAreAddedTwiceAndRemovedOnce()
     {
         SettingsDesk desk;
-        ExcludedTabContent view(desk.parts);
+        ExcludedTabContent view(desk.context(), desk.clock);
         auto *const field = view.findChild<QLineEdit *>();
         for (int time = 0; time < 2; ++time) {
             QTest::keyClicks(field, u"a.example"_s);
@@ -318,7 +317,7 @@ private Q_SLOTS:
     {
         TestPanel panel;
         SettingsDesk desk;
-        MenuBarView view(panel.model, [&] { return new InlineSettingsView(desk.parts); });
+        MenuBarView view(panel.model, [&] { return new InlineSettingsView(desk.all); });
         const std::function<void()> waysOut[] = {
             [&] { labelled<QAbstractButton>(view, u"Back"_s)->click(); }, [&] { view.hide(); }};
         for (const auto &leave : waysOut) {
@@ -340,7 +339,7 @@ private Q_SLOTS:
         const QString address = u"a"_s.repeated(200) + u"@b.example"_s;
         desk.secrets.contents[ResendKeyService::emailAccount] = address.toUtf8();
         desk.keys.refresh();
-        EmailTabContent view(desk.parts);
+        EmailTabContent view(desk.email);
         QTRY_VERIFY(shows(view, u"Sending from: "_s + address));
         auto *const outcome = view.findChild<StatusLine *>();
         outcome->tell(Tone::error, u"x"_s.repeated(300));
@@ -354,10 +353,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<MakeScreen>("make");
         QTest::addColumn<QStringList>("texts"); // button, title, message, action
-        QTest::newRow("inline") << screen<DataTabContent>()
+        QTest::newRow("inline") << MakeScreen(inPanel<SettingsTab::data>)
                                 << QStringList{u"Clear All History"_s, u"Delete all 1 links?"_s,
                                                u"This cannot be undone."_s, u"Delete All"_s};
-        QTest::newRow("window") << screen<StorageSettingsTab>()
+        QTest::newRow("window") << MakeScreen(inWindow)
                                 << QStringList{u"Clear History"_s, u"Clear History"_s,
                                                u"This will permanently delete all captured links. "
                                                "This action cannot be undone."_s,
@@ -369,7 +368,7 @@ private Q_SLOTS:
         QFETCH(QStringList, texts);
         SettingsDesk desk;
         desk.addLink(u"https://a.example"_s);
-        const std::unique_ptr<QWidget> view(make(desk.parts));
+        const std::unique_ptr<QWidget> view(make(desk.all));
         for (const QString &answer : {u"Cancel"_s, texts.at(3)}) {
             QCOMPARE(desk.context().counts().stored, 1);
             labelled<QAbstractButton>(*view, texts.at(0))->click();
@@ -386,8 +385,8 @@ private Q_SLOTS:
     {
         SettingsDesk desk;
         desk.secrets.contents.clear();
-        EmailSettingsViewModel model(desk.parts);
-        auto *const sheet = new EmailSetupSheet(desk.parts, model, nullptr);
+        EmailSettingsViewModel model(desk.context(), desk.keys, desk.manualSend);
+        auto *const sheet = new EmailSetupSheet(model, desk.email.pages, nullptr);
         const QPointer<EmailSetupSheet> open = sheet;
         sheet->open();
         auto *const save = labelled<QAbstractButton>(*sheet, u"Save"_s);
@@ -410,7 +409,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!open || !open->isVisible());
         QCOMPARE(model.senderText(), u"Sending from: me@a.example"_s);
         QVERIFY(!*waitFor(desk.keys.saveConfiguration({}, {})));
-        const EmailSetupSheet another(desk.parts, model, nullptr);
+        const EmailSetupSheet another(model, desk.email.pages, nullptr);
         QVERIFY(!shows(another, u"API key cannot be empty"_s)); // of an older sheet
     }
 };

@@ -16,11 +16,12 @@
 
 using namespace Qt::StringLiterals;
 
-DataTabContent::DataTabContent(const SettingsParts &parts, QWidget *parent)
+DataTabContent::DataTabContent(ModelContext &context, Preferences &preferences,
+                               ExportService &exports, QWidget *parent)
     : QWidget(parent)
-    , m_parts(parts)
-    , m_history(parts.modelContext)
-    , m_ownContent(makeOwnContent())
+    , m_exports(exports)
+    , m_history(context)
+    , m_ownContent(makeOwnContent(preferences))
 {
     auto *const column = new QVBoxLayout(this);
     column->addWidget(m_ownContent);
@@ -29,11 +30,11 @@ DataTabContent::DataTabContent(const SettingsParts &parts, QWidget *parent)
     refresh();
 }
 
-QWidget *DataTabContent::makeOwnContent()
+QWidget *DataTabContent::makeOwnContent(Preferences &preferences)
 {
     m_count = new QLabel;
     auto *const form = makeForm();
-    addRow(form, tr("Auto-delete after"), autoPrunePicker(m_parts.preferences));
+    addRow(form, tr("Auto-delete after"), autoPrunePicker(preferences));
     auto *const exportLinks = new QPushButton(tintedIcon(u"export"_s), tr("Export Links..."));
     connect(exportLinks, &QPushButton::clicked, this, &DataTabContent::showExport);
     auto *const clear = destructiveButton(tr("Clear All History"));
@@ -60,8 +61,7 @@ void DataTabContent::refresh()
 
 void DataTabContent::showExport()
 {
-    auto *const screen =
-        new InlineExportView(std::make_shared<InlineExportViewModel>(m_parts.exports));
+    auto *const screen = new InlineExportView(std::make_shared<InlineExportViewModel>(m_exports));
     connect(screen, &InlineExportView::done, this, &DataTabContent::leaveExport);
     m_export = screen;
     m_ownContent->hide();

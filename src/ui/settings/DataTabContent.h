@@ -2,26 +2,28 @@
 #pragma once
 
 #include "settings/HistoryModel.h"
-#include "settings/SettingsParts.h"
 
 #include <QWidget>
 
+class ExportService;
+class Preferences;
 class QLabel;
 
 class DataTabContent : public QWidget
 {
     Q_OBJECT
 public:
-    explicit DataTabContent(const SettingsParts &parts, QWidget *parent = nullptr);
+    DataTabContent(ModelContext &context, Preferences &preferences, ExportService &exports,
+                   QWidget *parent = nullptr);
 
 private:
-    QWidget *makeOwnContent();
+    QWidget *makeOwnContent(Preferences &preferences);
     void showExport();
     void leaveExport();
     void confirmClearing();
     void refresh();
 
-    const SettingsParts m_parts;
+    ExportService &m_exports;
     HistoryModel m_history;
     QLabel *m_count = nullptr;
     QWidget *m_ownContent;

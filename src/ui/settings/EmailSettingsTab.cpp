@@ -13,29 +13,29 @@
 
 using namespace Qt::StringLiterals;
 
-EmailSettingsTab::EmailSettingsTab(const SettingsParts &parts, QWidget *parent)
+EmailSettingsTab::EmailSettingsTab(Preferences &preferences, EmailScheduler &scheduler,
+                                   QWidget *parent)
     : QWidget(parent)
-    , m_parts(parts)
+    , m_preferences(preferences)
+    , m_scheduler(scheduler)
     , m_sendTime(new QTimeEdit)
 {
-    const auto reschedule = [&scheduler = parts.scheduler](const auto &) {
-        scheduler.scheduleNextEmail();
-    };
+    const auto reschedule = [&scheduler](const auto &) { scheduler.scheduleNextEmail(); };
     m_sendTime->setLayoutDirection(Qt::LeftToRight); // Qt would turn 08:00 into 00:08
     m_sendTime->setDisplayFormat(u"HH:mm"_s);
     showSendTime();
     connect(m_sendTime, &QTimeEdit::editingFinished, this, &EmailSettingsTab::chooseSendTime);
-    connect(&m_parts.preferences, &Preferences::changed, this, &EmailSettingsTab::showSendTime);
+    connect(&m_preferences, &Preferences::changed, this, &EmailSettingsTab::showSendTime);
 
     auto *const form = makeForm();
     addRow(form, tr("Email Address"),
-           preferenceField(parts.preferences, preferenceKeys::emailAddress, tr("you@example.com"),
+           preferenceField(preferences, preferenceKeys::emailAddress, tr("you@example.com"),
                            reschedule));
     addRow(form, tr("Send Time"), m_sendTime);
     auto *const column = new QVBoxLayout(this);
     column->setContentsMargins(16, 16, 16, 16);
     column->setSpacing(10);
-    column->addWidget(preferenceToggle(parts.preferences, preferenceKeys::emailDigestEnabled, false,
+    column->addWidget(preferenceToggle(preferences, preferenceKeys::emailDigestEnabled, false,
                                        tr("Enable Daily Email Digest"), reschedule));
     column->addLayout(form);
     column->addStretch();
@@ -43,8 +43,8 @@ EmailSettingsTab::EmailSettingsTab(const SettingsParts &parts, QWidget *parent)
 
 void EmailSettingsTab::showSendTime()
 {
-    const int hour = m_parts.preferences.integer(preferenceKeys::emailSendHour)
-                         .value_or(EmailScheduler::defaultHour);
+    const int hour =
+        m_preferences.integer(preferenceKeys::emailSendHour).value_or(EmailScheduler::defaultHour);
     if (const QTime time(hour, 0); time.isValid())
         m_sendTime->setTime(time);
 }
@@ -54,10 +54,10 @@ void EmailSettingsTab::showSendTime()
 void EmailSettingsTab::chooseSendTime()
 {
     const int hour = m_sendTime->time().hour();
-    const auto stored = m_parts.preferences.integer(preferenceKeys::emailSendHour);
+    const auto stored = m_preferences.integer(preferenceKeys::emailSendHour);
     if (hour != stored.value_or(EmailScheduler::defaultHour)) {
-        m_parts.preferences.set(preferenceKeys::emailSendHour, hour);
-        m_parts.scheduler.scheduleNextEmail();
+        m_preferences.set(preferenceKeys::emailSendHour, hour);
+        m_scheduler.scheduleNextEmail();
     }
     showSendTime();
 }

@@ -1,22 +1,24 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "settings/SettingsParts.h"
-
 #include <QWidget>
 
+class EmailScheduler;
+class Preferences;
 class QTimeEdit;
 
 class EmailSettingsTab : public QWidget
 {
     Q_OBJECT
 public:
-    explicit EmailSettingsTab(const SettingsParts &parts, QWidget *parent = nullptr);
+    EmailSettingsTab(Preferences &preferences, EmailScheduler &scheduler,
+                     QWidget *parent = nullptr);
 
 private:
     void showSendTime();
     void chooseSendTime();
 
-    const SettingsParts m_parts;
+    Preferences &m_preferences;
+    EmailScheduler &m_scheduler;
     QTimeEdit *m_sendTime;
 };

@@ -2,18 +2,23 @@
 #pragma once
 
 #include "async/Scope.h"
-#include "settings/SettingsParts.h"
 
 #include <QObject>
 
 #include <optional>
+
+class ManualSend;
+class ModelContext;
+class ResendKeyService;
 
 /// The state and the actions of the e-mail tab, besides its preferences. Main thread only.
 class EmailSettingsViewModel : public QObject
 {
     Q_OBJECT
 public:
-    explicit EmailSettingsViewModel(const SettingsParts &parts, QObject *parent = nullptr);
+    /// All of it outlives the model.
+    EmailSettingsViewModel(ModelContext &context, ResendKeyService &keys, ManualSend &manualSend,
+                           QObject *parent = nullptr);
 
     bool isConfigured() const;
     QString senderText() const; ///< "Sending from: " and the sender
@@ -45,6 +50,8 @@ Q_SIGNALS:
 private:
     Task<> saveConfiguration(QString apiKey, QString fromEmail);
 
-    const SettingsParts &m_parts;
+    ModelContext &m_context;
+    ResendKeyService &m_keys;
+    ManualSend &m_manualSend;
     Scope m_tasks;
 };

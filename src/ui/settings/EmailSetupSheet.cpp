@@ -7,7 +7,6 @@
 #include "StatusLine.h"
 #include "TintedIcon.h"
 #include "settings/EmailSettingsViewModel.h"
-#include "settings/ProviderPages.h"
 
 #include <QAction>
 #include <QBoxLayout>
@@ -49,7 +48,7 @@ QAction *errorMark(QLineEdit &field)
 
 } // namespace
 
-EmailSetupSheet::EmailSetupSheet(const SettingsParts &parts, EmailSettingsViewModel &model,
+EmailSetupSheet::EmailSetupSheet(EmailSettingsViewModel &model, const ProviderPages &pages,
                                  QWidget *parent)
     : QDialog(parent)
     , m_model(model)
@@ -78,8 +77,7 @@ EmailSetupSheet::EmailSetupSheet(const SettingsParts &parts, EmailSettingsViewMo
     column->addLayout(form);
     column->addWidget(new Caption(tr("Must be a verified email in your Resend account")));
     column->addWidget(m_error);
-    if (QWidget *const link =
-            providerLink(parts, providerPages::documentation, tr("Resend Documentation")))
+    if (QWidget *const link = pages.link(ProviderPages::documentation, tr("Resend Documentation")))
         column->addWidget(link);
     column->addLayout(makeButtons());
 

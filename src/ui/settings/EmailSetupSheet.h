@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "settings/SettingsParts.h"
+#include "settings/ProviderPages.h"
 
 #include <QDialog>
 
@@ -17,7 +17,7 @@ class EmailSetupSheet : public QDialog
     Q_OBJECT
 public:
     /// `model` outlives the sheet.
-    EmailSetupSheet(const SettingsParts &parts, EmailSettingsViewModel &model, QWidget *parent);
+    EmailSetupSheet(EmailSettingsViewModel &model, const ProviderPages &pages, QWidget *parent);
 
 protected:
     bool event(QEvent *event) override;

@@ -13,7 +13,6 @@
 #include "StatusLine.h"
 #include "settings/EmailSetupSheet.h"
 #include "settings/PreferenceControls.h"
-#include "settings/ProviderPages.h"
 
 #include <QBoxLayout>
 #include <QCheckBox>
@@ -38,12 +37,33 @@ QList<PickerEntry> hours()
     return entries;
 }
 
+void addPreferences(QVBoxLayout *column, Preferences &preferences, EmailScheduler &scheduler)
+{
+    const auto reschedule = [&scheduler](const auto &) { scheduler.scheduleNextEmail(); };
+    auto *const form = makeForm();
+    addRow(form, EmailTabContent::tr("Send To"),
+           preferenceField(preferences, preferenceKeys::emailAddress,
+                           EmailTabContent::tr("you@example.com"), reschedule));
+    form->addRow(heading(EmailTabContent::tr("Send Time")));
+    addRow(form, EmailTabContent::tr("Send at"),
+           preferencePicker(preferences, preferenceKeys::emailSendHour, EmailScheduler::defaultHour,
+                            hours(), reschedule));
+
+    column->addWidget(preferenceToggle(preferences, preferenceKeys::emailDigestEnabled, false,
+                                       EmailTabContent::tr("Enable Daily Email Digest"),
+                                       reschedule));
+    column->addLayout(form);
+    column->addWidget(preferenceToggle(preferences, preferenceKeys::clearAfterEmail, true,
+                                       EmailTabContent::tr("Clear links after sending"),
+                                       reschedule));
+}
+
 } // namespace
 
-EmailTabContent::EmailTabContent(const SettingsParts &parts, QWidget *parent)
+EmailTabContent::EmailTabContent(const Dependencies &dependencies, QWidget *parent)
     : QWidget(parent)
-    , m_parts(parts)
-    , m_model(m_parts)
+    , m_pages(dependencies.pages)
+    , m_model(dependencies.modelContext, dependencies.keys, dependencies.manualSend)
     , m_setupCard(makeSetupCard())
     , m_sender(makeSender())
 {
@@ -52,7 +72,7 @@ EmailTabContent::EmailTabContent(const SettingsParts &parts, QWidget *parent)
     column->addWidget(m_setupCard);
     column->addWidget(m_sender);
     column->addWidget(new Caption(tr("Send your captured links to your inbox with AI summaries.")));
-    addPreferences(column);
+    addPreferences(column, dependencies.preferences, dependencies.scheduler);
     column->addWidget(divider());
     column->addLayout(makeSending());
     column->addWidget(m_outcome);
@@ -92,7 +112,7 @@ QWidget *EmailTabContent::makeSetupCard()
     column->addWidget(title, 0, Qt::AlignHCenter);
     column->addWidget(text);
     if (QWidget *const link =
-            providerLink(m_parts, providerPages::apiKeys, tr("Get a free API key at resend.com")))
+            m_pages.link(ProviderPages::apiKeys, tr("Get a free API key at resend.com")))
         column->addWidget(link, 0, Qt::AlignHCenter);
     column->addWidget(setUp, 0, Qt::AlignHCenter);
     return card;
@@ -113,28 +133,6 @@ QWidget *EmailTabContent::makeSender()
     line->addWidget(change);
     line->addWidget(remove);
     return sender;
-}
-
-void EmailTabContent::addPreferences(QVBoxLayout *column)
-{
-    Preferences &preferences = m_parts.preferences;
-    const auto reschedule = [&scheduler = m_parts.scheduler](const auto &) {
-        scheduler.scheduleNextEmail();
-    };
-    auto *const form = makeForm();
-    addRow(form, tr("Send To"),
-           preferenceField(preferences, preferenceKeys::emailAddress, tr("you@example.com"),
-                           reschedule));
-    form->addRow(heading(tr("Send Time")));
-    addRow(form, tr("Send at"),
-           preferencePicker(preferences, preferenceKeys::emailSendHour, EmailScheduler::defaultHour,
-                            hours(), reschedule));
-
-    column->addWidget(preferenceToggle(preferences, preferenceKeys::emailDigestEnabled, false,
-                                       tr("Enable Daily Email Digest"), reschedule));
-    column->addLayout(form);
-    column->addWidget(preferenceToggle(preferences, preferenceKeys::clearAfterEmail, true,
-                                       tr("Clear links after sending"), reschedule));
 }
 
 QLayout *EmailTabContent::makeSending()
@@ -158,7 +156,7 @@ void EmailTabContent::showSetup()
 {
     if (hasOpenDialog())
         return;
-    (new EmailSetupSheet(m_parts, m_model, this))->open();
+    (new EmailSetupSheet(m_model, m_pages, this))->open();
 }
 
 void EmailTabContent::confirmRemoval()

@@ -2,10 +2,13 @@
 #pragma once
 
 #include "settings/EmailSettingsViewModel.h"
+#include "settings/ProviderPages.h"
 
 #include <QWidget>
 
 class Caption;
+class EmailScheduler;
+class Preferences;
 class QPushButton;
 class QVBoxLayout;
 class Spinner;
@@ -15,7 +18,16 @@ class EmailTabContent : public QWidget
 {
     Q_OBJECT
 public:
-    explicit EmailTabContent(const SettingsParts &parts, QWidget *parent = nullptr);
+    struct Dependencies {
+        ModelContext &modelContext;
+        Preferences &preferences;
+        ResendKeyService &keys;
+        ManualSend &manualSend;
+        EmailScheduler &scheduler;
+        ProviderPages pages;
+    };
+
+    explicit EmailTabContent(const Dependencies &dependencies, QWidget *parent = nullptr);
     ~EmailTabContent() override;
 
 protected:
@@ -24,13 +36,12 @@ protected:
 private:
     QWidget *makeSetupCard();
     QWidget *makeSender();
-    void addPreferences(QVBoxLayout *column);
     QLayout *makeSending();
     void showSetup();
     void confirmRemoval();
     void refresh();
 
-    const SettingsParts m_parts;
+    const ProviderPages m_pages;
     EmailSettingsViewModel m_model;
     Caption *m_senderText = nullptr; // before what makes it
     QWidget *m_setupCard;

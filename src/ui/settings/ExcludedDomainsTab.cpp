@@ -5,9 +5,9 @@
 
 #include <QVBoxLayout>
 
-ExcludedDomainsTab::ExcludedDomainsTab(const SettingsParts &parts, QWidget *parent)
+ExcludedDomainsTab::ExcludedDomainsTab(ModelContext &context, Clock &clock, QWidget *parent)
     : QScrollArea(parent)
-    , m_model(parts.modelContext, parts.clock)
+    , m_model(context, clock)
 {
     auto *const content = new QWidget;
     auto *const column = new QVBoxLayout(content);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "settings/ExcludedDomainsModel.h"
-#include "settings/SettingsParts.h"
 
 #include <QScrollArea>
 
@@ -10,7 +9,7 @@ class ExcludedDomainsTab : public QScrollArea
 {
     Q_OBJECT
 public:
-    explicit ExcludedDomainsTab(const SettingsParts &parts, QWidget *parent = nullptr);
+    ExcludedDomainsTab(ModelContext &context, Clock &clock, QWidget *parent = nullptr);
 
 private:
     ExcludedDomainsModel m_model;

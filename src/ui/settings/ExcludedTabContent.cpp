@@ -5,9 +5,9 @@
 
 #include <QVBoxLayout>
 
-ExcludedTabContent::ExcludedTabContent(const SettingsParts &parts, QWidget *parent)
+ExcludedTabContent::ExcludedTabContent(ModelContext &context, Clock &clock, QWidget *parent)
     : QWidget(parent)
-    , m_model(parts.modelContext, parts.clock)
+    , m_model(context, clock)
 {
     auto *const column = new QVBoxLayout(this);
     column->addWidget(new ExcludedDomainsEditor(

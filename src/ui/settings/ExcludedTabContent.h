@@ -2,7 +2,6 @@
 #pragma once
 
 #include "settings/ExcludedDomainsModel.h"
-#include "settings/SettingsParts.h"
 
 #include <QWidget>
 
@@ -10,7 +9,7 @@ class ExcludedTabContent : public QWidget
 {
     Q_OBJECT
 public:
-    explicit ExcludedTabContent(const SettingsParts &parts, QWidget *parent = nullptr);
+    ExcludedTabContent(ModelContext &context, Clock &clock, QWidget *parent = nullptr);
 
 private:
     ExcludedDomainsModel m_model;

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "settings/SettingsParts.h"
-
 #include <QWidget>
+
+#include <functional>
+
+class Preferences;
 
 class GeneralSettingsTab : public QWidget
 {
     Q_OBJECT
 public:
-    explicit GeneralSettingsTab(const SettingsParts &parts, QWidget *parent = nullptr);
+    GeneralSettingsTab(Preferences &preferences, const std::function<void(bool)> &setLaunchAtLogin,
+                       QWidget *parent = nullptr);
 };

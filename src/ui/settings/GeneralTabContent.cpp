@@ -11,10 +11,11 @@
 #include <QCheckBox>
 #include <QPushButton>
 
-GeneralTabContent::GeneralTabContent(const SettingsParts &parts, QWidget *parent)
+GeneralTabContent::GeneralTabContent(Preferences &preferences, UpdaterManager &updates,
+                                     const std::function<void(bool)> &setLaunchAtLogin,
+                                     QWidget *parent)
     : QWidget(parent)
 {
-    UpdaterManager &updates = parts.updates;
     auto *const automatic = new QCheckBox(tr("Automatically install updates"));
     automatic->setChecked(updates.autoInstallUpdates());
     connect(automatic, &QCheckBox::toggled, &updates, &UpdaterManager::setAutoInstallUpdates);
@@ -25,8 +26,8 @@ GeneralTabContent::GeneralTabContent(const SettingsParts &parts, QWidget *parent
 
     auto *const column = new QVBoxLayout(this);
     column->setSpacing(10);
-    column->addWidget(preferenceToggle(parts.preferences, preferenceKeys::launchAtLogin, false,
-                                       tr("Launch at Login"), parts.setLaunchAtLogin));
+    column->addWidget(preferenceToggle(preferences, preferenceKeys::launchAtLogin, false,
+                                       tr("Launch at Login"), setLaunchAtLogin));
     column->addWidget(divider());
     column->addWidget(heading(tr("Updates")));
     column->addWidget(automatic);

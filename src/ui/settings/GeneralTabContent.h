@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "settings/SettingsParts.h"
-
 #include <QWidget>
+
+#include <functional>
+
+class Preferences;
+class UpdaterManager;
 
 class GeneralTabContent : public QWidget
 {
     Q_OBJECT
 public:
-    explicit GeneralTabContent(const SettingsParts &parts, QWidget *parent = nullptr);
+    GeneralTabContent(Preferences &preferences, UpdaterManager &updates,
+                      const std::function<void(bool)> &setLaunchAtLogin, QWidget *parent = nullptr);
 };

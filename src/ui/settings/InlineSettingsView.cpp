@@ -37,9 +37,9 @@ QString label(SettingsTab tab)
     Q_UNREACHABLE();
 }
 
-InlineSettingsView::InlineSettingsView(const SettingsParts &parts, QWidget *parent)
+InlineSettingsView::InlineSettingsView(const SettingsDependencies &with, QWidget *parent)
     : QWidget(parent)
-    , m_parts(parts)
+    , m_with(with)
     , m_tabs(new QTabBar)
     , m_area(new QScrollArea)
 {
@@ -88,13 +88,18 @@ QWidget *InlineSettingsView::makeContent()
 {
     switch (m_selectedTab) {
     case SettingsTab::general:
-        return new GeneralTabContent(m_parts);
+        return new GeneralTabContent(m_with.preferences, m_with.updates, m_with.setLaunchAtLogin);
     case SettingsTab::email:
-        return new EmailTabContent(m_parts);
+        return new EmailTabContent({m_with.modelContext,
+                                    m_with.preferences,
+                                    m_with.keys,
+                                    m_with.manualSend,
+                                    m_with.scheduler,
+                                    {m_with.info, m_with.urlOpener}});
     case SettingsTab::excluded:
-        return new ExcludedTabContent(m_parts);
+        return new ExcludedTabContent(m_with.modelContext, m_with.clock);
     case SettingsTab::data:
-        return new DataTabContent(m_parts);
+        return new DataTabContent(m_with.modelContext, m_with.preferences, m_with.exports);
     }
     Q_UNREACHABLE();
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "settings/SettingsParts.h"
+#include "settings/SettingsDependencies.h"
 #include "settings/SettingsTab.h"
 
 #include <QWidget>
@@ -14,7 +14,7 @@ class InlineSettingsView : public QWidget
 {
     Q_OBJECT
 public:
-    explicit InlineSettingsView(const SettingsParts &parts, QWidget *parent = nullptr);
+    explicit InlineSettingsView(const SettingsDependencies &with, QWidget *parent = nullptr);
 
     SettingsTab selectedTab() const { return m_selectedTab; }
     void select(SettingsTab tab);
@@ -30,7 +30,7 @@ protected:
 private:
     QWidget *makeContent();
 
-    const SettingsParts m_parts;
+    const SettingsDependencies m_with;
     SettingsTab m_selectedTab = SettingsTab::general;
     QTabBar *m_tabs;
     QScrollArea *m_area;

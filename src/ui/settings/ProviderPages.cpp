@@ -7,14 +7,14 @@
 
 #include <QPushButton>
 
-QWidget *providerLink(const SettingsParts &parts, QLatin1StringView page, const QString &label)
+QWidget *ProviderPages::link(QLatin1StringView page, const QString &label) const
 {
-    const auto address = parts.info.value(page);
+    const auto address = info.value(page);
     if (!address)
         return nullptr;
-    QPushButton *const link = linkButton(label);
-    link->setToolTip(*address);
-    QObject::connect(link, &QPushButton::clicked, link,
-                     [&opener = parts.urlOpener, url = *address] { opener.open(url); });
-    return link;
+    QPushButton *const button = linkButton(label);
+    button->setToolTip(*address);
+    QObject::connect(button, &QPushButton::clicked, button,
+                     [&opener = opener, url = *address] { opener.open(url); });
+    return button;
 }

@@ -11,16 +11,20 @@
 
 using namespace Qt::StringLiterals;
 
-SettingsView::SettingsView(const SettingsParts &parts, QWidget *parent)
+SettingsView::SettingsView(const SettingsDependencies &with, QWidget *parent)
     : QTabWidget(parent)
 {
     setWindowTitle(tr("Settings"));
     setAttribute(Qt::WA_DeleteOnClose);
     setDocumentMode(true);
-    addTab(new GeneralSettingsTab(parts), tintedIcon(u"gear"_s), tr("General"));
-    addTab(new EmailSettingsTab(parts), tintedIcon(u"envelope"_s), tr("Email"));
-    addTab(new ExcludedDomainsTab(parts), tintedIcon(u"nosign"_s), tr("Excluded"));
-    addTab(new StorageSettingsTab(parts), tintedIcon(u"drive"_s), tr("Storage"));
+    addTab(new GeneralSettingsTab(with.preferences, with.setLaunchAtLogin), tintedIcon(u"gear"_s),
+           tr("General"));
+    addTab(new EmailSettingsTab(with.preferences, with.scheduler), tintedIcon(u"envelope"_s),
+           tr("Email"));
+    addTab(new ExcludedDomainsTab(with.modelContext, with.clock), tintedIcon(u"nosign"_s),
+           tr("Excluded"));
+    addTab(new StorageSettingsTab(with.modelContext, with.preferences), tintedIcon(u"drive"_s),
+           tr("Storage"));
     resize(460, 320);
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "settings/SettingsParts.h"
+#include "settings/SettingsDependencies.h"
 
 #include <QTabWidget>
 
@@ -10,7 +10,7 @@ class SettingsView : public QTabWidget
 {
     Q_OBJECT
 public:
-    explicit SettingsView(const SettingsParts &parts, QWidget *parent = nullptr);
+    explicit SettingsView(const SettingsDependencies &with, QWidget *parent = nullptr);
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;

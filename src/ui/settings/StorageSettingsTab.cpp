@@ -10,14 +10,15 @@
 #include <QLabel>
 #include <QPushButton>
 
-StorageSettingsTab::StorageSettingsTab(const SettingsParts &parts, QWidget *parent)
+StorageSettingsTab::StorageSettingsTab(ModelContext &context, Preferences &preferences,
+                                       QWidget *parent)
     : QWidget(parent)
-    , m_history(parts.modelContext)
+    , m_history(context)
     , m_count(new QLabel)
 {
     auto *const form = makeForm();
     form->addRow(tr("Stored Links"), m_count);
-    addRow(form, tr("Auto-prune after"), autoPrunePicker(parts.preferences));
+    addRow(form, tr("Auto-prune after"), autoPrunePicker(preferences));
     auto *const clear = destructiveButton(tr("Clear History"));
     connect(clear, &QPushButton::clicked, this, &StorageSettingsTab::confirmClearing);
     auto *const column = new QVBoxLayout(this);

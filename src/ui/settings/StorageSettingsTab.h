@@ -2,17 +2,17 @@
 #pragma once
 
 #include "settings/HistoryModel.h"
-#include "settings/SettingsParts.h"
 
 #include <QWidget>
 
+class Preferences;
 class QLabel;
 
 class StorageSettingsTab : public QWidget
 {
     Q_OBJECT
 public:
-    explicit StorageSettingsTab(const SettingsParts &parts, QWidget *parent = nullptr);
+    StorageSettingsTab(ModelContext &context, Preferences &preferences, QWidget *parent = nullptr);
 
 private:
     void confirmClearing();

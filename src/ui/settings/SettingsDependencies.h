@@ -15,7 +15,7 @@ class UpdaterManager;
 class UrlOpener;
 
 /// What the settings screens work with; all of it outlives them.
-struct SettingsParts {
+struct SettingsDependencies {
     ModelContext &modelContext;
     Preferences &preferences;
     ResendKeyService &keys;
