@@ -2,18 +2,16 @@
 # SPDX-License-Identifier: MIT
 """What other programs on the session bus can do to the running program."""
 
-import pathlib
-import re
+import os
 import sys
-import time
 import unittest
 
 import dbus
 
 from desktop import Desktop, Program, wait_until, windows
+from home import is_sanitized, main_thread_seconds, peak_memory
 
-BINARY = str(pathlib.Path(sys.argv.pop(1)).resolve())
-IS_SANITIZED = b"__asan_init" in pathlib.Path(BINARY).read_bytes()
+BINARY = sys.argv.pop(1)
 LINKS = "app.strandloom.Links"
 MEBIBYTE = 1 << 20
 
@@ -23,7 +21,9 @@ class Bus(unittest.TestCase):
     def setUpClass(cls):
         cls.desktop = Desktop(tray=False)
         cls.addClassCleanup(cls.desktop.close)
-        cls.program = Program(cls.desktop, BINARY)
+        pipe = cls.desktop.home / "information"  # which nobody will write to
+        os.mkfifo(pipe)
+        cls.program = Program(cls.desktop, BINARY, STRANDLOOM_INFO=str(pipe))
         cls.program.wait_for_line("Started")
 
     def connect(self):
@@ -37,18 +37,13 @@ class Bus(unittest.TestCase):
         except dbus.DBusException as error:
             return error.get_dbus_name().removeprefix("app.strandloom.Error.")
 
-    def peak(self):
-        """The most memory that the program has used so far, in MiB."""
-        status = pathlib.Path(f"/proc/{self.program.process.pid}/status").read_text()
-        return int(re.search(r"VmHWM:\s+(\d+)", status)[1]) // 1024
-
     def urls(self, part):
         return [link["url"] for link in self.program.list()[1] if part in link["url"]]
 
     def test_what_is_too_much_is_refused(self):
         known = "00000000-0000-4000-8000-000000000001"
         link = f'{{"url":"https://known.example","id":"{known}"}}'.encode()
-        before = self.peak()
+        before = peak_memory(self.program.process)
         for method, signature, argument, answer in (
                 ("Import", "ay", [b"[" + link + b"]"], (1, 0, 0, 0)),
                 ("Add", "s", [" " * (100 * MEBIBYTE)], "Invalid"),
@@ -65,9 +60,9 @@ class Bus(unittest.TestCase):
                 ("Import", "ay", [b'{"url":"https://large.example"}'], "Invalid")):
             with self.subTest(method=method, answer=answer):
                 self.assertEqual(self.call(method, signature, *argument), answer)
-        print(f"{before} MiB before, at most {self.peak()} MiB", file=sys.stderr)
-        if not IS_SANITIZED:
-            self.assertLess(self.peak(), before + 400)  # the bus hands on 100 MiB, in UTF-16
+        print(f"{before} MiB before, at most {peak_memory(self.program.process)} MiB", file=sys.stderr)
+        if not is_sanitized(BINARY):
+            self.assertLess(peak_memory(self.program.process), before + 400)  # the bus hands on 100 MiB, in UTF-16
         self.assertEqual(len(self.urls("known")), 1)
         self.assertEqual([len(url) for url in self.urls("large")], [MEBIBYTE])
 
@@ -81,22 +76,19 @@ class Bus(unittest.TestCase):
         peer.flush()
 
     def test_a_flood_leaves_the_panel_to_its_user(self):
-        quiet, flooded = [], []
-        for start in range(20):
+        """Once a key is sent, the program does little else before it is heard."""
+        for number in range(4):
             panel = self.program.open_panel()
             self.desktop.run("xdotool", "windowfocus", "--sync", panel)
-            if start % 2:
-                self.flood(start)
-            begin = time.monotonic()
+            self.flood(number)
             self.desktop.key("Escape")
+            begin = main_thread_seconds(self.program.process)
             wait_until(lambda: not windows(self.desktop), "the panel to close")
-            (flooded if start % 2 else quiet).append(round(time.monotonic() - begin, 3))
-            if start % 2 and flooded[-1] - min(quiet) < 0.1:
-                break  # else others may have held the machine meanwhile
+            used = main_thread_seconds(self.program.process) - begin
+            print(f"{used:.3f} s of the processor until the key was heard", file=sys.stderr)
+            self.assertLess(used, 0.1)
         self.assertEqual(self.call("Add", "s", "https://other.example"), "")
-        print(f"keys took {flooded} s, else {quiet} s", file=sys.stderr)
-        self.assertLess(min(flooded) - min(quiet), 0.1)
-        self.assertLess(len(self.urls("flood")), 1000 * len(flooded), "calls nobody waited for")
+        self.assertLess(len(self.urls("flood")), 4 * 1000, "calls nobody waited for")
 
 
 if __name__ == "__main__":
