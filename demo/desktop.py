@@ -17,6 +17,7 @@ from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 TRAY_HOST = pathlib.Path(__file__).with_name("tray_host.py")
 SETTINGS_PORTAL = pathlib.Path(__file__).with_name("settings_portal.py")
+TRAY_HEIGHT = 28
 # For the builds that look for leaks.
 LEAK_OPTIONS = (f"suppressions={pathlib.Path(__file__).with_name('leaks.supp')}"
                 ":print_suppressions=0")
@@ -156,7 +157,7 @@ class Desktop:
 
     def start_tray(self, *options):
         return self.start("trayer", "--edge", "top", "--align", "right", "--widthtype", "request",
-                          "--height", "28", "--SetDockType", "true", "--expand", "true", *options)
+                          "--height", str(TRAY_HEIGHT), "--SetDockType", "true", "--expand", "true", *options)
 
     def start_keyring(self):
         """An empty keyring, unlocked."""
@@ -217,14 +218,18 @@ class Desktop:
         return tuple(int(values[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
 
     def tray_icon(self):
-        """The middle of the program's icon, the only one in the tray; None before it is there."""
+        """The middle of the program's icon, the one window of it that fits into the tray; None before it
+        is there."""
         found = subprocess.run(["xdotool", "search", "--onlyvisible", "--classname", "strandloom"],
                                env=self.environment, capture_output=True, text=True).stdout.split()
-        try:
-            x, y, width, height = self.geometry(found[0])
-        except (IndexError, Failure):  # it may go between the two questions
-            return None
-        return x + width // 2, y + height // 2
+        for window in found:
+            try:
+                x, y, width, height = self.geometry(window)
+            except Failure:  # it went between the two questions
+                continue
+            if height <= TRAY_HEIGHT:
+                return x + width // 2, y + height // 2
+        return None
 
     def screenshot(self, path, window="root"):
         self.run("import", "-window", window, str(path))

@@ -4,11 +4,11 @@
 #include "AppState.h"
 #include "ApplicationAdaptor.h"
 #include "AtomicFile.h"
-#include "Confirmation.h"
 #include "DebugLog.h"
 #include "ExitCode.h"
 #include "ExportView.h"
 #include "ExportViewModel.h"
+#include "Foreground.h"
 #include "LinksAdaptor.h"
 #include "MenuBarView.h"
 #include "MenuBarViewModel.h"
@@ -31,7 +31,6 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QScopeGuard>
-#include <QWindow>
 
 #include <csignal>
 #include <cstdio>
@@ -62,27 +61,6 @@ TrayAppearance trayAppearance(bool isPaused)
     return isPaused ? trayAppearance(u"app.strandloom-paused"_s,
                                      StrandloomApp::tr("Strandloom (capturing is paused)"))
                     : trayAppearance(u"app.strandloom"_s, u"Strandloom"_s);
-}
-
-/// A window that is already open comes to the front, from another workspace to this one too.
-void present(QWidget &window)
-{
-    if (window.isVisible() && !window.windowHandle()->isExposed())
-        window.hide();
-    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
-    window.show();
-    window.raise();
-    window.activateWindow();
-}
-
-/// A dialog that waits for its answer comes to the front, with what was typed into it, and what
-/// else was asked for is not done: it would be behind the dialog. False when none is open.
-bool presentOpenDialog()
-{
-    QWidget *const dialog = QApplication::activeModalWidget();
-    if (dialog)
-        present(*dialog);
-    return dialog;
 }
 
 int dieOfStoreError(const StoreError &error)
@@ -170,7 +148,7 @@ void StrandloomApp::openWithoutTray()
 
 void StrandloomApp::openPanel()
 {
-    if (presentOpenDialog())
+    if (bringDialogToFront())
         return;
     m_appState->initialize();
     if (m_tray->isShown())
@@ -181,7 +159,7 @@ void StrandloomApp::openPanel()
 
 void StrandloomApp::togglePanel()
 {
-    if (m_panel && m_panel->isVisible() && !hasOpenDialog())
+    if (m_panel && isInView(*m_panel) && !openDialog())
         m_panel->hide();
     else
         openPanel();
@@ -213,20 +191,20 @@ MenuBarView &StrandloomApp::panel()
 
 void StrandloomApp::openSettings()
 {
-    if (presentOpenDialog())
+    if (bringDialogToFront())
         return;
     if (!m_settings)
         m_settings = new SettingsView(settingsDependencies());
-    present(*m_settings);
+    bringToFront(*m_settings);
 }
 
 void StrandloomApp::openExport()
 {
-    if (presentOpenDialog())
+    if (bringDialogToFront())
         return;
     if (!m_export)
         m_export = new ExportView(std::make_shared<ExportViewModel>(m_services.exports));
-    present(*m_export);
+    bringToFront(*m_export);
 }
 
 SettingsDependencies StrandloomApp::settingsDependencies()

@@ -2,9 +2,9 @@
 #include "Confirmation.h"
 
 #include "Caption.h"
+#include "Foreground.h"
 #include "FormWidgets.h"
 
-#include <QApplication>
 #include <QBoxLayout>
 #include <QPushButton>
 
@@ -44,14 +44,9 @@ ConfirmationView::ConfirmationView(const Confirmation &confirmation, QWidget *pa
     column->addLayout(buttons);
 }
 
-bool hasOpenDialog()
-{
-    return QApplication::activeModalWidget();
-}
-
 void confirm(QWidget *screen, const Confirmation &confirmation, std::function<void()> confirmed)
 {
-    if (hasOpenDialog())
+    if (openDialog())
         return;
     auto *const question = new ConfirmationView(confirmation, screen);
     question->setAttribute(Qt::WA_DeleteOnClose);

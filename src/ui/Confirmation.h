@@ -19,10 +19,6 @@ public:
     ConfirmationView(const Confirmation &confirmation, QWidget *parent);
 };
 
-/// Whether a dialog waits for its answer. Assistive technology presses buttons behind it, too,
-/// which must not open a second one.
-bool hasOpenDialog();
-
 /// Asks on top of the window of `screen`, without blocking, and calls `confirmed` when the user
 /// agrees. The question goes with `screen`.
 void confirm(QWidget *screen, const Confirmation &confirmation, std::function<void()> confirmed);

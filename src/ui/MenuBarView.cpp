@@ -4,6 +4,7 @@
 #include "Caption.h"
 #include "Compositing.h"
 #include "ElidedLabel.h"
+#include "Foreground.h"
 #include "FormWidgets.h"
 #include "IconButton.h"
 #include "IconLabel.h"
@@ -222,6 +223,8 @@ void MenuBarView::refresh()
     m_summarize->setIconShown(!m_model.isSummarizing());
     m_spinner->setVisible(m_model.isSummarizing());
     m_body->setCurrentIndex(m_model.isEmpty() ? 0 : 1);
+    if (hasFocus())
+        focusLinks();
     showScreen();
 }
 
@@ -238,10 +241,16 @@ void MenuBarView::showScreen()
         m_screens->removeWidget(left);
         left->deleteLater(); // not now: its own Back may be what was pressed
         m_settings = nullptr;
-        m_list->setFocus();
+        focusLinks();
     }
     place();
 }
+/// An empty list takes no focus, and would leave it to a button that nobody thought of.
+void MenuBarView::focusLinks()
+{
+    (m_model.isEmpty() ? static_cast<QWidget *>(this) : m_list)->setFocus();
+}
+
 
 void MenuBarView::showAsPanel(const std::optional<QRect> &trayIcon)
 {
@@ -290,38 +299,31 @@ void MenuBarView::present()
 {
     m_model.recountToday();
     m_list->startAnew();
-    bringToFront();
+    bringToFront(*this);
     // Hidden and shown so quickly that the desktop has not taken the keyboard away meanwhile, it
     // will not be given either.
     if (windowHandle() == QGuiApplication::focusWindow())
         QApplication::setActiveWindow(this);
-    m_list->setFocus();
-}
-
-void MenuBarView::bringToFront()
-{
-    show();
-    raise();
-    activateWindow();
+    focusLinks();
 }
 
 bool MenuBarView::event(QEvent *event)
 {
     // A menu or a dialog of ours takes the activation too, and must not lose its parent.
     if (event->type() == QEvent::WindowDeactivate && m_isPanel && !QApplication::activePopupWidget()
-        && !openDialog())
+        && !ownDialog())
         hide();
     return QWidget::event(event);
 }
 
 /// The dialog that was opened from here and waits for its answer; null when there is none.
-QDialog *MenuBarView::openDialog() const
+QDialog *MenuBarView::ownDialog() const
 {
-    QWidget *const dialog = QApplication::activeModalWidget();
+    QDialog *const dialog = openDialog();
     const QWidget *window = dialog;
     while (window && window != this)
         window = window->parentWidget() ? window->parentWidget()->window() : nullptr;
-    return window ? qobject_cast<QDialog *>(dialog) : nullptr;
+    return window ? dialog : nullptr;
 }
 
 /// The user who turns from a dialog to another window wants to see that: the panel would stay above
@@ -329,20 +331,22 @@ QDialog *MenuBarView::openDialog() const
 void MenuBarView::followFocus(const QWindow *focused)
 {
     const void *const before = std::exchange(m_focused, focused);
-    QDialog *const dialog = openDialog();
+    QDialog *const dialog = ownDialog();
     if (!m_isPanel || !isVisible() || !dialog || before != dialog->windowHandle())
         return;
     while (focused && focused != windowHandle())
         focused = focused->transientParent();
     if (focused)
         return;
-    connect(dialog, &QDialog::finished, this, &MenuBarView::bringToFront, Qt::SingleShotConnection);
+    connect(
+        dialog, &QDialog::finished, this, [this] { bringToFront(*this); },
+        Qt::SingleShotConnection);
     hide();
 }
 
 void MenuBarView::hideEvent(QHideEvent *)
 {
-    if (openDialog())
+    if (ownDialog())
         return;
     m_model.setCurrentScreen(MenuBarScreen::links); // a screen begins anew when it is next seen
     m_search->close();

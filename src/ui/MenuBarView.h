@@ -54,9 +54,9 @@ private:
     QWidget *makePlaceholder();
     QWidget *makeFooter();
     void present();
-    void bringToFront();
+    void focusLinks();
     void place();
-    QDialog *openDialog() const;
+    QDialog *ownDialog() const;
     void followFocus(const QWindow *focused);
     QSize wantedSize() const;
     void showScreen();

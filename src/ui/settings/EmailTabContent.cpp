@@ -5,6 +5,7 @@
 #include "Card.h"
 #include "Confirmation.h"
 #include "EmailScheduler.h"
+#include "Foreground.h"
 #include "FormWidgets.h"
 #include "IconButton.h"
 #include "IconLabel.h"
@@ -154,7 +155,7 @@ QLayout *EmailTabContent::makeSending()
 
 void EmailTabContent::showSetup()
 {
-    if (hasOpenDialog())
+    if (openDialog())
         return;
     (new EmailSetupSheet(m_model, m_pages, this))->open();
 }
