@@ -19,7 +19,6 @@
 
 #include <QApplication>
 #include <QBoxLayout>
-#include <QClipboard>
 #include <QDialog>
 #include <QKeyEvent>
 #include <QLabel>
@@ -223,9 +222,9 @@ void MenuBarView::refresh()
     m_summarize->setIconShown(!m_model.isSummarizing());
     m_spinner->setVisible(m_model.isSummarizing());
     m_body->setCurrentIndex(m_model.isEmpty() ? 0 : 1);
+    showScreen();
     if (hasFocus())
         focusLinks();
-    showScreen();
 }
 
 void MenuBarView::showScreen()
@@ -245,12 +244,12 @@ void MenuBarView::showScreen()
     }
     place();
 }
+
 /// An empty list takes no focus, and would leave it to a button that nobody thought of.
 void MenuBarView::focusLinks()
 {
     (m_model.isEmpty() ? static_cast<QWidget *>(this) : m_list)->setFocus();
 }
-
 
 void MenuBarView::showAsPanel(const std::optional<QRect> &trayIcon)
 {
@@ -361,7 +360,7 @@ void MenuBarView::keyPressEvent(QKeyEvent *event)
     else if (isLinks && event->matches(QKeySequence::Find) && !m_model.isEmpty())
         m_search->open();
     else if (isLinks && event->matches(QKeySequence::Paste))
-        paste();
+        m_model.paste();
     else
         QWidget::keyPressEvent(event);
 }
@@ -370,13 +369,6 @@ void MenuBarView::search(const QString &text)
 {
     m_model.setSearchText(text);
     m_list->startAnew();
-}
-
-/// What was copied before the program watched, or while it was paused, only Qt can tell.
-void MenuBarView::paste()
-{
-    const auto copied = m_model.copiedText();
-    m_model.add(copied ? *copied : QGuiApplication::clipboard()->text());
 }
 
 void MenuBarView::paintEvent(QPaintEvent *)

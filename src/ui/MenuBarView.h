@@ -62,7 +62,6 @@ private:
     void showScreen();
     void refresh();
     void search(const QString &text);
-    void paste();
 
     MenuBarViewModel &m_model;
     MakeSettings m_makeSettings;

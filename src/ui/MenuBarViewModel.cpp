@@ -11,11 +11,14 @@
 
 #include <QScopeGuard>
 
+#include <utility>
+
 using namespace std::chrono_literals;
 
 namespace
 {
 constexpr auto answerTime = 4s;
+constexpr auto readingTime = 6s; // of the clipboard, when nobody answers at all
 constexpr auto copiedTime = 1500ms;
 constexpr int longestWord = 40; // of a tool tip, in characters
 } // namespace
@@ -33,6 +36,7 @@ MenuBarViewModel::MenuBarViewModel(const Dependencies &dependencies, QObject *pa
             &MenuBarViewModel::changed);
     connect(&m_dependencies.clipboard, &ClipboardSource::limitationChanged, this,
             &MenuBarViewModel::changed);
+    connect(&m_parts.clipboard, &ClipboardSource::fetched, this, &MenuBarViewModel::add);
 }
 
 MenuBarViewModel::~MenuBarViewModel() = default;
@@ -199,15 +203,23 @@ void MenuBarViewModel::remove(const LinkId &id)
         debugLog(u"Failed to delete: " + description(removed.error()));
 }
 
-std::optional<QString> MenuBarViewModel::copiedText() const
+/// What was copied before the program watched, or while it was paused, is read only now.
+void MenuBarViewModel::paste()
 {
-    return m_dependencies.clipboard.text();
+    if (std::exchange(m_isPasting, true))
+        return;
+    m_answer = tr("Reading the clipboard…");
+    m_answerEnd = m_parts.clock.after(readingTime, [this] { add({}); });
+    Q_EMIT changed();
+    m_parts.clipboard.fetch();
 }
 
-void MenuBarViewModel::add(const QString &address)
+void MenuBarViewModel::add(const std::optional<QString> &address)
 {
-    m_answer = take(address);
-    m_answerEnd = m_dependencies.clock.after(answerTime, [this] {
+    if (!std::exchange(m_isPasting, false))
+        return;
+    m_answer = take(address.value_or(QString()));
+    m_answerEnd = m_parts.clock.after(answerTime, [this] {
         m_answer.clear();
         Q_EMIT changed();
     });

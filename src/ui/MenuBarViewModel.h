@@ -94,10 +94,9 @@ public:
     void copyUrl(const LinkId &id);
     void copySummary(const LinkId &id);
     void remove(const LinkId &id);
-    /// The text that was copied last; absent when it was not read.
-    std::optional<QString> copiedText() const;
-    /// Takes an address as if it was copied now, and says for a few seconds what came of it.
-    void add(const QString &address);
+    /// Takes the address in the clipboard as if it was copied now, and says for a few seconds what
+    /// came of it.
+    void paste();
 
 Q_SIGNALS:
     /// Rows show another time, since one says that it was copied, or no longer does.
@@ -109,6 +108,7 @@ Q_SIGNALS:
 
 private:
     Task<> summarizeListed();
+    void add(const std::optional<QString> &address);
     QString take(const QString &address);
     void copy(const LinkId &id, const QString &text);
 
@@ -127,5 +127,6 @@ private:
     std::unique_ptr<Alarm> m_answerEnd;
     std::optional<double> m_modelLoad;
     bool m_isSummarizing = false;
+    bool m_isPasting = false;
     Scope m_tasks;
 };

@@ -4,7 +4,8 @@
 void FakeClipboard::copy(std::optional<QString> text)
 {
     ++m_changeCount;
-    m_text = m_isReading ? std::move(text) : std::nullopt;
+    m_held = std::move(text);
+    m_text = m_isReading ? m_held : std::nullopt;
     Q_EMIT changed();
 }
 

@@ -16,11 +16,13 @@ public:
     void setText(const QString &text) override { copy(text); }
     void startReading() override { m_isReading = true; }
     void stopReading() override { m_isReading = false; }
+    void fetch() override { Q_EMIT fetched(m_held); }
     QString limitation() const override { return m_limitation; }
     QString means() const override { return QStringLiteral("In memory."); }
 
 private:
     qint64 m_changeCount = 0;
+    std::optional<QString> m_held;
     std::optional<QString> m_text;
     bool m_isReading = false;
     QString m_limitation;

@@ -248,10 +248,12 @@ void FaultyOwner::giveIncrement(const xcb_property_notify_event_t &event)
     const bool isAskedFor = m_is.has(u"incr"_s) && event.window != m_window
         && event.state == XCB_PROPERTY_DELETE && event.atom == m_atoms.transfer;
     const int last = m_is.number(u"increments"_s, 1);
-    if (!isAskedFor || (m_is.has(u"stalls"_s) && m_increments == last))
+    const bool isEndless = m_is.has(u"endless"_s);
+    if (!isAskedFor || (m_is.has(u"stalls"_s) && m_increments == last)
+        || (!isEndless && m_increments > last))
         return;
     pause();
-    const bool isMore = m_is.has(u"endless"_s) || m_increments < last;
+    const bool isMore = isEndless || m_increments < last;
     const QByteArray increment =
         isMore ? m_text.leftJustified(m_is.number(u"bytes"_s, int(m_text.size())), 'x') : "";
     write(event.window, event.atom, m_atoms.utf8String, 8, increment);

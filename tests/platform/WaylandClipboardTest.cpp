@@ -244,6 +244,23 @@ private Q_SLOTS:
         QCOMPARE(clipboard->changeCount(), 2);
     }
 
+    void fetchesWhatWasCopiedBefore()
+    {
+        SwayServer sway;
+        QVERIFY(sway.start());
+        const QString text = u"https://before.example/"_s;
+        const Program copying("wl-copy", {u"--foreground"_s, text}, environment(sway));
+        QTRY_COMPARE(Program("wl-paste", {u"--no-newline"_s}, environment(sway)).allOutput(),
+                     text.toUtf8());
+        const auto clipboard = makeClipboard<WaylandClipboard>(sway.display());
+        QTRY_VERIFY(!clipboard->means().isEmpty());
+        QSignalSpy fetched(clipboard.get(), &ClipboardSource::fetched);
+        clipboard->fetch();
+        QVERIFY(fetched.wait());
+        QCOMPARE(fetched.first().first().value<std::optional<QString>>(), text);
+        QVERIFY(!clipboard->text());
+    }
+
     void isNotHeldByAFrozenCompositor()
     {
         const Program compositor = small();

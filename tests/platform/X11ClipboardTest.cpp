@@ -101,6 +101,10 @@ private Q_SLOTS:
         Program faulty = owner(arguments);
         QTRY_COMPARE(clipboard->changeCount(), 2);
         QCOMPARE(clipboard->text(), text);
+        QSignalSpy fetched(clipboard.get(), &ClipboardSource::fetched);
+        clipboard->fetch();
+        QVERIFY(fetched.wait());
+        QCOMPARE(fetched.first().first().value<std::optional<QString>>(), text);
         if (arguments.contains(u"secret"_s))
             QVERIFY(!faulty.hasSaid("asked for text"));
         if (arguments.contains(u"pause=450"_s))

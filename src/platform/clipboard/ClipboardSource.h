@@ -27,12 +27,18 @@ public:
     virtual void startReading() = 0;
     /// From here on copies are only counted again.
     virtual void stopReading() = 0;
+    /// Asks for the text in the clipboard now, also for one that was copied before texts were read
+    /// or while they were not. `fetched()` tells it.
+    virtual void fetch() = 0;
     /// What the user must know about copies that are not seen on this desktop; empty when all are.
     virtual QString limitation() const = 0;
     /// By what means copies are seen, and why by these, as a sentence; empty while they are not.
     virtual QString means() const = 0;
 
 Q_SIGNALS:
+    /// The answer to `fetch()`, some seconds later at most: absent when the clipboard is empty,
+    /// holds something else or a secret, or its owner does not give it in time.
+    void fetched(const std::optional<QString> &text);
     /// `changeCount()` has grown. Sent once for each change that became known, with the count and
     /// the text of just that change in place.
     void changed();

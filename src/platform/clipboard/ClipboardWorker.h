@@ -34,11 +34,14 @@ public:
     virtual void startReading() = 0;
     /// From here on they are only counted again.
     virtual void stopReading() = 0;
+    /// Reads the text that is there now, whenever it was copied, and sends `fetched`.
+    virtual void fetch() = 0;
     /// Replaces the contents, as soon as there is a connection.
     virtual void setText(const QString &text) = 0;
 
 Q_SIGNALS:
     void copied(const ClipboardSnapshot &snapshot);
     void readingStarted();
+    void fetched(const std::optional<QString> &text);
     void reachKnown(ClipboardReach reach);
 };

@@ -30,6 +30,7 @@ void DesktopClipboard::tryOut(System system)
     connect(m_worker.get(), &ClipboardWorker::copied, this, &ClipboardWorker::copied);
     connect(m_worker.get(), &ClipboardWorker::readingStarted, this,
             &ClipboardWorker::readingStarted);
+    connect(m_worker.get(), &ClipboardWorker::fetched, this, &ClipboardWorker::fetched);
     connect(m_worker.get(), &ClipboardWorker::reachKnown, this,
             [this, system](ClipboardReach reach) { reached(system, reach); });
     if (m_isReading)
@@ -79,6 +80,14 @@ void DesktopClipboard::stopReading()
     m_isReading = false;
     if (m_worker)
         m_worker->stopReading();
+}
+
+void DesktopClipboard::fetch()
+{
+    if (m_worker)
+        m_worker->fetch();
+    else
+        Q_EMIT fetched({});
 }
 
 void DesktopClipboard::setText(const QString &text)

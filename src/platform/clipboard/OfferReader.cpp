@@ -46,7 +46,7 @@ void dropOldPipe(const QObject &pipes)
 
 } // namespace
 
-OfferReader::OfferReader(std::unique_ptr<DataOffer> offer, const ClipboardLimits &limits,
+OfferReader::OfferReader(std::shared_ptr<const DataOffer> offer, const ClipboardLimits &limits,
                          QObject *pipes)
     : m_offer(std::move(offer))
     , m_limits(limits)

@@ -19,7 +19,8 @@ class OfferReader : public QObject
     Q_OBJECT
 public:
     /// Starts to read. `pipes` owns what is still read on when the reader has gone.
-    OfferReader(std::unique_ptr<DataOffer> offer, const ClipboardLimits &limits, QObject *pipes);
+    OfferReader(std::shared_ptr<const DataOffer> offer, const ClipboardLimits &limits,
+                QObject *pipes);
     ~OfferReader() override;
 
     /// Absent until all is read, or it turned out that there is no text in time and in the limits.
@@ -36,7 +37,7 @@ private:
     void accept(const std::optional<QByteArray> &data);
     void finish(const ClipboardContents &contents);
 
-    std::unique_ptr<DataOffer> m_offer;
+    std::shared_ptr<const DataOffer> m_offer;
     ClipboardLimits m_limits;
     QObject *m_pipes;
     QPointer<PipeReader> m_pipe;

@@ -64,6 +64,7 @@ ThreadedClipboard::ThreadedClipboard(std::unique_ptr<ClipboardWorker> worker, QO
     connect(m_thread, &QThread::started, m_worker, &ClipboardWorker::start);
     connect(m_thread, &QThread::finished, m_worker, &QObject::deleteLater); // still over there
     connect(m_worker, &ClipboardWorker::copied, this, &ThreadedClipboard::show);
+    connect(m_worker, &ClipboardWorker::fetched, this, &ThreadedClipboard::fetched);
     connect(m_worker, &ClipboardWorker::reachKnown, this, &ThreadedClipboard::setReach);
 
     m_silence.setSingleShot(true);
@@ -103,6 +104,11 @@ void ThreadedClipboard::startReading()
 void ThreadedClipboard::stopReading()
 {
     QMetaObject::invokeMethod(m_worker, &ClipboardWorker::stopReading, Qt::QueuedConnection);
+}
+
+void ThreadedClipboard::fetch()
+{
+    QMetaObject::invokeMethod(m_worker, &ClipboardWorker::fetch, Qt::QueuedConnection);
 }
 
 void ThreadedClipboard::show(const ClipboardSnapshot &snapshot)

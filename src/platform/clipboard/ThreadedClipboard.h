@@ -26,6 +26,7 @@ public:
     void setText(const QString &text) override;
     void startReading() override;
     void stopReading() override;
+    void fetch() override;
     QString limitation() const override;
     QString means() const override;
 

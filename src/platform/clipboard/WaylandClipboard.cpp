@@ -104,6 +104,14 @@ void WaylandClipboard::stopReading()
         m_selection->stopReading();
 }
 
+void WaylandClipboard::fetch()
+{
+    if (m_selection)
+        m_selection->fetch();
+    else
+        Q_EMIT fetched({});
+}
+
 void WaylandClipboard::setText(const QString &text)
 {
     m_unclaimed.append(text);

@@ -84,6 +84,27 @@ void WaylandSelection::stopReading()
     m_isReading = false;
 }
 
+void WaylandSelection::fetch()
+{
+    const DataSource *const ours = m_selected ? sourceOf(*m_selected) : nullptr;
+    if (!m_selected || ours)
+        return Q_EMIT m_worker.fetched(ours ? std::optional(ours->text()) : std::nullopt);
+    m_fetcher = std::make_unique<OfferReader>(m_selected, m_limits, &m_pipes);
+    connect(m_fetcher.get(), &OfferReader::finished, this, &WaylandSelection::tellFetched,
+            Qt::QueuedConnection);
+    tellFetched();
+}
+
+/// The answer may have been there at once.
+void WaylandSelection::tellFetched()
+{
+    if (!m_fetcher || !m_fetcher->contents())
+        return;
+    const auto text = m_fetcher->contents()->text;
+    m_fetcher.reset();
+    Q_EMIT m_worker.fetched(text);
+}
+
 void WaylandSelection::setText(const QString &text)
 {
     const auto isCancelled = [](const auto &source) { return source->isCancelled(); };
@@ -110,11 +131,13 @@ void WaylandSelection::offerIntroduced(ext_data_control_offer_v1 *offer)
 
 void WaylandSelection::offerSelected(const ext_data_control_offer_v1 *offer)
 {
-    auto selected = std::exchange(m_introduced, nullptr);
+    m_selected = std::exchange(m_introduced, nullptr);
+    if (m_selected && m_selected->offer() != offer)
+        m_selected.reset();
     if (!m_isCounting)
         return;
-    if (selected && selected->offer() == offer)
-        append(std::move(selected));
+    if (m_selected)
+        append();
     else
         m_changes.push_back({}); // what the owner wrote may still be on its way to us
     settleKnown();
@@ -122,21 +145,21 @@ void WaylandSelection::offerSelected(const ext_data_control_offer_v1 *offer)
 
 /// What is overtaken is read on for a while: a program still gives what it was asked for before its
 /// copy was replaced.
-void WaylandSelection::append(std::unique_ptr<DataOffer> offer)
+void WaylandSelection::append()
 {
     for (const Change &change : m_changes) {
         if (change.reader)
             change.reader->hurry();
     }
     dropOldReader();
-    const DataSource *const ours = sourceOf(*offer);
+    const DataSource *const ours = sourceOf(*m_selected);
     Change change = {ours ? Announcer::us : Announcer::program};
     if (!m_isReading) {
         change.contents = {{}, true};
     } else if (ours) {
         change.contents = {ours->text()};
     } else {
-        change.reader = std::make_unique<OfferReader>(std::move(offer), m_limits, &m_pipes);
+        change.reader = std::make_unique<OfferReader>(m_selected, m_limits, &m_pipes);
         connect(change.reader.get(), &OfferReader::finished, this, &WaylandSelection::settleKnown,
                 Qt::QueuedConnection);
     }
@@ -169,6 +192,8 @@ void WaylandSelection::settleKnown()
 
 void WaylandSelection::abandonReading()
 {
+    if (std::exchange(m_fetcher, nullptr))
+        Q_EMIT m_worker.fetched({});
     for (Change &change : m_changes)
         change.reader.reset();
     settleKnown();

@@ -26,6 +26,8 @@ public:
     /// What was copied before this call is counted, but never read.
     void startReading();
     void stopReading();
+    /// What is there now, whenever it was copied, is told once.
+    void fetch();
     /// False while there is no seat yet, or the compositor has not yet taken the last text: too
     /// many requests at once would break the connection.
     bool canSetText() const { return m_device && !m_textTaken; }
@@ -55,7 +57,8 @@ private:
     void textTaken();
     void offerIntroduced(ext_data_control_offer_v1 *offer);
     void offerSelected(const ext_data_control_offer_v1 *offer);
-    void append(std::unique_ptr<DataOffer> offer);
+    void append();
+    void tellFetched();
     void dropOldReader();
     void settleKnown();
     const DataSource *sourceOf(const DataOffer &offer) const;
@@ -72,6 +75,8 @@ private:
     std::deque<Change> m_changes; // not yet settled, oldest first
     std::vector<std::unique_ptr<DataSource>> m_sources;
     std::unique_ptr<DataOffer> m_introduced; // not yet selected
+    std::shared_ptr<const DataOffer> m_selected; // what the clipboard holds
+    std::unique_ptr<OfferReader> m_fetcher;
     bool m_isCounting = false;
     bool m_isReading = false;
 };

@@ -105,6 +105,14 @@ void X11Clipboard::stopReading()
         m_selection->stopReading();
 }
 
+void X11Clipboard::fetch()
+{
+    if (m_selection)
+        m_selection->fetch();
+    else
+        Q_EMIT fetched({});
+}
+
 void X11Clipboard::setText(const QString &text)
 {
     if (m_selection)

@@ -24,6 +24,7 @@ public:
     void start() override;
     void startReading() override;
     void stopReading() override;
+    void fetch() override;
     void setText(const QString &text) override;
 
 private:

@@ -35,6 +35,7 @@ X11Selection::X11Selection(std::unique_ptr<X11Connection> connection, ClipboardW
     , m_keeper(keeper)
     , m_ownText(*m_connection)
     , m_reader(*m_connection, limits)
+    , m_fetcher(*m_connection, limits)
     , m_readable(m_connection->fileDescriptor(), QSocketNotifier::Read)
 {
     connect(&m_readable, &QSocketNotifier::activated, this, &X11Selection::processEvents);
@@ -45,6 +46,8 @@ X11Selection::X11Selection(std::unique_ptr<X11Connection> connection, ClipboardW
             read();
     });
     connect(&m_reader, &X11SelectionReader::finished, this, &X11Selection::contentsRead);
+    connect(&m_fetcher, &X11SelectionReader::finished, this,
+            [this](const ClipboardContents &contents) { Q_EMIT m_worker.fetched(contents.text); });
     const X11Atoms &atoms = m_connection->atoms();
     for (const xcb_atom_t selection : {atoms.clipboard, atoms.clipboardManager})
         m_connection->watchOwner(selection, m_ownText.window());
@@ -62,6 +65,14 @@ void X11Selection::startReading()
 void X11Selection::stopReading()
 {
     m_isReading = false;
+}
+
+void X11Selection::fetch()
+{
+    if (isOwner())
+        Q_EMIT m_worker.fetched(m_ownText.text());
+    else
+        m_fetcher.read(serverTime());
 }
 
 void X11Selection::setText(const QString &text)
@@ -115,6 +126,7 @@ void X11Selection::lose()
     m_readable.setEnabled(false);
     m_readingPause.stop();
     m_reader.abandon();
+    m_fetcher.giveUp();
     Q_EMIT connectionLost();
 }
 
@@ -137,14 +149,16 @@ void X11Selection::selectionAnswered(const xcb_selection_notify_event_t &event)
     if (event.selection == m_connection->atoms().clipboardManager)
         m_isHandingOver = false;
     else
-        m_reader.selectionAnswered(event);
+        for (X11SelectionReader *const reader : {&m_reader, &m_fetcher})
+            reader->selectionAnswered(event);
 }
 
 void X11Selection::propertyChanged(const xcb_property_notify_event_t &event)
 {
     if (event.window == m_ownText.window() && event.atom == m_connection->atoms().stamp)
         m_serverTime = event.time;
-    m_reader.propertyChanged(event);
+    for (X11SelectionReader *const reader : {&m_reader, &m_fetcher})
+        reader->propertyChanged(event);
     m_ownText.propertyChanged(event);
 }
 

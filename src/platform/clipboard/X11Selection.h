@@ -24,6 +24,8 @@ public:
     /// What was copied before this call is counted, but never read.
     void startReading();
     void stopReading();
+    /// What is there now, whenever it was copied, is told once.
+    void fetch();
     void setText(const QString &text);
     /// Leaves a text of ours to the clipboard manager, if one runs. Waits up to the limit.
     void handOver();
@@ -53,6 +55,7 @@ private:
     xcb_window_t m_keeper;
     X11SelectionOwner m_ownText;
     X11SelectionReader m_reader;
+    X11SelectionReader m_fetcher;
     QSocketNotifier m_readable;
     QTimer m_readingPause;
 

@@ -186,6 +186,8 @@ void X11SelectionReader::refused()
 
 void X11SelectionReader::giveUp()
 {
+    if (!isReading())
+        return;
     abandon();
     Q_EMIT finished({});
 }

@@ -24,6 +24,8 @@ public:
     /// Starts to read what was copied at `time`; gives up what was being read before.
     void read(xcb_timestamp_t time);
     void abandon();
+    /// Ends the reading, if one is under way, as one in which there was no text.
+    void giveUp();
     bool isReading() const { return m_stage != Stage::idle; }
     /// What the owner offered at the last reading.
     const QList<xcb_atom_t> &offered() const { return m_offered; }
@@ -50,7 +52,6 @@ private:
     void accept(xcb_atom_t type, const QByteArray &data);
     void acceptTypes(const QByteArray &data);
     void refused();
-    void giveUp();
     void finish(const ClipboardContents &contents);
     void retireWindow();
     void discard(xcb_window_t window) const;
