@@ -84,6 +84,9 @@ private Q_SLOTS:
             << QRect(-1000, 20, 200, 300);
         QTest::newRow("screen too small")
             << QRect(0, 0, 160, 120) << Tray() << QPoint(80, 10) << QRect(0, 0, 160, 120);
+        QTest::newRow("no room beside the tray")
+            << QRect(0, 0, 1000, 310) << Tray(QRect(500, 0, 24, 24)) << QPoint()
+            << QRect(411, 24, 200, 286);
     }
 
     void opensWhereTheTrayIs()
