@@ -8,5 +8,5 @@
 void Card::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    draw(painter, {QRectF(rect()), 0, Qt::transparent, palette().color(QPalette::Mid)});
+    draw(painter, {QRectF(rect()), 6, Qt::transparent, palette().color(QPalette::Mid)});
 }

@@ -23,6 +23,7 @@ constexpr int indicator = 18;
 constexpr int arrowRoom = 28;
 constexpr int stepperRoom = 24;
 constexpr int ringWidth = 2;
+constexpr int aboveTabs = 12; // of a window
 
 bool isSet(const QStyleOption &option, QStyle::StateFlag flag)
 {
@@ -228,6 +229,9 @@ int LoomStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWidg
     switch (hint) {
     case SH_ScrollBar_Transient:
         return 1;
+    case SH_TabBar_Alignment:
+        return Qt::AlignCenter;
+    case SH_DialogButtonBox_ButtonsHaveIcons:
     case SH_EtchDisabledText:
     case SH_DitherDisabledText:
     case SH_ScrollView_FrameOnlyAroundContents:
@@ -282,7 +286,9 @@ QSize LoomStyle::sizeFromContents(ContentsType type, const QStyleOption *option,
     case CT_ComboBox:
         return atLeast(contents.width() + besideText + arrowRoom, contents.height());
     case CT_SpinBox:
-        return atLeast(contents.width() + besideText + stepperRoom, contents.height());
+        // The height is that of its field already.
+        return {contents.width() + besideText + stepperRoom,
+                std::max(lowestControl, contents.height())};
     default:
         return QProxyStyle::sizeFromContents(type, option, contents, widget);
     }
@@ -294,7 +300,12 @@ QRect LoomStyle::subElementRect(SubElement element, const QStyleOption *option,
     const auto *const frame = qstyleoption_cast<const QStyleOptionFrame *>(option);
     if (element == SE_LineEditContents && frame && frame->lineWidth > 0)
         return option->rect.adjusted(besideText - 2, 0, 2 - besideText, 0); // the edit adds two
-    return QProxyStyle::subElementRect(element, option, widget);
+    const QRect rect = QProxyStyle::subElementRect(element, option, widget);
+    if (element == SE_TabWidgetTabBar)
+        return rect.translated(0, aboveTabs);
+    if (element == SE_TabWidgetTabPane || element == SE_TabWidgetTabContents)
+        return rect.adjusted(0, aboveTabs, 0, 0);
+    return rect;
 }
 
 QRect LoomStyle::subControlRect(ComplexControl control, const QStyleOptionComplex *option,
