@@ -36,7 +36,7 @@ MenuBarViewModel::MenuBarViewModel(const Dependencies &dependencies, QObject *pa
             &MenuBarViewModel::changed);
     connect(&m_dependencies.clipboard, &ClipboardSource::limitationChanged, this,
             &MenuBarViewModel::changed);
-    connect(&m_parts.clipboard, &ClipboardSource::fetched, this, &MenuBarViewModel::add);
+    connect(&m_dependencies.clipboard, &ClipboardSource::fetched, this, &MenuBarViewModel::add);
 }
 
 MenuBarViewModel::~MenuBarViewModel() = default;
@@ -209,9 +209,9 @@ void MenuBarViewModel::paste()
     if (std::exchange(m_isPasting, true))
         return;
     m_answer = tr("Reading the clipboard…");
-    m_answerEnd = m_parts.clock.after(readingTime, [this] { add({}); });
+    m_answerEnd = m_dependencies.clock.after(readingTime, [this] { add({}); });
     Q_EMIT changed();
-    m_parts.clipboard.fetch();
+    m_dependencies.clipboard.fetch();
 }
 
 void MenuBarViewModel::add(const std::optional<QString> &address)
@@ -219,7 +219,7 @@ void MenuBarViewModel::add(const std::optional<QString> &address)
     if (!std::exchange(m_isPasting, false))
         return;
     m_answer = take(address.value_or(QString()));
-    m_answerEnd = m_parts.clock.after(answerTime, [this] {
+    m_answerEnd = m_dependencies.clock.after(answerTime, [this] {
         m_answer.clear();
         Q_EMIT changed();
     });
