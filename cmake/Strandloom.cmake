@@ -33,6 +33,24 @@ function(strandloom_library name)
     target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE strandloom_options)
 endfunction()
 
+# Modules lie at the same place beside the program where it is built and where it is installed.
+file(RELATIVE_PATH STRANDLOOM_MODULE_PATH
+    ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR}/strandloom)
+set(STRANDLOOM_PROGRAM_DIR ${PROJECT_BINARY_DIR}/src/app)
+
+# strandloom_module(NAME SOURCE ... LINKS ...): a part of the program that is loaded when it is first
+# needed, as base/Module.h has it.
+function(strandloom_module name)
+    cmake_parse_arguments(ARG "" "SOURCE" "LINKS" ${ARGN})
+    add_library(${name}_module MODULE ${ARG_SOURCE})
+    target_link_libraries(${name}_module PRIVATE ${ARG_LINKS} strandloom_options)
+    target_link_options(${name}_module PRIVATE -Wl,--exclude-libs,ALL -Wl,--as-needed)
+    set_target_properties(${name}_module PROPERTIES PREFIX "" OUTPUT_NAME ${name}
+        CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
+        LIBRARY_OUTPUT_DIRECTORY ${STRANDLOOM_PROGRAM_DIR}/${STRANDLOOM_MODULE_PATH})
+    install(TARGETS ${name}_module LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/strandloom)
+endfunction()
+
 # strandloom_test(NAME [ALONE] SOURCES ... LINKS ...): a Qt Test program that ctest runs, with no other
 # beside it where it watches how long the main thread is held. Widgets are drawn off screen; a test
 # that needs a real display server starts its own.

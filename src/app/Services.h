@@ -3,12 +3,12 @@
 
 #include "AppInfo.h"
 #include "ClipboardSource.h"
-#include "CurlHttpClient.h"
 #include "DateText.h"
 #include "EmailScheduler.h"
 #include "EmailService.h"
 #include "ExportService.h"
 #include "FileSaveDialog.h"
+#include "LazyHttpClient.h"
 #include "LibsecretStore.h"
 #include "LocalMLService.h"
 #include "LoginItem.h"
@@ -35,8 +35,8 @@ struct Services {
     Clock &clock;
     Preferences preferences{Preferences::defaultPath()};
     AppInfo info{AppInfo::defaultPath()};
-    CurlHttpClient http;
     QThreadPool pages; ///< one thread, for reading pages
+    LazyHttpClient http{pages};
     std::unique_ptr<ClipboardSource> clipboard;
     DesktopUrlOpener urlOpener;
     LocalMLService mlService{info, clock};

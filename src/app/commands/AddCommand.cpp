@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/AddCommand.h"
 
-#include "CurlHttpClient.h"
+#include "LazyHttpClient.h"
 #include "LinkWriter.h"
 #include "SystemClock.h"
 #include "TitleFetcher.h"
@@ -57,8 +57,8 @@ private:
 
     WriteAccess &m_access;
     QList<CapturedLink> m_links;
-    CurlHttpClient m_http;
     QThreadPool m_pages;
+    LazyHttpClient m_http{m_pages};
     TitleFetcher m_titles{m_http, m_pages};
     Scope m_tasks;
 };

@@ -4,9 +4,11 @@
 #include "CheckUp.h"
 #include "ClipboardSource.h"
 #include "EmbeddingTray.h"
+#include "HttpModule.h"
 #include "LoginItem.h"
 #include "MakeClipboardSource.h"
 #include "ModelContainer.h"
+#include "Module.h"
 #include "Preferences.h"
 #include "StatusNotifierHost.h"
 #include "StoreDatabase.h"
@@ -25,7 +27,6 @@
 #include <SQLiteCpp/Database.h>
 #include <algorithm>
 #include <cstdlib>
-#include <curl/curl.h>
 #include <future>
 #include <thread>
 #include <unicode/uvernum.h>
@@ -103,9 +104,10 @@ std::unique_ptr<ClipboardSource> examinedClipboard(const QDeadlineTimer &limit)
 
 QString libraryVersions()
 {
+    const auto http = loadModule<HttpModule>();
     return u"Qt %1, libcurl %2, SQLite %3, ICU %4"_s.arg(
         QLatin1StringView(qVersion()),
-        QLatin1StringView(curl_version_info(CURLVERSION_NOW)->version),
+        QLatin1StringView(http ? (*http)->libraryVersion : "missing"),
         QLatin1StringView(SQLite::getLibVersion()), QLatin1StringView(U_ICU_VERSION));
 }
 

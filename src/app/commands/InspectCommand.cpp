@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/InspectCommand.h"
 
-#include "CurlHttpClient.h"
+#include "LazyHttpClient.h"
 #include "PageEvidence.h"
 #include "PageTitle.h"
 #include "SummaryText.h"
@@ -100,8 +100,8 @@ private:
 
     InspectRequest m_request;
     SystemClock m_clock;
-    CurlHttpClient m_http;
     QThreadPool m_pages;
+    LazyHttpClient m_http{m_pages};
     WebContentExtractor m_extractor{m_http, m_pages, m_clock};
     Scope m_tasks;
 };

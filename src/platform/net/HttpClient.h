@@ -44,6 +44,7 @@ struct HttpError {
         tooManyRedirects,
         refused, ///< by our own rules: the scheme, or an address that a public page may not name
         tls,
+        notLoaded, ///< the part of the program that does it
         broken, ///< the exchange ended early or made no sense
     };
     Kind kind = Kind::broken;

@@ -9,13 +9,6 @@
 namespace
 {
 
-/// Once in the life of the process, before anything else uses the library.
-void initializeLibrary()
-{
-    static const CURLcode initialized = curl_global_init(CURL_GLOBAL_DEFAULT);
-    Q_UNUSED(initialized)
-}
-
 /// It may be a notifier's own signal that ends it.
 void retire(QSocketNotifier *notifier)
 {
@@ -26,6 +19,12 @@ void retire(QSocketNotifier *notifier)
 }
 
 } // namespace
+
+void CurlMulti::initializeLibrary()
+{
+    static const CURLcode initialized = curl_global_init(CURL_GLOBAL_DEFAULT);
+    Q_UNUSED(initialized)
+}
 
 CurlMulti::CurlMulti()
 {

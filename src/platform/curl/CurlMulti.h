@@ -18,6 +18,9 @@ class CurlMulti : public QObject
 public:
     using Finished = std::function<void(CURLcode)>;
 
+    /// Once in the life of the process, before anything else uses the library. Any thread.
+    static void initializeLibrary();
+
     CurlMulti();
     ~CurlMulti() override;
 
