@@ -2,14 +2,17 @@
 #include "LinkSearch.h"
 
 #include "DebugLog.h"
-#include "LinkCursor.h"
+#include "ModelContext.h"
 #include "async/YieldToLoop.h"
+
+#include <QElapsedTimer>
 
 #include <algorithm>
 #include <cstring>
 #include <malloc.h>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace
 {
@@ -18,6 +21,11 @@ constexpr char separator = '\xff'; // in no UTF-8, so nothing is found across it
 
 /// Above this, reading all anew is quicker than looking up each link.
 constexpr qsizetype manyLinks = 500;
+
+constexpr int pageSize = 100;
+
+/// How long the main loop is held at a time, by reading: a key that is typed meanwhile waits.
+constexpr auto slice = 2ms;
 
 } // namespace
 
@@ -51,19 +59,34 @@ void LinkSearch::reload()
 
 Task<> LinkSearch::load()
 {
-    LinkCursor cursor(m_context, LinkOrder::newestFirst);
-    while (!cursor.isAtEnd()) {
-        const auto links = cursor.next();
-        if (!links) {
-            debugLog(u"Failed to read the links to search: "_s + description(links.error()));
-            co_return;
-        }
-        m_pages.push_back(pageOf(*links));
-        m_changed.isEmpty() ? find(m_pages.back()) : findAll();
+    m_isReading = true;
+    while (m_isReading) {
+        readPages();
         Q_EMIT changed({});
         YieldToLoop yield;
         co_await yield;
     }
+}
+
+void LinkSearch::readPages()
+{
+    QElapsedTimer time;
+    time.start();
+    while (m_isReading && time.elapsed() < slice.count()) {
+        const auto last =
+            m_pages.empty() ? std::nullopt : std::optional(m_pages.back().links.back());
+        const auto links = m_context.visibleNewestFirst(last, pageSize);
+        if (!links)
+            debugLog(u"Failed to read the links to search: "_s + description(links.error()));
+        m_isReading = links && !links->isEmpty();
+        if (!m_isReading)
+            return;
+        m_pages.push_back(pageOf(*links));
+        if (m_changed.isEmpty())
+            find(m_pages.back());
+    }
+    if (!m_changed.isEmpty())
+        findAll();
 }
 
 LinkSearch::Page LinkSearch::pageOf(const QList<CapturedLink> &links) const

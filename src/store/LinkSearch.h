@@ -31,7 +31,7 @@ public:
     /// Newest first; of a large store fewer at first.
     const std::vector<ListPosition> &found() const { return m_found; }
     /// Not all texts are read yet.
-    bool isReading() const { return !m_loading->isEmpty(); }
+    bool isReading() const { return m_isReading; }
 
 Q_SIGNALS:
     /// `found()` or what is found in there is another; not for `setText`.
@@ -47,6 +47,7 @@ private:
 
     void reload();
     Task<> load();
+    void readPages();
     Page pageOf(const QList<CapturedLink> &links) const;
     void find(const Page &page);
     void findAll();
@@ -58,5 +59,6 @@ private:
     std::vector<Page> m_pages;
     QHash<LinkId, Page> m_changed; ///< stands for the link in the pages; empty: it is gone
     std::vector<ListPosition> m_found;
+    bool m_isReading = false;
     std::unique_ptr<Scope> m_loading;
 };

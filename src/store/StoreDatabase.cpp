@@ -152,7 +152,7 @@ StoreDatabase::StoreDatabase(const QString &path, Access access)
               + (access == Access::immutable      ? "?immutable=1"
                      : access == Access::unshared ? "?vfs=unix-none"
                                                   : ""),
-          SQLite::OPEN_URI
+          SQLite::OPEN_URI | SQLite::OPEN_NOMUTEX // of one thread, as all that is made of it
               | (access == Access::readWrite ? SQLite::OPEN_READWRITE : SQLite::OPEN_READONLY),
           busyMilliseconds)
 {

@@ -118,6 +118,7 @@ private Q_SLOTS:
             chaos.step(model);
             if (i % 30 == 0) {
                 QCoreApplication::processEvents();
+                QTRY_VERIFY(!model.isReading());
                 QCOMPARE(shownBy(model, store.context()), listed(store.context(), sought));
             }
         }
