@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "CheckUp.h"
 
+#include "Rows.h"
+
 #include <QTest>
 
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
-
-using Change = void (*)(CheckUp &);
-Q_DECLARE_METATYPE(Change)
 
 class CheckUpTest : public QObject
 {
@@ -26,74 +25,51 @@ class CheckUpTest : public QObject
     }
 
 private Q_SLOTS:
-    void findsTheOneProblem_data()
-    {
-        QTest::addColumn<Change>("change");
-        QTest::addColumn<QString>("problem");
-        const auto row = [](const char *name, Change change, const char *problem) {
-            QTest::newRow(name) << change << QString::fromLatin1(problem);
-        };
-        row(
-            "all is well", [](CheckUp &) {}, "");
-        row(
-            "no store yet", [](CheckUp &c) { c.store = false; }, "");
-        row(
-            "damaged store",
-            [](CheckUp &c) {
-                c.store = Unexpected{StoreError{StoreError::Kind::damaged, {}}};
-            },
-            "store");
-        row(
-            "hanging disk", [](CheckUp &c) { c.store.reset(); }, "store");
-        row(
-            "limited clipboard", [](CheckUp &c) { c.clipboardLimitation = u"Not all."_s; },
-            "clipboard");
-        row(
-            "older tray", [](CheckUp &c) { c.tray = TrayKind::embedding; }, "");
-        row(
-            "no tray", [](CheckUp &c) { c.tray = TrayKind::none; }, "tray");
-        row(
-            "hanging tray", [](CheckUp &c) { c.tray.reset(); }, "tray");
-        row(
-            "no keyring", [](CheckUp &c) { c.secretService = SecretServiceState::absent; },
-            "secret service");
-        row(
-            "locked", [](CheckUp &c) { c.secretService = SecretServiceState::locked; }, "");
-        row(
-            "locked, but mail is due",
-            [](CheckUp &c) {
-                c.secretService = SecretServiceState::locked;
-                c.sendsMail = true;
-            },
-            "secret service");
-        row(
-            "hanging keyring", [](CheckUp &c) { c.secretService.reset(); }, "secret service");
-        row(
-            "login item gone", [](CheckUp &c) { c.wantsLogin = true; }, "login item");
-        row(
-            "login item left", [](CheckUp &c) { c.isLoginItem = true; }, "login item");
-        row(
-            "login item", [](CheckUp &c) { c.isLoginItem = c.wantsLogin = true; }, "");
-        row(
-            "proxy", [](CheckUp &c) { c.environment.insert(u"http_proxy"_s, u"proxy:3128"_s); },
-            "");
-        row(
-            "no such proxy", [](CheckUp &c) { c.environment.insert(u"ALL_PROXY"_s, u"x://y"_s); },
-            "network proxy");
-    }
     void findsTheOneProblem()
     {
-        QFETCH(Change, change);
-        QFETCH(QString, problem);
-        CheckUp checkUp = healthy();
-        change(checkUp);
-        QStringList problems;
-        for (const Finding &finding : findings(checkUp)) {
-            QVERIFY(!finding.text.isEmpty());
-            if (!finding.isWell)
-                problems.append(finding.name);
+        const Rows<void (*)(CheckUp &), QString> rows{
+            {"all is well", [](CheckUp &) {}, u""_s},
+            {"no store yet", [](CheckUp &c) { c.store = false; }, u""_s},
+            {"damaged store",
+             [](CheckUp &c) {
+                 c.store = Unexpected{StoreError{StoreError::Kind::damaged, {}}};
+             },
+             u"store"_s},
+            {"hanging disk", [](CheckUp &c) { c.store.reset(); }, u"store"_s},
+            {"limited clipboard", [](CheckUp &c) { c.clipboardLimitation = u"Not all."_s; },
+             u"clipboard"_s},
+            {"older tray", [](CheckUp &c) { c.tray = TrayKind::embedding; }, u""_s},
+            {"no tray", [](CheckUp &c) { c.tray = TrayKind::none; }, u"tray"_s},
+            {"hanging tray", [](CheckUp &c) { c.tray.reset(); }, u"tray"_s},
+            {"no keyring", [](CheckUp &c) { c.secretService = SecretServiceState::absent; },
+             u"secret service"_s},
+            {"locked", [](CheckUp &c) { c.secretService = SecretServiceState::locked; }, u""_s},
+            {"locked, but mail is due",
+             [](CheckUp &c) {
+                 c.secretService = SecretServiceState::locked;
+                 c.sendsMail = true;
+             },
+             u"secret service"_s},
+            {"hanging keyring", [](CheckUp &c) { c.secretService.reset(); }, u"secret service"_s},
+            {"login item gone", [](CheckUp &c) { c.wantsLogin = true; }, u"login item"_s},
+            {"login item left", [](CheckUp &c) { c.isLoginItem = true; }, u"login item"_s},
+            {"login item", [](CheckUp &c) { c.isLoginItem = c.wantsLogin = true; }, u""_s},
+            {"proxy", [](CheckUp &c) { c.environment.insert(u"http_proxy"_s, u"proxy:3128"_s); },
+             u""_s},
+            {"no such proxy", [](CheckUp &c) { c.environment.insert(u"ALL_PROXY"_s, u"x://y"_s); },
+             u"network proxy"_s},
+        };
+        for (const auto &[change, problem] : rows) {
+            CheckUp checkUp = healthy();
+            change(checkUp);
+            QStringList problems;
+            for (const Finding &finding : findings(checkUp)) {
+                QVERIFY(!finding.text.isEmpty());
+                if (!finding.isWell)
+                    problems.append(finding.name);
+            }
+            QCOMPARE(problems.join(u", "), problem);
         }
-        QCOMPARE(problems.join(u", "), problem);
     }
 
     /// Programs read them.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Digest.h"
 
+#include "Rows.h"
+
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -95,47 +97,36 @@ private Q_SLOTS:
         QCOMPARE(composeDigestHTML(oldestFirst, context()).toUtf8(), expected);
     }
 
-    void countsTheLinks_data()
-    {
-        QTest::addColumn<int>("count");
-        QTest::addColumn<QString>("subtitle");
-        QTest::newRow("none") << 0
-                              << u"21. November 2026 • 0 links</p>    <div class=\"footer\">"_s;
-        QTest::newRow("one") << 1 << u"21. November 2026 • 1 link</p><div class=\"link-card\">"_s;
-        QTest::newRow("two") << 2 << u"21. November 2026 • 2 links</p><div class=\"link-card\">"_s;
-    }
     void countsTheLinks()
     {
-        QFETCH(int, count);
-        QFETCH(QString, subtitle);
-        const QList<CapturedLink> links(count, link(u"https://a.example"_s));
-        const QString html = composeDigestHTML(links, context(u"de_DE"_s));
-        QVERIFY(html.contains(u"<p class=\"subtitle\">" + subtitle));
+        const Rows<int, QString> rows{
+            {"none", 0, u"21. November 2026 • 0 links</p>    <div class=\"footer\">"_s},
+            {"one", 1, u"21. November 2026 • 1 link</p><div class=\"link-card\">"_s},
+            {"two", 2, u"21. November 2026 • 2 links</p><div class=\"link-card\">"_s},
+        };
+        for (const auto &[count, subtitle] : rows) {
+            const QList<CapturedLink> links(count, link(u"https://a.example"_s));
+            const QString html = composeDigestHTML(links, context(u"de_DE"_s));
+            QVERIFY(html.contains(u"<p class=\"subtitle\">" + subtitle));
+        }
     }
 
-    void namesEachLink_data()
-    {
-        QTest::addColumn<CapturedLink>("link");
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("host");
-        QTest::newRow("empty title stays empty")
-            << link(u"https://a.de/x"_s, u""_s) << u""_s << u"a.de"_s;
-        QTest::newRow("no title, port") << link(u"https://a.de:81/x"_s) << u"a.de"_s << u"a.de"_s;
-        QTest::newRow("not a URL") << link(u"https://a b"_s) << u"Untitled"_s << u""_s;
-        QTest::newRow("no host") << link(u"https:///x"_s) << u"Untitled"_s << u""_s;
-        QTest::newRow("markup in the title")
-            << link(u"https://a.de"_s, u"</div><script>&amp;</script>"_s)
-            << u"&lt;/div&gt;&lt;script&gt;&amp;amp;&lt;/script&gt;"_s << u"a.de"_s;
-    }
     void namesEachLink()
     {
-        QFETCH(CapturedLink, link);
-        QFETCH(QString, title);
-        QFETCH(QString, host);
-        const QString card = cards({link});
-        QVERIFY2(card.contains(u"<div class=\"link-title\">" % title % u"</div>    <a"),
-                 qPrintable(card));
-        QVERIFY2(card.contains(u"<div class=\"link-meta\">" % host % u" • "), qPrintable(card));
+        const Rows<CapturedLink, QString, QString> rows{
+            {"empty title stays empty", link(u"https://a.de/x"_s, u""_s), u""_s, u"a.de"_s},
+            {"no title, port", link(u"https://a.de:81/x"_s), u"a.de"_s, u"a.de"_s},
+            {"not a URL", link(u"https://a b"_s), u"Untitled"_s, u""_s},
+            {"no host", link(u"https:///x"_s), u"Untitled"_s, u""_s},
+            {"markup in the title", link(u"https://a.de"_s, u"</div><script>&amp;</script>"_s),
+             u"&lt;/div&gt;&lt;script&gt;&amp;amp;&lt;/script&gt;"_s, u"a.de"_s},
+        };
+        for (const auto &[link, title, host] : rows) {
+            const QString card = cards({link});
+            QVERIFY2(card.contains(u"<div class=\"link-title\">" % title % u"</div>    <a"),
+                     qPrintable(card));
+            QVERIFY2(card.contains(u"<div class=\"link-meta\">" % host % u" • "), qPrintable(card));
+        }
     }
 
     void datesTheSubject()

@@ -5,6 +5,7 @@
 #include "DiagnosticLines.h"
 #include "LoopbackServer.h"
 #include "MailDesk.h"
+#include "Rows.h"
 #include "Waiting.h"
 
 #include <QDirIterator>
@@ -49,51 +50,44 @@ class EmailServiceTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void passesOnTheProvidersAnswer_data()
-    {
-        QTest::addColumn<LoopbackServer::Answer>("answer");
-        QTest::addColumn<QString>("failure"); // empty: accepted
-        QTest::addColumn<QString>("lastError");
-        const QString refused = u"Failed to connect to the email service."_s;
-        const auto row = [](const char *name, const LoopbackServer::Answer &answer,
-                            const QString &failure, const QString &lastError = {}) {
-            QTest::newRow(name) << answer << failure << lastError;
-        };
-        const auto reply = LoopbackServer::reply;
-        row("accepted", reply(200, R"({"id":"1"})", {}), {});
-        row("accepted, no id", reply(200, "[]", {}), {});
-        row("created, no body", reply(201, {}, {}), {});
-        row("no content", reply(204, {}, {}), refused);
-        row("moved", reply(307, {}, "Location: /v1/emails\r\n"), refused);
-        row("refused with a reason", reply(422, R"({"message":"no such domain"})", {}),
-            u"Failed to send email: no such domain"_s, u"no such domain"_s);
-        row("reason is empty", reply(429, R"({"message":""})", {}), u"Failed to send email: "_s);
-        row("reason is no string", reply(422, R"({"message":7})", {}), refused);
-        row("array", reply(403, R"(["message"])", {}), refused);
-        row("HTML", reply(500, "<h1>Oops</h1>", {}), refused);
-        row("half an object", reply(422, "{\"message\":\"no", {}), refused);
-        const auto hangUp = [](QTcpSocket &socket, const QByteArray &) { socket.close(); };
-        row("no answer", hangUp, u"*"_s); // the client's own words
-    }
     void passesOnTheProvidersAnswer()
     {
-        QFETCH(LoopbackServer::Answer, answer);
-        QFETCH(QString, failure);
-        LoopbackServer api;
-        api.on("/v1/emails", answer);
-        CurlHttpClient http;
-        MailDesk desk(&http, api.url("/v1/"));
-        QSignalSpy busy(desk.service.get(), &EmailService::isSendingChanged);
-        const auto result = desk.send({desk.addLink(u"https://a.de"_s)}, you);
-        QVERIFY(result);
-        const QString words = *result ? QString() : description(result->error());
-        if (failure == u"*")
-            QVERIFY(result->error().kind == Kind::transport && !words.isEmpty());
-        else
-            QCOMPARE(words, failure);
-        QTEST(desk.service->lastError(), "lastError");
-        QCOMPARE(busy.count(), 2); // on and off again, whatever the answer
-        QCOMPARE(api.requests().size(), 1);
+        const QString refused = u"Failed to connect to the email service."_s;
+        const auto reply = LoopbackServer::reply;
+        const auto hangUp = [](QTcpSocket &socket, const QByteArray &) { socket.close(); };
+        // The failure, which is empty for what is accepted, and the last error.
+        const Rows<LoopbackServer::Answer, QString, QString> rows{
+            {"accepted", reply(200, R"({"id":"1"})", {})},
+            {"accepted, no id", reply(200, "[]", {})},
+            {"created, no body", reply(201, {}, {})},
+            {"no content", reply(204, {}, {}), refused},
+            {"moved", reply(307, {}, "Location: /v1/emails\r\n"), refused},
+            {"refused with a reason", reply(422, R"({"message":"no such domain"})", {}),
+             u"Failed to send email: no such domain"_s, u"no such domain"_s},
+            {"reason is empty", reply(429, R"({"message":""})", {}), u"Failed to send email: "_s},
+            {"reason is no string", reply(422, R"({"message":7})", {}), refused},
+            {"array", reply(403, R"(["message"])", {}), refused},
+            {"HTML", reply(500, "<h1>Oops</h1>", {}), refused},
+            {"half an object", reply(422, "{\"message\":\"no", {}), refused},
+            {"no answer", hangUp, u"*"_s},
+        };
+        for (const auto &[answer, failure, lastError] : rows) {
+            LoopbackServer api;
+            api.on("/v1/emails", answer);
+            CurlHttpClient http;
+            MailDesk desk(&http, api.url("/v1/"));
+            QSignalSpy busy(desk.service.get(), &EmailService::isSendingChanged);
+            const auto result = desk.send({desk.addLink(u"https://a.de"_s)}, you);
+            QVERIFY(result);
+            const QString words = *result ? QString() : description(result->error());
+            if (failure == u"*")
+                QVERIFY(result->error().kind == Kind::transport && !words.isEmpty());
+            else
+                QCOMPARE(words, failure);
+            QCOMPARE(desk.service->lastError(), lastError);
+            QCOMPARE(busy.count(), 2); // on and off again, whatever the answer
+            QCOMPARE(api.requests().size(), 1);
+        }
     }
 
     void leavesTheKeyNowhereButInTheRequest()
@@ -141,39 +135,31 @@ private Q_SLOTS:
                  QStringList{u"Email sent successfully. Message ID: mail-1"_s});
     }
 
-    void failsInItsOrder_data()
-    {
-        QTest::addColumn<bool>("hasKey");
-        QTest::addColumn<QString>("to");
-        QTest::addColumn<int>("links");
-        QTest::addColumn<bool>("hasSender");
-        QTest::addColumn<Kind>("kind");
-        QTest::newRow("no key comes first") << false << u""_s << 0 << false << Kind::notConfigured;
-        QTest::newRow("then no recipient") << true << u""_s << 0 << false << Kind::invalidEmail;
-        QTest::newRow("then no links") << true << you << 0 << false << Kind::noLinks;
-        QTest::newRow("then no sender") << true << you << 1 << false << Kind::notConfigured;
-        QTest::newRow("then no API") << true << you << 1 << true << Kind::requestFailed;
-    }
     void failsInItsOrder()
     {
-        QFETCH(bool, hasKey);
-        QFETCH(QString, to);
-        QFETCH(int, links);
-        QFETCH(bool, hasSender);
-        QFETCH(Kind, kind);
-        MailDesk desk(nullptr, "http://mail.example");
-        if (!hasKey)
-            desk.secrets.contents.remove(ResendKeyService::apiKeyAccount);
-        if (!hasSender)
-            desk.secrets.contents.remove(ResendKeyService::emailAccount);
-        desk.web.answerWith([](const HttpRequest &) { return answer(404, {}); });
-        QSignalSpy busy(desk.service.get(), &EmailService::isSendingChanged);
-        const QList<CapturedLink> all(links, desk.addLink(u"https://a.de"_s, std::nullopt));
-        const auto result = desk.send(all, to);
-        QVERIFY(result && !*result);
-        QVERIFY(result->error().kind == kind);
-        QCOMPARE(busy.count(), links == 0 ? 0 : 2);
-        QCOMPARE(desk.web.requests().size(), links); // the summary is asked for before the sender
+        const Rows<bool, QString, int, bool, Kind> rows{
+            {"no key comes first", false, u""_s, 0, false, Kind::notConfigured},
+            {"then no recipient", true, u""_s, 0, false, Kind::invalidEmail},
+            {"then no links", true, you, 0, false, Kind::noLinks},
+            {"then no sender", true, you, 1, false, Kind::notConfigured},
+            {"then no API", true, you, 1, true, Kind::requestFailed},
+        };
+        for (const auto &[hasKey, to, links, hasSender, kind] : rows) {
+            MailDesk desk(nullptr, "http://mail.example");
+            if (!hasKey)
+                desk.secrets.contents.remove(ResendKeyService::apiKeyAccount);
+            if (!hasSender)
+                desk.secrets.contents.remove(ResendKeyService::emailAccount);
+            desk.web.answerWith([](const HttpRequest &) { return answer(404, {}); });
+            QSignalSpy busy(desk.service.get(), &EmailService::isSendingChanged);
+            const QList<CapturedLink> all(links, desk.addLink(u"https://a.de"_s, std::nullopt));
+            const auto result = desk.send(all, to);
+            QVERIFY(result && !*result);
+            QVERIFY(result->error().kind == kind);
+            QCOMPARE(busy.count(), links == 0 ? 0 : 2);
+            QCOMPARE(desk.web.requests().size(),
+                     links); // the summary is asked for before the sender
+        }
     }
 
     void summarisesWhatHasNoSummary()
@@ -247,27 +233,22 @@ private Q_SLOTS:
         QCOMPARE(desk.web.waiting(), 0);
     }
 
-    void trustsOnlySafeApis_data()
-    {
-        QTest::addColumn<QByteArray>("api");
-        QTest::addColumn<QByteArray>("endpoint");
-        const auto row = [](const char *name, const QByteArray &api, const QByteArray &endpoint) {
-            QTest::newRow(name) << api << endpoint;
-        };
-        row("folder and slash", "https://a.de/v1/", "https://a.de/v1/emails");
-        row("this machine", "http://127.0.0.1:8/", "http://127.0.0.1:8/emails");
-        row("this machine, IPv6", "http://[::1]:8", "http://[::1]:8/emails");
-        row("another machine in the clear", "http://a.de", {});
-        row("looks like this machine", "http://127.0.0.1.a.de", {});
-        row("another scheme", "ftp://127.0.0.1", {});
-        row("no host", "https:///v1", {});
-        row("none", {}, {});
-    }
     void trustsOnlySafeApis()
     {
-        QFETCH(QByteArray, api);
-        const MailDesk desk(nullptr, api);
-        QTEST(resendEndpoint(desk.info).value_or(QByteArray()), "endpoint");
+        const Rows<QByteArray, QByteArray> rows{
+            {"folder and slash", "https://a.de/v1/", "https://a.de/v1/emails"},
+            {"this machine", "http://127.0.0.1:8/", "http://127.0.0.1:8/emails"},
+            {"this machine, IPv6", "http://[::1]:8", "http://[::1]:8/emails"},
+            {"another machine in the clear", "http://a.de", {}},
+            {"looks like this machine", "http://127.0.0.1.a.de", {}},
+            {"another scheme", "ftp://127.0.0.1", {}},
+            {"no host", "https:///v1", {}},
+            {"none"},
+        };
+        for (const auto &[api, endpoint] : rows) {
+            const MailDesk desk(nullptr, api);
+            QCOMPARE(resendEndpoint(desk.info).value_or(QByteArray()), endpoint);
+        }
     }
 
 private:

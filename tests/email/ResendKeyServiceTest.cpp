@@ -5,6 +5,7 @@
 #include "FakeSecretStore.h"
 #include "KeyringSession.h"
 #include "LibsecretStore.h"
+#include "Rows.h"
 #include "Waiting.h"
 
 #include <QSignalSpy>
@@ -21,48 +22,39 @@ class ResendKeyServiceTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void checksWhatIsTyped_data()
+    void checksWhatIsTyped()
     {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("address");
-        QTest::addColumn<QString>("message");
-        const auto row = [](const char *name, const QString &typedKey, const QString &typedAddress,
-                            const QString &message) {
-            QTest::newRow(name) << typedKey << typedAddress << message;
-        };
         const QString noPrefix = u"Invalid API key format. Resend keys start with 're_'"_s;
         const QString tooShort = u"API key is too short"_s;
         const QString badAddress = u"Invalid email address format"_s;
-        row("twenty characters in spaces", u" \u2003re_45678901234567890\n"_s, address, {});
-        row("nineteen characters", u"re_4567890123456789"_s, address, tooShort);
-        row("clusters count, not code units", u"re_456789012345678e\u0301"_s, address, tooShort);
-        row("no prefix, and short", u"sk_1"_s, address, noPrefix);
-        row("byte order mark", u"\ufeffre_45678901234567890"_s, address, noPrefix);
-        row("prefix in upper case", u"RE_45678901234567890"_s, address, noPrefix);
-        row("nothing at all", {}, {}, u"API key cannot be empty"_s);
-        row("only space", u" \t\n"_s, address, u"API key cannot be empty"_s);
-        row("no address", key, u" \n"_s, u"From email address is required"_s);
-        row("line break behind the address", key, u"a@b.de\n"_s, {});
-        row("two letters at the end", key, u"A.b+c%d_e-f@mail.example.co"_s, {});
-        row("one letter at the end", key, u"a@example.c"_s, badAddress);
-        row("space inside", key, u"a b@example.com"_s, badAddress);
-        row("line break inside", key, u"a@b.de\nx@y.de"_s, badAddress);
-        row("no dot", key, u"a@localhost"_s, badAddress);
-        row("letters of another script", key, u"ä@example.com"_s, badAddress);
-    }
-    void checksWhatIsTyped()
-    {
-        QFETCH(QString, key);
-        QFETCH(QString, address);
-        QFETCH(QString, message);
-        FakeSecretStore secrets;
-        ResendKeyService service(secrets);
-        QCOMPARE(waitFor(service.saveConfiguration(key, address)), message.isEmpty());
-        QCOMPARE(service.validationError().value_or(QString()), message);
-        QCOMPARE(service.isConfigured(), message.isEmpty());
-        QCOMPARE(secrets.contents.size(), message.isEmpty() ? 2 : 0);
-        QCOMPARE(secrets.contents.value(u"resend_api_key"_s),
-                 message.isEmpty() ? key.trimmed().toUtf8() : QByteArray());
+        const Rows<QString, QString, QString> rows{
+            {"twenty characters in spaces", u" \u2003re_45678901234567890\n"_s, address},
+            {"nineteen characters", u"re_4567890123456789"_s, address, tooShort},
+            {"clusters count, not code units", u"re_456789012345678e\u0301"_s, address, tooShort},
+            {"no prefix, and short", u"sk_1"_s, address, noPrefix},
+            {"byte order mark", u"\ufeffre_45678901234567890"_s, address, noPrefix},
+            {"prefix in upper case", u"RE_45678901234567890"_s, address, noPrefix},
+            {"nothing at all", {}, {}, u"API key cannot be empty"_s},
+            {"only space", u" \t\n"_s, address, u"API key cannot be empty"_s},
+            {"no address", key, u" \n"_s, u"From email address is required"_s},
+            {"line break behind the address", key, u"a@b.de\n"_s},
+            {"two letters at the end", key, u"A.b+c%d_e-f@mail.example.co"_s},
+            {"one letter at the end", key, u"a@example.c"_s, badAddress},
+            {"space inside", key, u"a b@example.com"_s, badAddress},
+            {"line break inside", key, u"a@b.de\nx@y.de"_s, badAddress},
+            {"no dot", key, u"a@localhost"_s, badAddress},
+            {"letters of another script", key, u"ä@example.com"_s, badAddress},
+        };
+        for (const auto &[key, address, message] : rows) {
+            FakeSecretStore secrets;
+            ResendKeyService service(secrets);
+            QCOMPARE(waitFor(service.saveConfiguration(key, address)), message.isEmpty());
+            QCOMPARE(service.validationError().value_or(QString()), message);
+            QCOMPARE(service.isConfigured(), message.isEmpty());
+            QCOMPARE(secrets.contents.size(), message.isEmpty() ? 2 : 0);
+            QCOMPARE(secrets.contents.value(u"resend_api_key"_s),
+                     message.isEmpty() ? key.trimmed().toUtf8() : QByteArray());
+        }
     }
 
     void keepsWhatWasSavedForTheNextStart()

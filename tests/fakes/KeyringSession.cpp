@@ -7,12 +7,8 @@
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
-#include <QDir>
 #include <QFile>
 #include <QTest>
-
-#include <csignal>
-#include <sys/prctl.h>
 
 using namespace Qt::StringLiterals;
 
@@ -28,25 +24,6 @@ constexpr auto busConfiguration = R"(<busconfig>
 <allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/>
 </policy>
 </busconfig>)";
-
-void prepare(QProcess &process, const QString &folder)
-{
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const QString &name : {u"XDG_RUNTIME_DIR"_s, u"XDG_DATA_HOME"_s, u"XDG_CONFIG_HOME"_s,
-                                u"XDG_CACHE_HOME"_s, u"HOME"_s})
-        environment.insert(name, folder);
-    process.setProcessEnvironment(environment);
-    process.setStandardErrorFile(folder + u"/errors.log");
-    process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
-}
-
-void stop(QProcess &process)
-{
-    if (process.state() == QProcess::NotRunning)
-        return;
-    process.kill();
-    process.waitForFinished();
-}
 
 } // namespace
 
@@ -65,15 +42,22 @@ KeyringSession::~KeyringSession()
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
 }
 
+Program::Variables KeyringSession::variables() const
+{
+    Program::Variables folders;
+    for (const QString &name : {u"XDG_RUNTIME_DIR"_s, u"XDG_DATA_HOME"_s, u"XDG_CONFIG_HOME"_s,
+                                u"XDG_CACHE_HOME"_s, u"HOME"_s})
+        folders.insert(name, QFile::encodeName(m_folder.path()));
+    return folders;
+}
+
 bool KeyringSession::startBus()
 {
-    prepare(m_bus, m_folder.path());
-    m_bus.start(u"dbus-daemon"_s,
-                {u"--nofork"_s, u"--nosyslog"_s, u"--print-address"_s,
-                 u"--config-file="_s + m_folder.filePath(u"bus.conf"_s)});
-    if (!m_bus.waitForReadyRead(10'000))
-        return false;
-    m_address = QString::fromLatin1(m_bus.readLine().trimmed());
+    m_bus.emplace("dbus-daemon",
+                  QStringList{u"--nofork"_s, u"--nosyslog"_s, u"--print-address"_s,
+                              u"--config-file="_s + m_folder.filePath(u"bus.conf"_s)},
+                  variables());
+    m_address = QString::fromLatin1(m_bus->nextLine());
     qputenv("DBUS_SESSION_BUS_ADDRESS", m_address.toLatin1());
     return QDBusConnection::connectToBus(m_address, busName).isConnected();
 }
@@ -81,20 +65,15 @@ bool KeyringSession::startBus()
 void KeyringSession::stopBus()
 {
     QDBusConnection::disconnectFromBus(busName);
-    stop(m_bus);
+    m_bus.reset();
 }
 
-bool KeyringSession::startDaemon(const QList<QByteArray> &options, const QByteArray &password)
+bool KeyringSession::startDaemon(const QStringList &options, const QByteArray &password)
 {
-    QStringList arguments = {u"--foreground"_s, u"--components=secrets"_s,
-                             u"--control-directory="_s + m_folder.path()};
-    for (const QByteArray &option : options)
-        arguments.append(QString::fromLatin1(option));
-    prepare(m_daemon, m_folder.path());
-    m_daemon.setStandardOutputFile(QProcess::nullDevice());
-    m_daemon.start(u"gnome-keyring-daemon"_s, arguments);
-    m_daemon.write(password);
-    m_daemon.closeWriteChannel();
+    const QStringList arguments{u"--foreground"_s, u"--components=secrets"_s,
+                                u"--control-directory="_s + m_folder.path()};
+    m_daemon.emplace("gnome-keyring-daemon", arguments + options, variables());
+    m_daemon->endInput(password);
     return QTest::qWaitFor([this] { return isDaemonThere(); }, 10'000);
 }
 
@@ -128,18 +107,8 @@ bool KeyringSession::unlock()
 
 void KeyringSession::killDaemon()
 {
-    if (m_daemon.state() == QProcess::NotRunning)
+    if (!m_daemon)
         return;
-    stop(m_daemon);
+    m_daemon.reset();
     (void)QTest::qWaitFor([this] { return !isDaemonThere(); });
-}
-
-void KeyringSession::freezeDaemon()
-{
-    ::kill(pid_t(m_daemon.processId()), SIGSTOP);
-}
-
-void KeyringSession::thawDaemon()
-{
-    ::kill(pid_t(m_daemon.processId()), SIGCONT);
 }

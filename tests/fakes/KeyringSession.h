@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QProcess>
+#include "Program.h"
+
 #include <QTemporaryDir>
+
+#include <csignal>
+#include <optional>
 
 /// A D-Bus session of the test's own, in which a real keyring daemon can be started. The session
 /// is this process's while it lives.
@@ -16,25 +20,26 @@ public:
     bool startBus();
     void stopBus();
     /// Waits until the daemon answers. Once unlocked, the keyring exists and can be locked.
-    bool startUnlocked() { return startDaemon({"--unlock"}, "password"); }
+    bool startUnlocked() { return startDaemon({QStringLiteral("--unlock")}, "password"); }
     bool startLocked() { return startDaemon({}, {}); }
     /// As the user does at another program's prompt.
     bool unlock();
     void killDaemon();
     /// Lets the daemon hang, as a stopped process does, and go on.
-    void freezeDaemon();
-    void thawDaemon();
+    void freezeDaemon() const { m_daemon->signal(SIGSTOP); }
+    void thawDaemon() const { m_daemon->signal(SIGCONT); }
 
     QString address() const { return m_address; }
     /// Everything the daemon and its bus write.
     QString folder() const { return m_folder.path(); }
 
 private:
-    bool startDaemon(const QList<QByteArray> &options, const QByteArray &password);
+    Program::Variables variables() const;
+    bool startDaemon(const QStringList &options, const QByteArray &password);
     bool isDaemonThere() const;
 
     QTemporaryDir m_folder;
     QString m_address;
-    QProcess m_bus;
-    QProcess m_daemon;
+    std::optional<Program> m_bus;
+    std::optional<Program> m_daemon;
 };

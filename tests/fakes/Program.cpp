@@ -8,15 +8,24 @@
 
 using namespace Qt::StringLiterals;
 
-Program::Program(const char *path, const QStringList &arguments,
-                 const std::pair<QString, QByteArray> &variable)
+Program::Program(const char *path, const QStringList &arguments, const Variables &variables)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(variable.first, QString::fromLocal8Bit(variable.second));
+    for (auto variable = variables.begin(); variable != variables.end(); ++variable)
+        environment.insert(variable.key(), QString::fromLocal8Bit(variable.value()));
     m_process.setProcessEnvironment(environment);
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
     m_process.start(QString::fromLocal8Bit(path), arguments);
+}
+
+QByteArray Program::nextLine()
+{
+    while (!m_process.canReadLine()) {
+        if (!m_process.waitForReadyRead(10'000))
+            return {};
+    }
+    return m_process.readLine().trimmed();
 }
 
 int Program::timesSaid(const QByteArray &line)
@@ -32,7 +41,12 @@ void Program::signal(int number) const
 
 void Program::end()
 {
-    m_process.kill();
+    if (!isRunning())
+        return;
+    signal(SIGCONT);
+    m_process.terminate();
+    if (!m_process.waitForFinished(5'000))
+        m_process.kill();
     m_process.waitForFinished();
 }
 

@@ -1,25 +1,24 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QProcess>
+#include "Program.h"
+
 #include <QTemporaryDir>
 
-/// A real Wayland compositor without a screen, in a folder of its own; ends with this object, or
-/// with the test.
+#include <optional>
+
+/// A real Wayland compositor without a screen, in a folder of its own.
 class SwayServer
 {
 public:
-    SwayServer();
-    ~SwayServer();
-
     /// Waits until programs can connect. Once started, it comes back under the same address.
     bool start();
-    void stop();
+    void stop() { m_server.reset(); }
 
     /// For `WAYLAND_DISPLAY`.
     QByteArray display() const;
 
 private:
     QTemporaryDir m_folder; // sockets and configuration
-    QProcess m_process;
+    std::optional<Program> m_server;
 };

@@ -1,27 +1,24 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QProcess>
+#include "Program.h"
 
-/// An X server without a screen, on a display number of its own; ends with this object, or with
-/// the test.
+#include <optional>
+
+/// An X server without a screen, on a display number of its own.
 class XvfbServer
 {
 public:
-    XvfbServer();
-    ~XvfbServer();
-
     /// Waits until it answers. Once started, it comes back under the same number.
     bool start();
-    void stop();
-    /// Lets it hang, as a stopped process does, and go on.
-    void freeze();
-    void thaw();
+    void stop() { m_server.reset(); }
+    /// Lets it hang, as a stopped process does, with SIGSTOP, or go on.
+    void signal(int number) const { m_server->signal(number); }
 
     /// Such as ":12"; empty before the first start.
     QByteArray display() const { return m_display; }
 
 private:
-    QProcess m_process;
+    std::optional<Program> m_server;
     QByteArray m_display;
 };

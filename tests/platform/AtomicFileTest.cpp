@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "AtomicFile.h"
 
+#include "Rows.h"
+
 #include <QDir>
 #include <QFile>
 #include <QScopeGuard>
@@ -134,20 +136,15 @@ private Q_SLOTS:
         QCOMPARE(names(), QStringList{u"links.md"_s});
     }
 
-    void refusesWhatItCannotReplace_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<int>("code");
-        QTest::newRow("a vanished folder") << u"/nowhere/links.md"_s << ENOENT;
-        QTest::newRow("a folder") << QDir::tempPath() << EISDIR;
-        QTest::newRow("a device") << u"/dev/null"_s << int(FileError::notRegular);
-    }
-
     void refusesWhatItCannotReplace()
     {
-        QFETCH(QString, path);
-        QFETCH(int, code);
-        QCOMPARE(write(path, "new"), description(FileError{path, code}));
+        const Rows<QString, int> rows{
+            {"a vanished folder", u"/nowhere/links.md"_s, ENOENT},
+            {"a folder", QDir::tempPath(), EISDIR},
+            {"a device", u"/dev/null"_s, int(FileError::notRegular)},
+        };
+        for (const auto &[path, code] : rows)
+            QCOMPARE(write(path, "new"), description(FileError{path, code}));
     }
 
     void refusesReadOnlyFoldersAndFiles()

@@ -2,6 +2,7 @@
 #include "DateText.h"
 
 #include "MinuteFormat.h"
+#include "Rows.h"
 
 #include <QTest>
 
@@ -18,47 +19,33 @@ class DateTextTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void writesForTheReadersOfALocale_data()
-    {
-        QTest::addColumn<QString>("locale");
-        QTest::addColumn<QByteArray>("zone");
-        QTest::addColumn<Instant>("instant");
-        QTest::addColumn<QString>("longDate");
-        QTest::addColumn<QString>("dateAndTime");
-        QTest::addColumn<QString>("time");
-        QTest::newRow("American") << u"en_US"_s << "America/New_York"_ba << autumnMorning
-                                  << u"November 21, 2026"_s << u"Nov 21, 2026, 2:05\u202fAM"_s
-                                  << u"2:05\u202fAM"_s;
-        QTest::newRow("German") << u"de_DE"_s << "Europe/Berlin"_ba << autumnMorning
-                                << u"21. November 2026"_s << u"21.11.2026, 08:05"_s << u"08:05"_s;
-        QTest::newRow("Japanese, next year")
-            << u"ja_JP"_s << "Asia/Tokyo"_ba << beforeNewYear << u"2027年1月1日"_s
-            << u"2027/01/01 8:30"_s << u"8:30"_s;
-        QTest::newRow("with encoding")
-            << u"en_GB.UTF-8"_s << "UTC"_ba << beforeNewYear << u"31 December 2026"_s
-            << u"31 Dec 2026, 23:30"_s << u"23:30"_s;
-        QTest::newRow("another script")
-            << u"sr_RS@latin"_s << "UTC"_ba << beforeNewYear << u"31. decembar 2026."_s
-            << u"31. 12. 2026. 23:30"_s << u"23:30"_s;
-        QTest::newRow("too long for a locale")
-            << u"de_DE_"_s + QString(1000, u'x') << "UTC"_ba << beforeNewYear << u"2026 M12 31"_s
-            << u"2026 M12 31 23:30"_s << u"23:30"_s;
-        QTest::newRow("too long for a language")
-            << QString(1000, u'x') << "UTC"_ba << beforeNewYear << u"2026 M12 31"_s
-            << u"2026 M12 31 23:30"_s << u"23:30"_s;
-        QTest::newRow("summer time") << u"en_GB"_s << "Europe/London"_ba
-                                     << Instant(std::chrono::sys_days(2026y / 7 / 1) + 23h)
-                                     << u"2 July 2026"_s << u"2 Jul 2026, 00:00"_s << u"00:00"_s;
-    }
     void writesForTheReadersOfALocale()
     {
-        QFETCH(QString, locale);
-        QFETCH(QByteArray, zone);
-        QFETCH(Instant, instant);
-        const DateText dates(locale, QTimeZone(zone));
-        QTEST(dates.longDate(instant), "longDate");
-        QTEST(dates.mediumDateShortTime(instant), "dateAndTime");
-        QTEST(dates.shortTime(instant), "time");
+        const Rows<QString, QByteArray, Instant, QString, QString, QString> rows{
+            {"American", u"en_US"_s, "America/New_York"_ba, autumnMorning, u"November 21, 2026"_s,
+             u"Nov 21, 2026, 2:05\u202fAM"_s, u"2:05\u202fAM"_s},
+            {"German", u"de_DE"_s, "Europe/Berlin"_ba, autumnMorning, u"21. November 2026"_s,
+             u"21.11.2026, 08:05"_s, u"08:05"_s},
+            {"Japanese, next year", u"ja_JP"_s, "Asia/Tokyo"_ba, beforeNewYear, u"2027年1月1日"_s,
+             u"2027/01/01 8:30"_s, u"8:30"_s},
+            {"with encoding", u"en_GB.UTF-8"_s, "UTC"_ba, beforeNewYear, u"31 December 2026"_s,
+             u"31 Dec 2026, 23:30"_s, u"23:30"_s},
+            {"another script", u"sr_RS@latin"_s, "UTC"_ba, beforeNewYear, u"31. decembar 2026."_s,
+             u"31. 12. 2026. 23:30"_s, u"23:30"_s},
+            {"too long for a locale", u"de_DE_"_s + QString(1000, u'x'), "UTC"_ba, beforeNewYear,
+             u"2026 M12 31"_s, u"2026 M12 31 23:30"_s, u"23:30"_s},
+            {"too long for a language", QString(1000, u'x'), "UTC"_ba, beforeNewYear,
+             u"2026 M12 31"_s, u"2026 M12 31 23:30"_s, u"23:30"_s},
+            {"summer time", u"en_GB"_s, "Europe/London"_ba,
+             Instant(std::chrono::sys_days(2026y / 7 / 1) + 23h), u"2 July 2026"_s,
+             u"2 Jul 2026, 00:00"_s, u"00:00"_s},
+        };
+        for (const auto &[locale, zone, instant, longDate, dateAndTime, time] : rows) {
+            const DateText dates(locale, QTimeZone(zone));
+            QCOMPARE(dates.longDate(instant), longDate);
+            QCOMPARE(dates.mediumDateShortTime(instant), dateAndTime);
+            QCOMPARE(dates.shortTime(instant), time);
+        }
     }
 
     void remembersDaysAndMinutesInEveryLocale()
@@ -91,40 +78,22 @@ private Q_SLOTS:
         QCOMPARE(inZone("Asia/Kolkata", dates), u"12:35"_s);
     }
 
-    void takesTheLocaleOfTheEnvironment_data()
-    {
-        QTest::addColumn<QByteArray>("all");
-        QTest::addColumn<QByteArray>("time");
-        QTest::addColumn<QByteArray>("lang");
-        QTest::addColumn<QString>("locale");
-        QTest::newRow("all beats the others") << "ja_JP"_ba
-                                              << "de_DE"_ba
-                                              << "fr_FR"_ba << u"ja_JP"_s;
-        QTest::newRow("time beats lang") << ""_ba
-                                         << "de_DE.UTF-8"_ba
-                                         << "fr_FR"_ba << u"de_DE"_s;
-        QTest::newRow("lang, modified") << ""_ba
-                                        << ""_ba
-                                        << "fr_FR.UTF-8@euro"_ba << u"fr_FR@euro"_s;
-        QTest::newRow("neutral") << "C.UTF-8"_ba
-                                 << "de_DE"_ba
-                                 << ""_ba << u"en_US"_s;
-        QTest::newRow("POSIX") << ""_ba
-                               << "POSIX"_ba
-                               << ""_ba << u"en_US"_s;
-        QTest::newRow("nothing") << ""_ba
-                                 << ""_ba
-                                 << ""_ba << u"en_US"_s;
-    }
     void takesTheLocaleOfTheEnvironment()
     {
-        QFETCH(QByteArray, all);
-        QFETCH(QByteArray, time);
-        QFETCH(QByteArray, lang);
-        qputenv("LC_ALL", all);
-        qputenv("LC_TIME", time);
-        qputenv("LANG", lang);
-        QTEST(systemLocale(), "locale");
+        const Rows<QByteArray, QByteArray, QByteArray, QString> rows{
+            {"all beats the others", "ja_JP"_ba, "de_DE"_ba, "fr_FR"_ba, u"ja_JP"_s},
+            {"time beats lang", ""_ba, "de_DE.UTF-8"_ba, "fr_FR"_ba, u"de_DE"_s},
+            {"lang, modified", ""_ba, ""_ba, "fr_FR.UTF-8@euro"_ba, u"fr_FR@euro"_s},
+            {"neutral", "C.UTF-8"_ba, "de_DE"_ba, ""_ba, u"en_US"_s},
+            {"POSIX", ""_ba, "POSIX"_ba, ""_ba, u"en_US"_s},
+            {"nothing", ""_ba, ""_ba, ""_ba, u"en_US"_s},
+        };
+        for (const auto &[all, time, lang, locale] : rows) {
+            qputenv("LC_ALL", all);
+            qputenv("LC_TIME", time);
+            qputenv("LANG", lang);
+            QCOMPARE(systemLocale(), locale);
+        }
     }
 
 private:

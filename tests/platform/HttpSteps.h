@@ -8,7 +8,6 @@
 #include <optional>
 
 using Failure = std::optional<HttpError::Kind>;
-Q_DECLARE_METATYPE(Failure)
 
 /// A GET that a busy machine can answer in time.
 inline HttpRequest get(const QByteArray &url)

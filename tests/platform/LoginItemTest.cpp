@@ -20,45 +20,39 @@ class LoginItemTest : public QObject
     QString m_entry = m_autostart + u"/app.strandloom.desktop";
 
 private Q_SLOTS:
-    void startsTheVeryProgram_data()
-    {
-        QTest::addColumn<QString>("name");
-        for (const auto *const name :
-             {"plain", "with space", "quote\"s'", "$HOME", "`id`", "back\\slash", "a;b&c|d>e",
-              "tab\tand\nbreak", "\xC3\xA4rger"})
-            QTest::newRow(name) << QString::fromUtf8(name);
-    }
-
     void startsTheVeryProgram()
     {
-        QFETCH(const QString, name);
-        const QString program = m_folder.filePath(name);
-        QFile script(program);
-        QVERIFY(script.open(QIODevice::WriteOnly));
-        script.write("#!/bin/sh\nprintf '%s\\n' \"$0\" \"$@\" > \"$SEEN\"\n");
-        script.close();
-        script.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+        for (const auto *const name :
+             {"plain", "with space", "quote\"s'", "$HOME", "`id`", "back\\slash", "a;b&c|d>e",
+              "tab\tand\nbreak", "\xC3\xA4rger"}) {
+            const QString program = m_folder.filePath(QString::fromUtf8(name));
+            QFile script(program);
+            QVERIFY(script.open(QIODevice::WriteOnly));
+            script.write("#!/bin/sh\nprintf '%s\\n' \"$0\" \"$@\" > \"$SEEN\"\n");
+            script.close();
+            script.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
 
-        LoginItem(program, m_autostart).setLaunchAtLogin(true);
-        const QString seen = m_folder.filePath(u"seen"_s);
-        QFile::remove(seen);
-        // The desktop's own reading of the entry, with its rules of quoting.
-        QProcess desktop;
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"SEEN"_s, seen);
-        desktop.setProcessEnvironment(environment);
-        desktop.start(u"/usr/bin/python3"_s,
-                      {u"-c"_s,
-                       u"import sys; from gi.repository import Gio; "
-                       "Gio.DesktopAppInfo.new_from_filename(sys.argv[1]).launch([], None)"_s,
-                       m_entry});
-        QVERIFY(desktop.waitForFinished());
-        QCOMPARE(desktop.exitCode(), 0);
-        const QByteArray expected = QByteArray(program.toUtf8() + "\n--background\n");
-        QFile told(seen);
-        QTRY_VERIFY(told.exists() && told.size() == expected.size());
-        QVERIFY(told.open(QIODevice::ReadOnly));
-        QCOMPARE(told.readAll(), expected);
+            LoginItem(program, m_autostart).setLaunchAtLogin(true);
+            const QString seen = m_folder.filePath(u"seen"_s);
+            QFile::remove(seen);
+            // The desktop's own reading of the entry, with its rules of quoting.
+            QProcess desktop;
+            auto environment = QProcessEnvironment::systemEnvironment();
+            environment.insert(u"SEEN"_s, seen);
+            desktop.setProcessEnvironment(environment);
+            desktop.start(u"/usr/bin/python3"_s,
+                          {u"-c"_s,
+                           u"import sys; from gi.repository import Gio; "
+                           "Gio.DesktopAppInfo.new_from_filename(sys.argv[1]).launch([], None)"_s,
+                           m_entry});
+            QVERIFY(desktop.waitForFinished());
+            QCOMPARE(desktop.exitCode(), 0);
+            const QByteArray expected = QByteArray(program.toUtf8() + "\n--background\n");
+            QFile told(seen);
+            QTRY_VERIFY(told.exists() && told.size() == expected.size());
+            QVERIFY(told.open(QIODevice::ReadOnly));
+            QCOMPARE(told.readAll(), expected);
+        }
     }
 
     void comesAndGoes()

@@ -3,6 +3,7 @@
 #include "Heartbeat.h"
 #include "KeyringSession.h"
 #include "LibsecretStore.h"
+#include "Rows.h"
 #include "Waiting.h"
 
 #include <QDBusConnection>
@@ -86,35 +87,31 @@ class SecretStoreTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void keepsReplacesAndRemoves_data()
-    {
-        QTest::addColumn<bool>("isReal");
-        QTest::newRow("keyring daemon") << true;
-        QTest::newRow("fake") << false;
-    }
     void keepsReplacesAndRemoves()
     {
-        QFETCH(bool, isReal);
-        KeyringSession session;
-        QVERIFY(!isReal || (session.startBus() && session.startUnlocked()));
-        LibsecretStore real(serviceName);
-        FakeSecretStore fake;
-        SecretStore &store = isReal ? static_cast<SecretStore &>(real) : fake;
+        const Rows<bool> rows{{"keyring daemon", true}, {"fake", false}};
+        for (const auto &[isReal] : rows) {
+            KeyringSession session;
+            QVERIFY(!isReal || (session.startBus() && session.startUnlocked()));
+            LibsecretStore real(serviceName);
+            FakeSecretStore fake;
+            SecretStore &store = isReal ? static_cast<SecretStore &>(real) : fake;
 
-        QCOMPARE(read(store), SecretStore::Secrets());
-        QVERIFY(!isReal || addItem(SECRET_COLLECTION_DEFAULT, two.first()));
-        QVERIFY(*waitFor(store.write(two)));
-        QCOMPARE(read(store), contents(two));
-        const auto found = waitFor(store.find({u"key"_s, u"none"_s}));
-        QVERIFY(found && *found && **found == (SecretStore::Secrets{{u"key"_s, QByteArray()}}));
-        const QList<Secret> others = {{u"key"_s, "other"}, {u"address"_s, ""}};
-        QVERIFY(*waitFor(store.write(others)));
-        QCOMPARE(read(store), contents(others));
-        if (isReal)
-            QCOMPARE(itemCount(session.address()), 2);
-        QVERIFY(*waitFor(store.removeAll()));
-        QCOMPARE(read(store), SecretStore::Secrets());
-        QVERIFY(*waitFor(store.removeAll()));
+            QCOMPARE(read(store), SecretStore::Secrets());
+            QVERIFY(!isReal || addItem(SECRET_COLLECTION_DEFAULT, two.first()));
+            QVERIFY(*waitFor(store.write(two)));
+            QCOMPARE(read(store), contents(two));
+            const auto found = waitFor(store.find({u"key"_s, u"none"_s}));
+            QVERIFY(found && *found && **found == (SecretStore::Secrets{{u"key"_s, QByteArray()}}));
+            const QList<Secret> others = {{u"key"_s, "other"}, {u"address"_s, ""}};
+            QVERIFY(*waitFor(store.write(others)));
+            QCOMPARE(read(store), contents(others));
+            if (isReal)
+                QCOMPARE(itemCount(session.address()), 2);
+            QVERIFY(*waitFor(store.removeAll()));
+            QCOMPARE(read(store), SecretStore::Secrets());
+            QVERIFY(*waitFor(store.removeAll()));
+        }
     }
 
     void readsTheNewestOfSeveralKeyrings()
@@ -150,38 +147,35 @@ private Q_SLOTS:
         QCOMPARE(read(store), contents(two));
     }
 
-    void neverPromptsUnlessAllowed_data()
-    {
-        QTest::addColumn<bool>("hasPrompter");
-        QTest::newRow("dismissed by the user") << true;
-        QTest::newRow("nobody to ask") << false;
-    }
     void neverPromptsUnlessAllowed()
     {
-        QFETCH(bool, hasPrompter);
-        KeyringSession session;
-        QVERIFY(session.startBus() && session.startUnlocked());
-        LibsecretStore store(serviceName);
-        QVERIFY(*waitFor(store.write(two)));
-        session.killDaemon();
-        QVERIFY(session.startLocked());
-        const auto prompter = hasPrompter ? std::make_unique<Prompter>(session.address()) : nullptr;
-        const auto prompts = [&] { return prompter ? prompter->prompts : 0; };
+        const Rows<bool> rows{{"dismissed by the user", true}, {"nobody to ask", false}};
+        for (const auto &[hasPrompter] : rows) {
+            KeyringSession session;
+            QVERIFY(session.startBus() && session.startUnlocked());
+            LibsecretStore store(serviceName);
+            QVERIFY(*waitFor(store.write(two)));
+            session.killDaemon();
+            QVERIFY(session.startLocked());
+            const auto prompter =
+                hasPrompter ? std::make_unique<Prompter>(session.address()) : nullptr;
+            const auto prompts = [&] { return prompter ? prompter->prompts : 0; };
 
-        QCOMPARE(read(store), bothLocked);
-        const auto found = waitFor(store.find({u"key"_s}));
-        QVERIFY(found && *found && **found == (SecretStore::Secrets{{u"key"_s, std::nullopt}}));
-        QCOMPARE(prompts(), 0);
-        QCOMPARE(read(store, UnlockPrompt::allowed), bothLocked);
-        QCOMPARE(prompts(), hasPrompter ? 1 : 0); // one for both items
-        const auto written = waitFor(store.write(two));
-        QVERIFY(written && !*written && written->error() == SecretFault::locked);
-        const auto removed = waitFor(store.removeAll());
-        QVERIFY(removed && !*removed && removed->error() == SecretFault::locked);
+            QCOMPARE(read(store), bothLocked);
+            const auto found = waitFor(store.find({u"key"_s}));
+            QVERIFY(found && *found && **found == (SecretStore::Secrets{{u"key"_s, std::nullopt}}));
+            QCOMPARE(prompts(), 0);
+            QCOMPARE(read(store, UnlockPrompt::allowed), bothLocked);
+            QCOMPARE(prompts(), hasPrompter ? 1 : 0); // one for both items
+            const auto written = waitFor(store.write(two));
+            QVERIFY(written && !*written && written->error() == SecretFault::locked);
+            const auto removed = waitFor(store.removeAll());
+            QVERIFY(removed && !*removed && removed->error() == SecretFault::locked);
 
-        session.killDaemon();
-        QVERIFY(session.startUnlocked());
-        QCOMPARE(read(store), contents(two)); // nothing is lost
+            session.killDaemon();
+            QVERIFY(session.startUnlocked());
+            QCOMPARE(read(store), contents(two)); // nothing is lost
+        }
     }
 
     void givesUpOnADaemonThatHangs()
@@ -216,28 +210,24 @@ private Q_SLOTS:
         session.thawDaemon();
     }
 
-    void hasNoServiceToTalkTo_data()
-    {
-        QTest::addColumn<bool>("hasBus");
-        QTest::newRow("no bus") << false;
-        QTest::newRow("no secret service") << true;
-    }
     void hasNoServiceToTalkTo()
     {
-        QFETCH(bool, hasBus);
-        KeyringSession session;
-        QVERIFY(!hasBus || session.startBus());
-        LibsecretStore store(serviceName);
-        QVERIFY(fault(store) == SecretFault::unavailable);
-        const auto written = waitFor(store.write(two));
-        QVERIFY(written && !*written && written->error() == SecretFault::unavailable);
-        const auto removed = waitFor(store.removeAll());
-        QVERIFY(removed && !*removed && removed->error() == SecretFault::unavailable);
-        for (QDirIterator it(session.folder(), QDir::Files, QDirIterator::Subdirectories);
-             it.hasNext();) {
-            QFile file(it.next());
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            QVERIFY2(!file.readAll().contains("re_canary"), qPrintable(file.fileName()));
+        const Rows<bool> rows{{"no bus", false}, {"no secret service", true}};
+        for (const auto &[hasBus] : rows) {
+            KeyringSession session;
+            QVERIFY(!hasBus || session.startBus());
+            LibsecretStore store(serviceName);
+            QVERIFY(fault(store) == SecretFault::unavailable);
+            const auto written = waitFor(store.write(two));
+            QVERIFY(written && !*written && written->error() == SecretFault::unavailable);
+            const auto removed = waitFor(store.removeAll());
+            QVERIFY(removed && !*removed && removed->error() == SecretFault::unavailable);
+            for (QDirIterator it(session.folder(), QDir::Files, QDirIterator::Subdirectories);
+                 it.hasNext();) {
+                QFile file(it.next());
+                QVERIFY(file.open(QIODevice::ReadOnly));
+                QVERIFY2(!file.readAll().contains("re_canary"), qPrintable(file.fileName()));
+            }
         }
     }
 

@@ -6,6 +6,7 @@
 #include "PeakMemory.h"
 #include "Program.h"
 #include "RealClipboard.h"
+#include "Rows.h"
 #include "SwayServer.h"
 #include "TextsTold.h"
 #include "XvfbServer.h"
@@ -26,12 +27,13 @@ class WaylandClipboardTest : public QObject
 private:
     Program small(const QStringList &offers = {u"ext"_s}) const
     {
-        return Program(SMALL_COMPOSITOR, offers, {u"XDG_RUNTIME_DIR"_s, m_folder.path().toUtf8()});
+        return Program(SMALL_COMPOSITOR, offers,
+                       {{u"XDG_RUNTIME_DIR"_s, m_folder.path().toUtf8()}});
     }
 
-    static std::pair<QString, QByteArray> environment(const SwayServer &sway)
+    static Program::Variables environment(const SwayServer &sway)
     {
-        return {u"WAYLAND_DISPLAY"_s, sway.display()};
+        return {{u"WAYLAND_DISPLAY"_s, sway.display()}};
     }
 
     QTemporaryDir m_folder;
@@ -46,57 +48,49 @@ private Q_SLOTS:
         m_small = m_folder.filePath(u"small"_s).toUtf8();
     }
 
-    void survivesFaultyPrograms_data()
-    {
-        QTest::addColumn<QByteArray>("copy");
-        QTest::addColumn<std::optional<QString>>("text");
-        const auto row = [](const char *name, const QByteArray &copy,
-                            const std::optional<QString> &text = {}) {
-            QTest::newRow(name) << copy << text;
-        };
-        row("no fault", "text=https://a.example/ä", u"https://a.example/ä"_s);
-        row("never writes", "silent");
-        row("ends before it writes", "dies");
-        row("writes when it is too late", "late");
-        row("stalls amid the text", "stalls");
-        row("writes without end", "endless");
-        row("writes without end, just in time", "drips");
-        row("more than fits", "bytes=1048577");
-        row("as much as fits", "bytes=1048576 text=a", u"a"_s.leftJustified(1 << 20, u'x'));
-        row("a picture", "type=image/png");
-        row("an old type", "type=STRING text=\xe9", u"é"_s);
-        row("not UTF-8", "text=\xe9", u"é"_s);
-        row("a thousand types", "thousand-types text=many", u"many"_s);
-        row("the plain type", "type=text/plain text=b", u"b"_s);
-        row("a secret", "secret");
-    }
-
     void survivesFaultyPrograms()
     {
-        QFETCH(QByteArray, copy);
-        QFETCH(std::optional<QString>, text);
-        Program compositor = small();
-        const auto clipboard = makeReadingClipboard<WaylandClipboard>(m_small);
-        QVERIFY(clipboard);
-        const long memory = peakMemoryKiB();
-        const Heartbeat heartbeat;
+        const Rows<QByteArray, std::optional<QString>> rows{
+            {"no fault", "text=https://a.example/ä", u"https://a.example/ä"_s},
+            {"never writes", "silent"},
+            {"ends before it writes", "dies"},
+            {"writes when it is too late", "late"},
+            {"stalls amid the text", "stalls"},
+            {"writes without end", "endless"},
+            {"writes without end, just in time", "drips"},
+            {"more than fits", "bytes=1048577"},
+            {"as much as fits", "bytes=1048576 text=a", u"a"_s.leftJustified(1 << 20, u'x')},
+            {"a picture", "type=image/png"},
+            {"an old type", "type=STRING text=\xe9", u"é"_s},
+            {"not UTF-8", "text=\xe9", u"é"_s},
+            {"a thousand types", "thousand-types text=many", u"many"_s},
+            {"the plain type", "type=text/plain text=b", u"b"_s},
+            {"a secret", "secret"},
+        };
+        for (const auto &[copy, text] : rows) {
+            Program compositor = small();
+            const auto clipboard = makeReadingClipboard<WaylandClipboard>(m_small);
+            QVERIFY(clipboard);
+            const long memory = peakMemoryKiB();
+            const Heartbeat heartbeat;
 
-        compositor.tell("copy " + copy);
-        QTRY_COMPARE(clipboard->changeCount(), 2);
-        QCOMPARE(clipboard->text(), text);
-        if (copy == "secret")
-            QVERIFY(!compositor.hasSaid("asked for text/plain;charset=utf-8"));
-        if (copy == "late") // its pipe is still read, or it would be hurt
-            QTRY_VERIFY(compositor.hasSaid("answered") && !compositor.hasSaid("hurt"));
-        if (copy == "endless") // not for ever
-            QTRY_VERIFY(compositor.hasSaid("hurt"));
+            compositor.tell("copy " + copy);
+            QTRY_COMPARE(clipboard->changeCount(), 2);
+            QCOMPARE(clipboard->text(), text);
+            if (copy == "secret")
+                QVERIFY(!compositor.hasSaid("asked for text/plain;charset=utf-8"));
+            if (copy == "late") // its pipe is still read, or it would be hurt
+                QTRY_VERIFY(compositor.hasSaid("answered") && !compositor.hasSaid("hurt"));
+            if (copy == "endless") // not for ever
+                QTRY_VERIFY(compositor.hasSaid("hurt"));
 
-        compositor.tell("copy text=https://good.example/");
-        QTRY_COMPARE(clipboard->changeCount(), 3);
-        QCOMPARE(clipboard->text(), u"https://good.example/"_s);
-        QVERIFY2(heartbeat.longestHold() < 50ms,
-                 qPrintable(QString::number(heartbeat.longestHold().count())));
-        QVERIFY(peakMemoryKiB() - memory < memoryAllowanceKiB);
+            compositor.tell("copy text=https://good.example/");
+            QTRY_COMPARE(clipboard->changeCount(), 3);
+            QCOMPARE(clipboard->text(), u"https://good.example/"_s);
+            QVERIFY2(heartbeat.longestHold() < 50ms,
+                     qPrintable(QString::number(heartbeat.longestHold().count())));
+            QVERIFY(peakMemoryKiB() - memory < memoryAllowanceKiB);
+        }
     }
 
     void countsEachOfABurst()
@@ -148,26 +142,22 @@ private Q_SLOTS:
         QCOMPARE(clipboard->changeCount(), 3);
     }
 
-    void givesItsTextToOthers_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::newRow("short") << u"https://a.example/ä"_s;
-        QTest::newRow("more than a pipe holds") << u"é"_s.repeated(500'000);
-    }
-
     void givesItsTextToOthers()
     {
-        QFETCH(QString, text);
-        Program compositor = small();
-        const auto clipboard = makeReadingClipboard<WaylandClipboard>(m_small);
-        QVERIFY(clipboard);
-        const QSignalSpy changed(clipboard.get(), &ClipboardSource::changed);
-        clipboard->setText(text);
-        QTRY_COMPARE(clipboard->changeCount(), 2);
-        QCOMPARE(clipboard->text(), text);
-        QCOMPARE(changed.count(), 1);
-        compositor.tell("paste");
-        QTRY_VERIFY(compositor.hasSaid("pasted " + QByteArray::number(text.toUtf8().size())));
+        const Rows<QString> rows{{"short", u"https://a.example/ä"_s},
+                                 {"more than a pipe holds", u"é"_s.repeated(500'000)}};
+        for (const auto &[text] : rows) {
+            Program compositor = small();
+            const auto clipboard = makeReadingClipboard<WaylandClipboard>(m_small);
+            QVERIFY(clipboard);
+            const QSignalSpy changed(clipboard.get(), &ClipboardSource::changed);
+            clipboard->setText(text);
+            QTRY_COMPARE(clipboard->changeCount(), 2);
+            QCOMPARE(clipboard->text(), text);
+            QCOMPARE(changed.count(), 1);
+            compositor.tell("paste");
+            QTRY_VERIFY(compositor.hasSaid("pasted " + QByteArray::number(text.toUtf8().size())));
+        }
     }
 
     void countsWhatIsCopiedAtTheSameTime()
@@ -182,66 +172,54 @@ private Q_SLOTS:
         QTRY_COMPARE(clipboard->changeCount(), 201);
     }
 
-    void connectsAgain_data()
-    {
-        QTest::addColumn<QStringList>("offers");
-        QTest::addColumn<QByteArray>("bound");
-        QTest::newRow("by the new name") << QStringList{u"ext"_s} << "bound ext"_ba;
-        QTest::newRow("by the old name") << QStringList{u"zwlr"_s} << "bound zwlr"_ba;
-        QTest::newRow("by either") << QStringList{u"zwlr"_s, u"ext"_s} << "bound ext"_ba;
-    }
-
     void connectsAgain()
     {
-        QFETCH(QStringList, offers);
-        QFETCH(QByteArray, bound);
-        Program first = small(offers);
-        const auto clipboard = makeReadingClipboard<WaylandClipboard>(m_small);
-        QVERIFY(clipboard);
-        QCOMPARE(clipboard->limitation(), QString());
-        first.end();
-        QTRY_COMPARE(clipboard->limitation(), unseen);
-        clipboard->setText(u"waits for the compositor"_s);
+        const Rows<QStringList, QByteArray> rows{
+            {"by the new name", QStringList{u"ext"_s}, "bound ext"_ba},
+            {"by the old name", QStringList{u"zwlr"_s}, "bound zwlr"_ba},
+            {"by either", QStringList{u"zwlr"_s, u"ext"_s}, "bound ext"_ba},
+        };
+        for (const auto &[offers, bound] : rows) {
+            Program first = small(offers);
+            const auto clipboard = makeReadingClipboard<WaylandClipboard>(m_small);
+            QVERIFY(clipboard);
+            QCOMPARE(clipboard->limitation(), QString());
+            first.end();
+            QTRY_COMPARE(clipboard->limitation(), unseen);
+            clipboard->setText(u"waits for the compositor"_s);
 
-        Program second = small(offers);
-        QTRY_COMPARE(clipboard->text(), u"waits for the compositor"_s);
-        QVERIFY(second.hasSaid(bound));
-        QCOMPARE(clipboard->limitation(), QString());
-        second.tell("copy text=https://good.example/");
-        QTRY_COMPARE(clipboard->text(), u"https://good.example/"_s);
-        QCOMPARE(clipboard->changeCount(), 3);
-    }
-
-    void watchesAgainOnAnotherSeat_data()
-    {
-        QTest::addColumn<QByteArray>("before");
-        QTest::addColumn<QByteArray>("after");
-        QTest::newRow("taken away") << "remove-seat"_ba
-                                    << "add-seat"_ba;
-        QTest::newRow("finished") << "finish"_ba
-                                  << ""_ba;
+            Program second = small(offers);
+            QTRY_COMPARE(clipboard->text(), u"waits for the compositor"_s);
+            QVERIFY(second.hasSaid(bound));
+            QCOMPARE(clipboard->limitation(), QString());
+            second.tell("copy text=https://good.example/");
+            QTRY_COMPARE(clipboard->text(), u"https://good.example/"_s);
+            QCOMPARE(clipboard->changeCount(), 3);
+        }
     }
 
     void watchesAgainOnAnotherSeat()
     {
-        QFETCH(QByteArray, before);
-        QFETCH(QByteArray, after);
-        Program compositor = small({u"ext"_s, u"seatless"_s});
-        QTRY_VERIFY(compositor.hasSaid("ready"));
-        const auto clipboard = makeClipboard<WaylandClipboard>(m_small);
-        clipboard->startReading();
-        clipboard->setText(u"waits for a seat"_s);
-        QTRY_VERIFY(compositor.hasSaid("bound ext"));
-        compositor.tell("add-seat");
-        QTRY_COMPARE(clipboard->text(), u"waits for a seat"_s);
+        const Rows<QByteArray, QByteArray> rows{{"taken away", "remove-seat"_ba, "add-seat"_ba},
+                                                {"finished", "finish"_ba, ""_ba}};
+        for (const auto &[before, after] : rows) {
+            Program compositor = small({u"ext"_s, u"seatless"_s});
+            QTRY_VERIFY(compositor.hasSaid("ready"));
+            const auto clipboard = makeClipboard<WaylandClipboard>(m_small);
+            clipboard->startReading();
+            clipboard->setText(u"waits for a seat"_s);
+            QTRY_VERIFY(compositor.hasSaid("bound ext"));
+            compositor.tell("add-seat");
+            QTRY_COMPARE(clipboard->text(), u"waits for a seat"_s);
 
-        compositor.tell(before);
-        QTRY_COMPARE(compositor.timesSaid("bound ext"), 2);
-        compositor.tell(after);
-        QTRY_COMPARE(compositor.timesSaid("watched"), 2);
-        compositor.tell("copy text=a");
-        QTRY_COMPARE(clipboard->text(), u"a"_s);
-        QCOMPARE(clipboard->changeCount(), 2);
+            compositor.tell(before);
+            QTRY_COMPARE(compositor.timesSaid("bound ext"), 2);
+            compositor.tell(after);
+            QTRY_COMPARE(compositor.timesSaid("watched"), 2);
+            compositor.tell("copy text=a");
+            QTRY_COMPARE(clipboard->text(), u"a"_s);
+            QCOMPARE(clipboard->changeCount(), 2);
+        }
     }
 
     void fetchesWhatWasCopiedBefore()
@@ -282,41 +260,35 @@ private Q_SLOTS:
         QTRY_COMPARE(clipboard->changeCount(), 2'001);
     }
 
-    void choosesWhatTheDesktopOffers_data()
-    {
-        QTest::addColumn<QStringList>("offers");
-        QTest::addColumn<bool>("hasX11");
-        QTest::addColumn<QString>("limitation");
-        const QStringList dataControl = {u"zwlr"_s};
-        QTest::newRow("data control") << dataControl << false << QString();
-        QTest::newRow("data control and X11") << dataControl << true << QString();
-        QTest::newRow("X11 alone") << QStringList() << true << halfSeen;
-        QTest::newRow("neither") << QStringList() << false << unseen;
-    }
-
     void choosesWhatTheDesktopOffers()
     {
-        QFETCH(QStringList, offers);
-        QFETCH(bool, hasX11);
-        QFETCH(QString, limitation);
-        Program compositor = small(offers);
-        QTRY_VERIFY(compositor.hasSaid("ready"));
-        XvfbServer server;
-        QVERIFY(!hasX11 || server.start());
-        qputenv("WAYLAND_DISPLAY", m_small);
-        qputenv("DISPLAY", server.display());
-        const auto restore = qScopeGuard([] {
-            qunsetenv("WAYLAND_DISPLAY");
-            qunsetenv("DISPLAY");
-        });
+        const QStringList dataControl = {u"zwlr"_s};
+        const Rows<QStringList, bool, QString> rows{
+            {"data control", dataControl, false, QString()},
+            {"data control and X11", dataControl, true, QString()},
+            {"X11 alone", QStringList(), true, halfSeen},
+            {"neither", QStringList(), false, unseen},
+        };
+        for (const auto &[offers, hasX11, limitation] : rows) {
+            Program compositor = small(offers);
+            QTRY_VERIFY(compositor.hasSaid("ready"));
+            XvfbServer server;
+            QVERIFY(!hasX11 || server.start());
+            qputenv("WAYLAND_DISPLAY", m_small);
+            qputenv("DISPLAY", server.display());
+            const auto restore = qScopeGuard([] {
+                qunsetenv("WAYLAND_DISPLAY");
+                qunsetenv("DISPLAY");
+            });
 
-        ThreadedClipboard clipboard(std::make_unique<DesktopClipboard>(shortLimits()));
-        clipboard.startReading();
-        clipboard.setText(u"ours"_s);
-        QTRY_COMPARE(clipboard.limitation(), limitation);
-        if (limitation != unseen)
-            QTRY_COMPARE(clipboard.text(), u"ours"_s);
-        QCOMPARE(compositor.hasSaid("watched"), !offers.isEmpty());
+            ThreadedClipboard clipboard(std::make_unique<DesktopClipboard>(shortLimits()));
+            clipboard.startReading();
+            clipboard.setText(u"ours"_s);
+            QTRY_COMPARE(clipboard.limitation(), limitation);
+            if (limitation != unseen)
+                QTRY_COMPARE(clipboard.text(), u"ours"_s);
+            QCOMPARE(compositor.hasSaid("watched"), !offers.isEmpty());
+        }
     }
 
     void findsACompositorThatStartsLate()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "LinkListModel.h"
 
+#include "Rows.h"
 #include "TestStore.h"
 
 #include <QRandomGenerator>
@@ -86,47 +87,40 @@ class LinkListModelTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void followsTheStore_data()
+    void followsTheStore()
     {
-        QTest::addColumn<quint32>("seed");
-        QTest::addColumn<int>("before");
-        QTest::addColumn<QString>("sought");
+        Rows<quint32, int, QString> rows{};
         for (const quint32 seed : {1u, 2u}) {
             for (const int before : {0, 1200}) {
                 for (const QString &sought : {u""_s, u"7"_s})
-                    QTest::addRow("seed %u, %d links before, '%s'", seed, before,
-                                  qPrintable(sought))
-                        << seed << before << sought;
+                    rows.add(
+                        {u"seed %1, %2 before, '%3'"_s.arg(seed).arg(before).arg(sought).toUtf8(),
+                         seed, before, sought});
             }
         }
-    }
-
-    void followsTheStore()
-    {
-        QFETCH(quint32, seed);
-        QFETCH(int, before);
-        QFETCH(QString, sought);
-        TestStore store;
-        QList<CapturedLink> links;
-        for (int i = 0; i < before; ++i)
-            links.append(makeLink(u"before %1"_s.arg(i), i % 150));
-        QVERIFY(store.context().insertAll(links));
-        LinkListModel model(store.context());
-        model.setSearchText(sought);
-        Chaos chaos(store, seed);
-        for (int i = 0; i < 120; ++i) {
-            chaos.step(model);
-            if (i % 30 == 0) {
-                QCoreApplication::processEvents();
-                QTRY_VERIFY(!model.isReading());
-                QCOMPARE(shownBy(model, store.context()), listed(store.context(), sought));
+        for (const auto &[seed, before, sought] : rows) {
+            TestStore store;
+            QList<CapturedLink> links;
+            for (int i = 0; i < before; ++i)
+                links.append(makeLink(u"before %1"_s.arg(i), i % 150));
+            QVERIFY(store.context().insertAll(links));
+            LinkListModel model(store.context());
+            model.setSearchText(sought);
+            Chaos chaos(store, seed);
+            for (int i = 0; i < 120; ++i) {
+                chaos.step(model);
+                if (i % 30 == 0) {
+                    QCoreApplication::processEvents();
+                    QTRY_VERIFY(!model.isReading());
+                    QCOMPARE(shownBy(model, store.context()), listed(store.context(), sought));
+                }
             }
+            for (int row = 0; row < model.rowCount(); ++row)
+                QCOMPARE(model.rowOf(model.positionAt(row)), row);
+            QVERIFY(store.context().removeAll());
+            QCoreApplication::processEvents();
+            QCOMPARE(model.rowCount(), 0);
         }
-        for (int row = 0; row < model.rowCount(); ++row)
-            QCOMPARE(model.rowOf(model.positionAt(row)), row);
-        QVERIFY(store.context().removeAll());
-        QCoreApplication::processEvents();
-        QCOMPARE(model.rowCount(), 0);
     }
 
     void leavesNoRowOfALinkThatCameAndWentUnannounced()
@@ -156,38 +150,32 @@ private Q_SLOTS:
         QCOMPARE(model.positionAt(int(links.size()) - 1).id, links.first().id);
     }
 
-    void finds_data()
-    {
-        QTest::addColumn<QString>("sought");
-        QTest::addColumn<QStringList>("found");
-        const auto row = [](const char *name, const QString &sought, const QStringList &found) {
-            QTest::newRow(name) << sought << found;
-        };
-        row("address, title and summary", u"TEA"_s, {u"c/tea"_s, u"b"_s, u"a"_s});
-        row("in whatever case", u"straße"_s, {u"b"_s});
-        row("spaces are sought", u" "_s, {u"b"_s, u"a"_s});
-        row("not across two texts", u"bte"_s, {});
-        row("not the hidden", u"hidden"_s, {});
-    }
-
     void finds()
     {
-        QFETCH(QString, sought);
-        TestStore store;
-        const CapturedLink a = store.add(u"a"_s, 1), b = store.add(u"b"_s, 2);
-        store.add(u"c/tea"_s, 3);
-        const CapturedLink hidden = store.add(u"hidden"_s, 4);
-        store.context().setSummary(a.id, u"On Tea."_s);
-        store.context().setTitle(b.id, u"Tea in the STRASSE"_s);
-        QVERIFY(store.context().hide({hidden.id}));
-        LinkListModel model(store.context());
-        model.setSearchText(sought);
-        QStringList found;
-        for (int row = 0; row < model.rowCount(); ++row)
-            found.append(store.context().link(model.positionAt(row).id)->url);
-        QTEST(found, "found");
-        model.setSearchText({});
-        QCOMPARE(model.rowCount(), 3);
+        const Rows<QString, QStringList> rows{
+            {"address, title and summary", u"TEA"_s, {u"c/tea"_s, u"b"_s, u"a"_s}},
+            {"in whatever case", u"straße"_s, {u"b"_s}},
+            {"spaces are sought", u" "_s, {u"b"_s, u"a"_s}},
+            {"not across two texts", u"bte"_s},
+            {"not the hidden", u"hidden"_s},
+        };
+        for (const auto &[sought, wanted] : rows) {
+            TestStore store;
+            const CapturedLink a = store.add(u"a"_s, 1), b = store.add(u"b"_s, 2);
+            store.add(u"c/tea"_s, 3);
+            const CapturedLink hidden = store.add(u"hidden"_s, 4);
+            store.context().setSummary(a.id, u"On Tea."_s);
+            store.context().setTitle(b.id, u"Tea in the STRASSE"_s);
+            QVERIFY(store.context().hide({hidden.id}));
+            LinkListModel model(store.context());
+            model.setSearchText(sought);
+            QStringList found;
+            for (int row = 0; row < model.rowCount(); ++row)
+                found.append(store.context().link(model.positionAt(row).id)->url);
+            QCOMPARE(found, wanted);
+            model.setSearchText({});
+            QCOMPARE(model.rowCount(), 3);
+        }
     }
 };
 

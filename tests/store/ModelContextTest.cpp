@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "Rows.h"
 #include "StoreChange.h"
 #include "TestStore.h"
 
@@ -25,49 +26,41 @@ class ModelContextTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void keepsEveryFieldOverARestart_data()
-    {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<std::optional<QString>>("title");
-        QTest::addColumn<std::optional<QString>>("summary");
-        const auto row = [](const char *name, const QString &url, std::optional<QString> title,
-                            std::optional<QString> summary) {
-            QTest::newRow(name) << url << title << summary;
-        };
-        row("as captured", u"https://a.example"_s, {}, {});
-        row("empty is not absent", u"https://a.example"_s, u""_s, u""_s);
-        row("long", u"https://a.example/"_s + QString(60'000, u'x'), QString(60'000, u'\u00e9'),
-            {});
-        row("a NUL inside", u"https://a.example/\0b"_s, u"a\0b"_s, u"\0"_s);
-        row("beyond the BMP, combining, bidi", u"https://\u4f8b.example/\U0001f600?q='\"%00"_s,
-            u"e\u0301 \u202e\ufeff\uffff\U0010ffff"_s, u"\r\n\t"_s);
-    }
-
     void keepsEveryFieldOverARestart()
     {
-        QFETCH(QString, url);
-        QFETCH(std::optional<QString>, title);
-        QFETCH(std::optional<QString>, summary);
-        TestStore store;
-        CapturedLink link = makeLink(url);
-        link.copiedAt += 123456us;
-        store.context().insert(link);
-        if (title)
-            store.context().setTitle(link.id, *title);
-        if (summary)
-            store.context().setSummary(link.id, *summary);
-        QVERIFY(store.context().hideExported({link.id}));
-        store.reopen();
-        const auto found = store.context().link(link.id);
-        QVERIFY(found);
-        QCOMPARE(found->url, url);
-        QCOMPARE(found->title, title);
-        QCOMPARE(found->summary, summary);
-        QCOMPARE(found->copiedAt, link.copiedAt);
-        QVERIFY(found->isExported && !found->isVisible);
-        QCOMPARE(*store.context().countWithUrl(url), 1);
-        QCOMPARE(*store.context().countWithUrl(url.chopped(1)), 0);
-        QCOMPARE(*store.context().countWithUrl(url.toUpper()), 0);
+        const Rows<QString, std::optional<QString>, std::optional<QString>> rows{
+            {"as captured", u"https://a.example"_s, {}, {}},
+            {"empty is not absent", u"https://a.example"_s, u""_s, u""_s},
+            {"long",
+             u"https://a.example/"_s + QString(60'000, u'x'),
+             QString(60'000, u'\u00e9'),
+             {}},
+            {"a NUL inside", u"https://a.example/\0b"_s, u"a\0b"_s, u"\0"_s},
+            {"beyond the BMP, combining, bidi", u"https://\u4f8b.example/\U0001f600?q='\"%00"_s,
+             u"e\u0301 \u202e\ufeff\uffff\U0010ffff"_s, u"\r\n\t"_s},
+        };
+        for (const auto &[url, title, summary] : rows) {
+            TestStore store;
+            CapturedLink link = makeLink(url);
+            link.copiedAt += 123456us;
+            store.context().insert(link);
+            if (title)
+                store.context().setTitle(link.id, *title);
+            if (summary)
+                store.context().setSummary(link.id, *summary);
+            QVERIFY(store.context().hideExported({link.id}));
+            store.reopen();
+            const auto found = store.context().link(link.id);
+            QVERIFY(found);
+            QCOMPARE(found->url, url);
+            QCOMPARE(found->title, title);
+            QCOMPARE(found->summary, summary);
+            QCOMPARE(found->copiedAt, link.copiedAt);
+            QVERIFY(found->isExported && !found->isVisible);
+            QCOMPARE(*store.context().countWithUrl(url), 1);
+            QCOMPARE(*store.context().countWithUrl(url.chopped(1)), 0);
+            QCOMPARE(*store.context().countWithUrl(url.toUpper()), 0);
+        }
     }
 
     void listsNewestFirstAndTiesByTheBytesOfTheId()

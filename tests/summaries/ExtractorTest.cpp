@@ -3,6 +3,7 @@
 #include "FakeClock.h"
 #include "FakeHttpClient.h"
 #include "LocalMLService.h"
+#include "Rows.h"
 #include "Waiting.h"
 #include "WebContentExtractor.h"
 
@@ -34,54 +35,46 @@ class ExtractorTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void readsWhatArrives_data()
-    {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("outcome");
-        QTest::newRow("a page") << u"http://a.org/ä"_s << 200 << "<title>T</title>"_ba << u"T"_s;
-        QTest::newRow("no content") << u"http://a.org"_s << 299 << ""_ba << u"-"_s;
-        QTest::newRow("Latin-1") << u"http://a.org"_s << 200 << "<title>\xE4</title>"_ba << u"ä"_s;
-        QTest::newRow("not found")
-            << u"http://a.org"_s << 404 << ""_ba << u"Failed to fetch page"_s;
-        QTest::newRow("below 200")
-            << u"http://a.org"_s << 199 << ""_ba << u"Failed to fetch page"_s;
-        QTest::newRow("no answer") << u"http://a.org"_s << 0 << ""_ba << u"cut off"_s;
-        QTest::newRow("no address") << u"http://a b"_s << 200 << ""_ba << u"Invalid URL"_s;
-    }
     void readsWhatArrives()
     {
-        QFETCH(QString, url);
-        QFETCH(int, status);
-        QFETCH(QByteArray, body);
-        FakeClock clock;
-        FakeHttpClient http;
-        QThreadPool pages;
-        WebContentExtractor extractor(http, pages, clock);
-        http.answerWith([&](const HttpRequest &) -> HttpReply {
-            if (status == 0)
-                return Unexpected{HttpError{HttpError::Kind::broken, u"cut off"_s}};
-            return HttpResponse{status, body, false};
-        });
-        const auto result = waitFor(extractor.extract(url));
-        QVERIFY(result);
-        const auto words = [](const auto &reason) {
-            if constexpr (std::is_same_v<decltype(reason), const HttpError &>)
-                return reason.message;
-            else
-                return description(reason);
+        const Rows<QString, int, QByteArray, QString> rows{
+            {"a page", u"http://a.org/ä"_s, 200, "<title>T</title>"_ba, u"T"_s},
+            {"no content", u"http://a.org"_s, 299, ""_ba, u"-"_s},
+            {"Latin-1", u"http://a.org"_s, 200, "<title>\xE4</title>"_ba, u"ä"_s},
+            {"not found", u"http://a.org"_s, 404, ""_ba, u"Failed to fetch page"_s},
+            {"below 200", u"http://a.org"_s, 199, ""_ba, u"Failed to fetch page"_s},
+            {"no answer", u"http://a.org"_s, 0, ""_ba, u"cut off"_s},
+            {"no address", u"http://a b"_s, 200, ""_ba, u"Invalid URL"_s},
         };
-        const QString outcome =
-            *result ? (*result)->title.value_or(u"-"_s) : std::visit(words, result->error());
-        QTEST(outcome, "outcome");
-        if (!http.requests().isEmpty()) {
-            const HttpRequest request = http.requests().first();
-            QCOMPARE(request.inactivityLimit, 15s);
-            QCOMPARE(request.headers.size(), 1);
-            QVERIFY(request.headers[0].value.endsWith("Gecko) Version/17.0 Safari/605.1.15"));
+        for (const auto &[url, status, body, wanted] : rows) {
+            FakeClock clock;
+            FakeHttpClient http;
+            QThreadPool pages;
+            WebContentExtractor extractor(http, pages, clock);
+            http.answerWith([&](const HttpRequest &) -> HttpReply {
+                if (status == 0)
+                    return Unexpected{HttpError{HttpError::Kind::broken, u"cut off"_s}};
+                return HttpResponse{status, body, false};
+            });
+            const auto result = waitFor(extractor.extract(url));
+            QVERIFY(result);
+            const auto words = [](const auto &reason) {
+                if constexpr (std::is_same_v<decltype(reason), const HttpError &>)
+                    return reason.message;
+                else
+                    return description(reason);
+            };
+            const QString outcome =
+                *result ? (*result)->title.value_or(u"-"_s) : std::visit(words, result->error());
+            QCOMPARE(outcome, wanted);
+            if (!http.requests().isEmpty()) {
+                const HttpRequest request = http.requests().first();
+                QCOMPARE(request.inactivityLimit, 15s);
+                QCOMPARE(request.headers.size(), 1);
+                QVERIFY(request.headers[0].value.endsWith("Gecko) Version/17.0 Safari/605.1.15"));
+            }
+            QCOMPARE(http.requests().size(), outcome == u"Invalid URL"_s ? 0 : 1);
         }
-        QCOMPARE(http.requests().size(), outcome == u"Invalid URL"_s ? 0 : 1);
     }
 
     void takesOneCallAfterTheOther()

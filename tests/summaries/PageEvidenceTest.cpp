@@ -5,6 +5,7 @@
 #include "PageComparison.h"
 #include "PageMaker.h"
 #include "ReferencePacket.h"
+#include "Rows.h"
 
 #include <QJsonDocument>
 #include <QTest>
@@ -22,56 +23,49 @@ class PageEvidenceTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void findsTheEvidence_data()
-    {
-        QTest::addColumn<QString>("html");
-        QTest::addColumn<QString>("field");
-        QTest::addColumn<QString>("value");
-        const auto row = [](const char *name, const QString &html, const QString &field,
-                            const QString &value) {
-            QTest::newRow(name) << html << field << value;
-        };
-        const QString e29 = u"é"_s.repeated(29);
-        const QString marked = u"e\u0301"_s.repeated(1499);
-        row("no title", u"text"_s, u"title"_s, {});
-        row("doubly escaped", u"<title> &amp;quot; </title>"_s, u"title"_s, u"\""_s);
-        row("other quotes", u"<META PROPERTY='og:title' CONTENT='X'>"_s, u"ogTitle"_s, u"X"_s);
-        row("content first, > in it", u"<meta content=\"a > b\" property=\"og:title\">"_s,
-            u"ogTitle"_s, u"a > b"_s);
-        row("Twitter's", u"<meta name='twitter:title' content='T'>"_s, u"ogTitle"_s, u"T"_s);
-        row("property of Twitter's", u"<meta property='twitter:title' content='T'>"_s, u"ogTitle"_s,
-            {});
-        row("the page's own type", u"<meta property='og:type' content='v'>$1"_s, u"pageType"_s,
-            u"v"_s);
-        row("price makes a product", u"<h1>1</h1>$1"_s, u"pageType"_s, u"product"_s);
-        row("headings make an article", u"<h2>1</h2>"_s.repeated(4), u"pageType"_s, u"article"_s);
-        row("too few headings", u"<h2>1</h2>"_s.repeated(3), u"pageType"_s, u"webpage"_s);
-        row("five headings of six", u"<h2> </h2>"_s.repeated(6), u"headings"_s, u"||||"_s);
-        row("nested heading", u"<h1><span>A</span></h1>"_s, u"headings"_s, u""_s);
-        row("labels of the first nav",
-            u"<nav><a>1</a><a> </a><a>"_s + e29 + u"</a><a>x"_s + e29
-                + u"</a></nav><nav><a>2</a></nav>"_s,
-            u"navLabels"_s, u"1|"_s + e29);
-        row("buttons",
-            u"<button>Buy</button><button> </button><button>%1</button>"_s.arg(u"x"_s.repeated(50)),
-            u"ctaButtons"_s, u"Buy"_s);
-        row("prices", u"$1,299.00 £ 5 €12.5 $7"_s, u"pricingText"_s, u"$1,299.00|£ 5|€12"_s);
-        row("prices of other scripts", u"€\u0085\u2003\u0663,\u0664.\u0967\u0968"_s,
-            u"pricingText"_s, u"€\u0085\u2003\u0663,\u0664.\u0967\u0968"_s);
-        row("removed blocks",
-            u"a<SCRIPT>x</script >y</script>b<!-->c-->d<style>e</\uFB06yle><nav>f"_s,
-            u"extractedText"_s, u"a b d f"_s);
-        row("cut at 1,500", marked + u" \u2003 f"_s, u"extractedText"_s, marked);
-        row("host as written", u""_s, u"domain"_s, u"www.Example.org"_s);
-    }
     void findsTheEvidence()
     {
-        QFETCH(QString, html);
-        QFETCH(QString, field);
-        const EvidencePacket packet = parsePacket(html.toStdString(), address, {});
-        const QVariant value = QJsonDocument::fromJson(packet.toJson())[field].toVariant();
-        QTEST(value.toStringList().join(u'|'), "value");
-        QVERIFY(packet == referencePacket(html, address, {}));
+        const QString e29 = u"é"_s.repeated(29);
+        const QString marked = u"e\u0301"_s.repeated(1499);
+        const Rows<QString, QString, QString> rows{
+            {"no title", u"text"_s, u"title"_s},
+            {"doubly escaped", u"<title> &amp;quot; </title>"_s, u"title"_s, u"\""_s},
+            {"other quotes", u"<META PROPERTY='og:title' CONTENT='X'>"_s, u"ogTitle"_s, u"X"_s},
+            {"content first, > in it", u"<meta content=\"a > b\" property=\"og:title\">"_s,
+             u"ogTitle"_s, u"a > b"_s},
+            {"Twitter's", u"<meta name='twitter:title' content='T'>"_s, u"ogTitle"_s, u"T"_s},
+            {"property of Twitter's", u"<meta property='twitter:title' content='T'>"_s,
+             u"ogTitle"_s},
+            {"the page's own type", u"<meta property='og:type' content='v'>$1"_s, u"pageType"_s,
+             u"v"_s},
+            {"price makes a product", u"<h1>1</h1>$1"_s, u"pageType"_s, u"product"_s},
+            {"headings make an article", u"<h2>1</h2>"_s.repeated(4), u"pageType"_s, u"article"_s},
+            {"too few headings", u"<h2>1</h2>"_s.repeated(3), u"pageType"_s, u"webpage"_s},
+            {"five headings of six", u"<h2> </h2>"_s.repeated(6), u"headings"_s, u"||||"_s},
+            {"nested heading", u"<h1><span>A</span></h1>"_s, u"headings"_s, u""_s},
+            {"labels of the first nav",
+             u"<nav><a>1</a><a> </a><a>"_s + e29 + u"</a><a>x"_s + e29
+                 + u"</a></nav><nav><a>2</a></nav>"_s,
+             u"navLabels"_s, u"1|"_s + e29},
+            {"buttons",
+             u"<button>Buy</button><button> </button><button>%1</button>"_s.arg(
+                 u"x"_s.repeated(50)),
+             u"ctaButtons"_s, u"Buy"_s},
+            {"prices", u"$1,299.00 £ 5 €12.5 $7"_s, u"pricingText"_s, u"$1,299.00|£ 5|€12"_s},
+            {"prices of other scripts", u"€\u0085\u2003\u0663,\u0664.\u0967\u0968"_s,
+             u"pricingText"_s, u"€\u0085\u2003\u0663,\u0664.\u0967\u0968"_s},
+            {"removed blocks",
+             u"a<SCRIPT>x</script >y</script>b<!-->c-->d<style>e</\uFB06yle><nav>f"_s,
+             u"extractedText"_s, u"a b d f"_s},
+            {"cut at 1,500", marked + u" \u2003 f"_s, u"extractedText"_s, marked},
+            {"host as written", u""_s, u"domain"_s, u"www.Example.org"_s},
+        };
+        for (const auto &[html, field, wanted] : rows) {
+            const EvidencePacket packet = parsePacket(html.toStdString(), address, {});
+            const QVariant value = QJsonDocument::fromJson(packet.toJson())[field].toVariant();
+            QCOMPARE(value.toStringList().join(u'|'), wanted);
+            QVERIFY(packet == referencePacket(html, address, {}));
+        }
     }
 
     void agreesWithIcu()

@@ -8,6 +8,7 @@
 #include "LocalMLService.h"
 #include "ModelContainer.h"
 #include "ModelContext.h"
+#include "Rows.h"
 #include "WebContentExtractor.h"
 
 #include <QSignalSpy>
@@ -253,32 +254,27 @@ private Q_SLOTS:
         QVERIFY(!desk.service->currentProgress() && !summary && desk.http.requests().isEmpty());
     }
 
-    void fillsInAMissingTitle_data()
-    {
-        QTest::addColumn<QByteArray>("html");
-        QTest::addColumn<QString>("before");
-        QTest::addColumn<QString>("after");
-        QTest::newRow("missing") << "<title>T</title>"_ba << QString() << u"T"_s;
-        QTest::newRow("empty") << "<title>T</title>"_ba << u""_s << u"T"_s;
-        QTest::newRow("kept") << "<title>T</title>"_ba << u"Mine"_s << u"Mine"_s;
-        QTest::newRow("Open Graph")
-            << "<meta property='og:title' content='OG'>"_ba << QString() << u"OG"_s;
-        QTest::newRow("none") << "text"_ba << QString() << QString();
-    }
     void fillsInAMissingTitle()
     {
-        QFETCH(QByteArray, html);
-        QFETCH(QString, before);
-        Desk desk;
-        const auto title = before.isNull() ? std::nullopt : std::optional(before);
-        const LinkId id = desk.addLink(u"http://a.org"_s, title);
-        std::optional<QString> summary;
-        desk.waiters.start(keepSummary(*desk.service, id, &summary));
-        QVERIFY(desk.reachFirstPage());
-        desk.http.answerNext(HttpResponse{200, html, false});
-        QVERIFY(desk.finish());
-        QTEST(desk.context().link(id)->title.value_or(QString()), "after");
-        QVERIFY(summary && !desk.summary(id)); // which is for the caller to store
+        const Rows<QByteArray, QString, QString> rows{
+            {"missing", "<title>T</title>"_ba, QString(), u"T"_s},
+            {"empty", "<title>T</title>"_ba, u""_s, u"T"_s},
+            {"kept", "<title>T</title>"_ba, u"Mine"_s, u"Mine"_s},
+            {"Open Graph", "<meta property='og:title' content='OG'>"_ba, QString(), u"OG"_s},
+            {"none", "text"_ba, QString(), QString()},
+        };
+        for (const auto &[html, before, after] : rows) {
+            Desk desk;
+            const auto title = before.isNull() ? std::nullopt : std::optional(before);
+            const LinkId id = desk.addLink(u"http://a.org"_s, title);
+            std::optional<QString> summary;
+            desk.waiters.start(keepSummary(*desk.service, id, &summary));
+            QVERIFY(desk.reachFirstPage());
+            desk.http.answerNext(HttpResponse{200, html, false});
+            QVERIFY(desk.finish());
+            QCOMPARE(desk.context().link(id)->title.value_or(QString()), after);
+            QVERIFY(summary && !desk.summary(id)); // which is for the caller to store
+        }
     }
 
     void namesTransportErrors()

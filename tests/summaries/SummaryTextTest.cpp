@@ -2,6 +2,7 @@
 #include "SummaryText.h"
 
 #include "EvidencePacket.h"
+#include "Rows.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -10,50 +11,45 @@
 
 using namespace Qt::StringLiterals;
 using Text = std::optional<QString>;
-Q_DECLARE_METATYPE(Text)
 
 class SummaryTextTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void summarizesDescriptions_data()
-    {
-        QTest::addColumn<Text>("meta");
-        QTest::addColumn<Text>("openGraph");
-        QTest::addColumn<QString>("summary");
-        const auto row = [](const char *name, const Text &meta, const Text &openGraph,
-                            const QString &summary) {
-            QTest::newRow(name) << meta << openGraph << summary;
-        };
-        const QString tens = u"123456789 "_s; // ten characters each
-        const QString title = u"Docs - a article on example.com."_s;
-        row("gets its full stop", u"Hello world"_s, u"OG"_s, u"Hello world."_s);
-        row("has its full stop", u"Hello world."_s, {}, u"Hello world."_s);
-        row("Open Graph's", {}, u"OG"_s, u"OG."_s);
-        row("line feeds and outer space", u"\u00A0a\nb\r\n"_s, {}, u"a b."_s);
-        row("spaces only", u" \n "_s, u"OG"_s, u"."_s);
-        row("empty hides Open Graph's", u""_s, u"OG"_s, title);
-        row("none", {}, {}, title);
-        row("150 fit", QString(150, u'x'), {}, QString(150, u'x') + u'.');
-        row("ends at its last full stop", u"One. Two. "_s + tens.repeated(20), {}, u"One. Two."_s);
-        row("the stop is the 150th", QString(149, u'x') + u".yz"_s, {}, QString(149, u'x') + u'.');
-        row("ends before its last space", tens.repeated(20), {},
-            tens.repeated(15).chopped(1) + u"..."_s);
-        row("has no space", QString(200, u'x'), {}, QString(150, u'x') + u"..."_s);
-        row("characters of two units", u"😀"_s.repeated(150), {}, u"😀"_s.repeated(150) + u'.');
-        row("characters of two code points", u"e\u0301"_s.repeated(151), {},
-            u"e\u0301"_s.repeated(150) + u"..."_s);
-    }
     void summarizesDescriptions()
     {
-        QFETCH(Text, meta);
-        QFETCH(Text, openGraph);
-        EvidencePacket packet(u"https://example.com/x"_s, {});
-        packet.metaDescription = meta;
-        packet.ogDescription = openGraph;
-        packet.title = u"Docs"_s;
-        packet.pageType = u"article"_s;
-        QTEST(composeSummary(packet), "summary");
+        const QString tens = u"123456789 "_s;
+        const QString title = u"Docs - a article on example.com."_s;
+        const Rows<Text, Text, QString> rows{
+            {"gets its full stop", u"Hello world"_s, u"OG"_s, u"Hello world."_s},
+            {"has its full stop", u"Hello world."_s, {}, u"Hello world."_s},
+            {"Open Graph's", {}, u"OG"_s, u"OG."_s},
+            {"line feeds and outer space", u"\u00A0a\nb\r\n"_s, {}, u"a b."_s},
+            {"spaces only", u" \n "_s, u"OG"_s, u"."_s},
+            {"empty hides Open Graph's", u""_s, u"OG"_s, title},
+            {"none", {}, {}, title},
+            {"150 fit", QString(150, u'x'), {}, QString(150, u'x') + u'.'},
+            {"ends at its last full stop", u"One. Two. "_s + tens.repeated(20), {}, u"One. Two."_s},
+            {"the stop is the 150th", QString(149, u'x') + u".yz"_s, {}, QString(149, u'x') + u'.'},
+            {"ends before its last space",
+             tens.repeated(20),
+             {},
+             tens.repeated(15).chopped(1) + u"..."_s},
+            {"has no space", QString(200, u'x'), {}, QString(150, u'x') + u"..."_s},
+            {"characters of two units", u"😀"_s.repeated(150), {}, u"😀"_s.repeated(150) + u'.'},
+            {"characters of two code points",
+             u"e\u0301"_s.repeated(151),
+             {},
+             u"e\u0301"_s.repeated(150) + u"..."_s},
+        };
+        for (const auto &[meta, openGraph, summary] : rows) {
+            EvidencePacket packet(u"https://example.com/x"_s, {});
+            packet.metaDescription = meta;
+            packet.ogDescription = openGraph;
+            packet.title = u"Docs"_s;
+            packet.pageType = u"article"_s;
+            QCOMPARE(composeSummary(packet), summary);
+        }
     }
 
     void summarizesTitles()

@@ -2,6 +2,7 @@
 #include "style/LoomStyle.h"
 
 #include "ColorScheme.h"
+#include "Rows.h"
 #include "style/Colors.h"
 
 #include <QApplication>
@@ -109,60 +110,55 @@ class LoomStyleTest : public QObject
 private Q_SLOTS:
     void initTestCase() { QApplication::setStyle(new LoomStyle); }
 
-    void contrastsSuffice_data()
-    {
-        QTest::addColumn<int>("control");
-        QTest::addColumn<bool>("isDark");
-        for (int i = 0; i < controls.size(); ++i) {
-            for (const bool isDark : {false, true})
-                QTest::addRow("%s, %s", controls[i].name, isDark ? "dark" : "light") << i << isDark;
-        }
-    }
-
     /// Texts 4.5 to 1, outlines 3 to 1, and a focus that is seen.
     void contrastsSuffice()
     {
-        QFETCH(int, control);
-        QFETCH(bool, isDark);
-        constexpr qreal ratio = 4; // so that strokes reach their colour
-        const Control &tested = controls[control];
-        QApplication::setPalette(isDark ? darkPalette() : LoomStyle::lightPalette());
-        QWidget window;
-        QWidget *const widget = tested.make();
-        widget->setParent(&window);
-        widget->move(10, 10);
-        widget->resize(widget->sizeHint());
-        window.resize(widget->size() + QSize(20, 20));
-        const QPalette palette = window.palette();
-
-        const QImage image = picture(*widget, ratio);
-        const int middle = image.height() / 2;
-        const QColor ground = image.pixelColor(int(tested.inside * ratio), middle);
-        const QRect text(int((tested.inside + 4) * ratio), int(8 * ratio), int(30 * ratio),
-                         image.height() - int(16 * ratio));
-        const double ink = strongest(image, text, ground);
-        QVERIFY2(ink >= 4.5, qPrintable(u"text %1"_s.arg(ink)));
-        if (tested.hasOutline) {
-            const QRect edge(0, middle, int(2 * ratio), 1);
-            const double line = strongest(image, edge, palette.color(QPalette::Window));
-            QVERIFY2(line >= 3, qPrintable(u"outline %1"_s.arg(line)));
+        Rows<Control, bool> rows{};
+        for (const Control &control : controls) {
+            for (const bool isDark : {false, true})
+                rows.add(
+                    {QByteArray(control.name) + (isDark ? ", dark" : ", light"), control, isDark});
         }
+        for (const auto &[tested, isDark] : rows) {
+            constexpr qreal ratio = 4; // so that strokes reach their colour
+            QApplication::setPalette(isDark ? darkPalette() : LoomStyle::lightPalette());
+            QWidget window;
+            QWidget *const widget = tested.make();
+            widget->setParent(&window);
+            widget->move(10, 10);
+            widget->resize(widget->sizeHint());
+            window.resize(widget->size() + QSize(20, 20));
+            const QPalette palette = window.palette();
 
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
-        widget->setFocus(Qt::TabFocusReason);
-        const QImage focused = picture(*widget, ratio);
-        int changed = 0; // the ring's length in pixels of the screen, two of them wide
-        for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
-                const bool isSeen =
-                    contrast(image.pixelColor(x, y), focused.pixelColor(x, y)) >= 1.5;
-                changed += int(isSeen);
+            const QImage image = picture(*widget, ratio);
+            const int middle = image.height() / 2;
+            const QColor ground = image.pixelColor(int(tested.inside * ratio), middle);
+            const QRect text(int((tested.inside + 4) * ratio), int(8 * ratio), int(30 * ratio),
+                             image.height() - int(16 * ratio));
+            const double ink = strongest(image, text, ground);
+            QVERIFY2(ink >= 4.5, qPrintable(u"text %1"_s.arg(ink)));
+            if (tested.hasOutline) {
+                const QRect edge(0, middle, int(2 * ratio), 1);
+                const double line = strongest(image, edge, palette.color(QPalette::Window));
+                QVERIFY2(line >= 3, qPrintable(u"outline %1"_s.arg(line)));
             }
+
+            window.show();
+            QVERIFY(QTest::qWaitForWindowActive(&window));
+            widget->setFocus(Qt::TabFocusReason);
+            const QImage focused = picture(*widget, ratio);
+            int changed = 0; // the ring's length in pixels of the screen, two of them wide
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x) {
+                    const bool isSeen =
+                        contrast(image.pixelColor(x, y), focused.pixelColor(x, y)) >= 1.5;
+                    changed += int(isSeen);
+                }
+            }
+            const double length = changed / (ratio * ratio) / 2;
+            QVERIFY2(length >= 40, qPrintable(u"ring of %1"_s.arg(length)));
+            QApplication::setPalette(QPalette());
         }
-        const double length = changed / (ratio * ratio) / 2;
-        QVERIFY2(length >= 40, qPrintable(u"ring of %1"_s.arg(length)));
-        QApplication::setPalette(QPalette());
     }
 };
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Calendar.h"
+#include "Rows.h"
 #include "TestPanel.h"
 
 #include <QSignalSpy>
@@ -59,29 +60,25 @@ private Q_SLOTS:
         QCOMPARE(panel.model.todayText(), u"0 today"_s);
     }
 
-    void rowsShowTheTitleOrElseTheAddress_data()
-    {
-        QTest::addColumn<std::optional<QString>>("title");
-        QTest::addColumn<QString>("shown");
-        using Title = std::optional<QString>;
-        QTest::newRow("no title") << Title() << u"https://a.example/x"_s;
-        QTest::newRow("a title") << Title(u"News"_s) << u"News"_s;
-        QTest::newRow("an empty title") << Title(u""_s) << u""_s;
-        QTest::newRow("a huge title") << Title(QString(4'000'000, u'w')) << QString(500, u'w');
-    }
-
     void rowsShowTheTitleOrElseTheAddress()
     {
-        QFETCH(std::optional<QString>, title);
-        QFETCH(QString, shown);
-        TestPanel panel;
-        const CapturedLink link = panel.store.add(u"https://a.example/x"_s);
-        if (title)
-            panel.store.context().setTitle(link.id, *title);
-        const LinkRow row = panel.model.row(positionOf(link));
-        QCOMPARE(row.title, shown);
-        QCOMPARE(row.time, u"11:13\u202fPM"_s); // 22:13 UTC, an hour later in Berlin
-        QVERIFY(!row.summary);
+        using Title = std::optional<QString>;
+        const Rows<std::optional<QString>, QString> rows{
+            {"no title", Title(), u"https://a.example/x"_s},
+            {"a title", Title(u"News"_s), u"News"_s},
+            {"an empty title", Title(u""_s), u""_s},
+            {"a huge title", Title(QString(4'000'000, u'w')), QString(500, u'w')},
+        };
+        for (const auto &[title, shown] : rows) {
+            TestPanel panel;
+            const CapturedLink link = panel.store.add(u"https://a.example/x"_s);
+            if (title)
+                panel.store.context().setTitle(link.id, *title);
+            const LinkRow row = panel.model.row(positionOf(link));
+            QCOMPARE(row.title, shown);
+            QCOMPARE(row.time, u"11:13\u202fPM"_s); // 22:13 UTC, an hour later in Berlin
+            QVERIFY(!row.summary);
+        }
     }
 
     void actsOnTheWholeRecord()

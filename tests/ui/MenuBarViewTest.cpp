@@ -6,6 +6,7 @@
 #include "FormWidgets.h"
 #include "IconButton.h"
 #include "PanelPlacement.h"
+#include "Rows.h"
 #include "Spinner.h"
 #include "TestPanel.h"
 #include "TintedIcon.h"
@@ -63,40 +64,28 @@ class MenuBarViewTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void opensWhereTheTrayIs_data()
-    {
-        using Tray = std::optional<QRect>;
-        QTest::addColumn<QRect>("screen");
-        QTest::addColumn<Tray>("tray");
-        QTest::addColumn<QPoint>("cursor");
-        QTest::addColumn<QRect>("place");
-        const QRect screen(0, 24, 1000, 676);
-        QTest::newRow("below a tray above")
-            << screen << Tray(QRect(500, 0, 24, 24)) << QPoint() << QRect(411, 24, 200, 300);
-        QTest::newRow("above a tray below")
-            << screen << Tray(QRect(500, 676, 24, 24)) << QPoint() << QRect(411, 376, 200, 300);
-        QTest::newRow("in the right corner")
-            << screen << Tray(QRect(980, 0, 20, 24)) << QPoint() << QRect(800, 24, 200, 300);
-        QTest::newRow("at the cursor")
-            << screen << Tray() << QPoint(300, 100) << QRect(200, 101, 200, 300);
-        QTest::newRow("cursor in a corner")
-            << screen << Tray() << QPoint(2, 698) << QRect(0, 398, 200, 300);
-        QTest::newRow("on another screen")
-            << QRect(-1000, 0, 1000, 700) << Tray(QRect(-1000, 0, 20, 20)) << QPoint(5, 5)
-            << QRect(-1000, 20, 200, 300);
-        QTest::newRow("no room beside the tray")
-            << QRect(0, 0, 1000, 310) << Tray(QRect(500, 0, 24, 24)) << QPoint()
-            << QRect(411, 24, 200, 286);
-        QTest::newRow("screen too small")
-            << QRect(0, 0, 160, 120) << Tray() << QPoint(80, 10) << QRect(0, 0, 160, 120);
-    }
-
     void opensWhereTheTrayIs()
     {
-        QFETCH(QRect, screen);
-        QFETCH(std::optional<QRect>, tray);
-        QFETCH(QPoint, cursor);
-        QTEST(panelPlacement(QSize(200, 300), tray, cursor, screen), "place");
+        using Tray = std::optional<QRect>;
+        const QRect screen(0, 24, 1000, 676);
+        const Rows<QRect, Tray, QPoint, QRect> rows{
+            {"below a tray above", screen, Tray(QRect(500, 0, 24, 24)), QPoint(),
+             QRect(411, 24, 200, 300)},
+            {"above a tray below", screen, Tray(QRect(500, 676, 24, 24)), QPoint(),
+             QRect(411, 376, 200, 300)},
+            {"in the right corner", screen, Tray(QRect(980, 0, 20, 24)), QPoint(),
+             QRect(800, 24, 200, 300)},
+            {"at the cursor", screen, Tray(), QPoint(300, 100), QRect(200, 101, 200, 300)},
+            {"cursor in a corner", screen, Tray(), QPoint(2, 698), QRect(0, 398, 200, 300)},
+            {"on another screen", QRect(-1000, 0, 1000, 700), Tray(QRect(-1000, 0, 20, 20)),
+             QPoint(5, 5), QRect(-1000, 20, 200, 300)},
+            {"no room beside the tray", QRect(0, 0, 1000, 310), Tray(QRect(500, 0, 24, 24)),
+             QPoint(), QRect(411, 24, 200, 286)},
+            {"screen too small", QRect(0, 0, 160, 120), Tray(), QPoint(80, 10),
+             QRect(0, 0, 160, 120)},
+        };
+        for (const auto &[screen, tray, cursor, place] : rows)
+            QCOMPARE(panelPlacement(QSize(200, 300), tray, cursor, screen), place);
     }
 
     void invitesToCopyWhileThereAreNoLinks()
@@ -286,35 +275,30 @@ private Q_SLOTS:
         QVERIFY(!line.isVisible());
     }
 
-    void pastingAddsAndTellsWhatCameOfIt_data()
-    {
-        QTest::addColumn<QString>("copied");
-        QTest::addColumn<QString>("answer");
-        QTest::newRow("new") << u"https://new.example/"_s << u"The link was added."_s;
-        QTest::newRow("stored") << u" https://a.example/0/ "_s << u"The link is already there."_s;
-        QTest::newRow("excluded") << u"https://www.ads.example/"_s
-                                  << u"Links of this domain are excluded."_s;
-        QTest::newRow("no address") << u"new.example"_s << u"The clipboard holds no web address."_s;
-    }
-
     void pastingAddsAndTellsWhatCameOfIt()
     {
-        QFETCH(QString, copied);
-        QFETCH(QString, answer);
-        TestPanel panel;
-        panel.addLinks(1);
-        QVERIFY(panel.store.context().insert(ExcludedDomain{{}, u"ads.example"_s, {}}));
-        MenuBarView view(panel.model, {});
-        view.showAsPanel({});
-        panel.clipboard.stopReading(); // as while capturing is paused
-        panel.clipboard.copy(copied);
-        QTest::keyClick(&view, Qt::Key_V, Qt::ControlModifier);
-        QVERIFY(showsLabel(view, answer));
-        const bool isNew = copied.contains(u"new.example/");
-        QCOMPARE(panel.store.visible().size(), isNew ? 2 : 1);
-        QTRY_COMPARE(panel.web.requests().size(), isNew ? 1 : 0); // for the title
-        panel.store.clock.advance(5s);
-        QVERIFY(!showsLabel(view, answer));
+        const Rows<QString, QString> rows{
+            {"new", u"https://new.example/"_s, u"The link was added."_s},
+            {"stored", u" https://a.example/0/ "_s, u"The link is already there."_s},
+            {"excluded", u"https://www.ads.example/"_s, u"Links of this domain are excluded."_s},
+            {"no address", u"new.example"_s, u"The clipboard holds no web address."_s},
+        };
+        for (const auto &[copied, answer] : rows) {
+            TestPanel panel;
+            panel.addLinks(1);
+            QVERIFY(panel.store.context().insert(ExcludedDomain{{}, u"ads.example"_s, {}}));
+            MenuBarView view(panel.model, {});
+            view.showAsPanel({});
+            panel.clipboard.stopReading(); // as while capturing is paused
+            panel.clipboard.copy(copied);
+            QTest::keyClick(&view, Qt::Key_V, Qt::ControlModifier);
+            QVERIFY(showsLabel(view, answer));
+            const bool isNew = copied.contains(u"new.example/");
+            QCOMPARE(panel.store.visible().size(), isNew ? 2 : 1);
+            QTRY_COMPARE(panel.web.requests().size(), isNew ? 1 : 0); // for the title
+            panel.store.clock.advance(5s);
+            QVERIFY(!showsLabel(view, answer));
+        }
     }
 
     void opensAnewEachTime()

@@ -2,6 +2,7 @@
 #include "Confirmation.h"
 #include "InlineExportView.h"
 #include "MenuBarView.h"
+#include "Rows.h"
 #include "SettingsDesk.h"
 #include "Spinner.h"
 #include "StatusLine.h"
@@ -108,21 +109,20 @@ class SettingsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void controlsWriteOnlyWhatIsChanged_data()
+    void controlsWriteOnlyWhatIsChanged()
     {
-        QTest::addColumn<MakeScreen>("make");
-        QTest::addColumn<QString>("label");
-        QTest::addColumn<QString>("shown");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("line");
-        const auto row = [](const MakeScreen &make, const QString &label, const QString &shown,
-                            const QString &value, const QString &line) {
-            QTest::newRow(qPrintable(label + u" ("_s + shown + u"): "_s + line))
-                << make << label << shown << value << line;
+        Rows<MakeScreen, QString, QString, QString, QString> rows{
+            {"Send Time", inWindow, u"Send Time"_s, u"08:00"_s, u"17:45:00"_s,
+             u"emailSendHour=17"_s},
+            {"Send To", inPanel<SettingsTab::email>, u"Send To"_s, QString(), u"me"_s,
+             u"emailAddress=me"_s},
+            {"Email Address", inWindow, u"Email Address"_s, QString(), u"me"_s,
+             u"emailAddress=me"_s},
         };
-        const auto toggle = [&](const MakeScreen &make, const QString &label, bool isOn,
-                                const QString &key) {
-            row(make, label, isOn ? u"on"_s : u"off"_s, {}, key + (isOn ? u"=false" : u"=true"));
+        const auto toggle = [&rows](const MakeScreen &make, const QString &label, bool isOn,
+                                    const QString &key) {
+            rows.add({label.toUtf8(), make, label, isOn ? u"on"_s : u"off"_s, QString(),
+                      key + (isOn ? u"=false" : u"=true")});
         };
         toggle(inPanel<SettingsTab::general>, u"Launch at Login"_s, false, u"launchAtLogin"_s);
         toggle(inPanel<SettingsTab::general>, u"Automatically install updates"_s, false,
@@ -139,58 +139,47 @@ private Q_SLOTS:
             {u"30 days"_s, 30}, {u"180 days"_s, 180}, {u"1 year"_s, 365}, {u"Never"_s, 0}};
         for (const auto &[entry, days] : spans) {
             const QString line = u"autoPruneDays=%1"_s.arg(days);
-            row(inPanel<SettingsTab::data>, u"Auto-delete after"_s, u"90 days"_s, entry, line);
-            row(inWindow, u"Auto-prune after"_s, u"90 days"_s, entry, line);
+            rows.add({entry.toUtf8(), inPanel<SettingsTab::data>, u"Auto-delete after"_s,
+                      u"90 days"_s, entry, line});
+            rows.add({entry.toUtf8(), inWindow, u"Auto-prune after"_s, u"90 days"_s, entry, line});
         }
         for (const int hour : {0, 9, 23})
-            row(inPanel<SettingsTab::email>, u"Send at"_s, u"08:00"_s,
-                u"%1:00"_s.arg(hour, 2, 10, QChar(u'0')), u"emailSendHour=%1"_s.arg(hour));
-        row(inWindow, u"Send Time"_s, u"08:00"_s, u"17:45:00"_s, u"emailSendHour=17"_s);
-        row(inPanel<SettingsTab::email>, u"Send To"_s, {}, u"me"_s, u"emailAddress=me"_s);
-        row(inWindow, u"Email Address"_s, {}, u"me"_s, u"emailAddress=me"_s);
-    }
-    void controlsWriteOnlyWhatIsChanged()
-    {
-        QFETCH(MakeScreen, make);
-        QFETCH(QString, label);
-        QFETCH(QString, shown);
-        QFETCH(QString, value);
-        QFETCH(QString, line);
-        SettingsDesk desk;
-        const std::unique_ptr<QWidget> view(make(desk.all));
-        auto *const control = labelled<QWidget>(*view, label);
-        QVERIFY(control);
-        QCOMPARE(valueOf(*control), shown);
-        turnWheelOver(*control);
-        QCOMPARE(valueOf(*control), shown);
-        QCOMPARE(desk.written(), QString());
+            rows.add({"Send at", inPanel<SettingsTab::email>, u"Send at"_s, u"08:00"_s,
+                      u"%1:00"_s.arg(hour, 2, 10, QChar(u'0')), u"emailSendHour=%1"_s.arg(hour)});
+        for (const auto &[make, label, shown, value, line] : rows) {
+            SettingsDesk desk;
+            const std::unique_ptr<QWidget> view(make(desk.all));
+            auto *const control = labelled<QWidget>(*view, label);
+            QVERIFY(control);
+            QCOMPARE(valueOf(*control), shown);
+            turnWheelOver(*control);
+            QCOMPARE(valueOf(*control), shown);
+            QCOMPARE(desk.written(), QString());
 
-        setValue(*control, value);
-        QVERIFY2(desk.written().contains(line), qPrintable(desk.written()));
-        QCOMPARE(desk.written().count(u'='), 1);
-        QCOMPARE(desk.logins, label == u"Launch at Login" ? QList{shown == u"off"} : QList<bool>());
+            setValue(*control, value);
+            QVERIFY2(desk.written().contains(line), qPrintable(desk.written()));
+            QCOMPARE(desk.written().count(u'='), 1);
+            QCOMPARE(desk.logins,
+                     label == u"Launch at Login" ? QList{shown == u"off"} : QList<bool>());
+        }
     }
 
-    void strangeValuesAreShownAndLeftAsTheyAre_data()
-    {
-        QTest::addColumn<int>("pruneDays");
-        QTest::newRow("before never") << -5;
-        QTest::newRow("between two entries") << 45;
-    }
     void strangeValuesAreShownAndLeftAsTheyAre()
     {
-        QFETCH(int, pruneDays);
-        SettingsDesk desk;
-        desk.preferences.set(preferenceKeys::emailSendHour, 99);
-        desk.preferences.set(preferenceKeys::autoPruneDays, pruneDays);
-        const QString before = desk.written();
-        InlineSettingsView inlineView(desk.all);
-        inlineView.select(SettingsTab::email);
-        QCOMPARE(labelled<QComboBox>(inlineView, u"Send at"_s)->placeholderText(), u"99"_s);
-        inlineView.select(SettingsTab::data);
-        QCOMPARE(labelled<QComboBox>(inlineView, u"Auto-delete after"_s)->currentIndex(), -1);
-        const SettingsView window(desk.all);
-        QCOMPARE(desk.written(), before);
+        const Rows<int> rows{{"before never", -5}, {"between two entries", 45}};
+        for (const auto &[pruneDays] : rows) {
+            SettingsDesk desk;
+            desk.preferences.set(preferenceKeys::emailSendHour, 99);
+            desk.preferences.set(preferenceKeys::autoPruneDays, pruneDays);
+            const QString before = desk.written();
+            InlineSettingsView inlineView(desk.all);
+            inlineView.select(SettingsTab::email);
+            QCOMPARE(labelled<QComboBox>(inlineView, u"Send at"_s)->placeholderText(), u"99"_s);
+            inlineView.select(SettingsTab::data);
+            QCOMPARE(labelled<QComboBox>(inlineView, u"Auto-delete after"_s)->currentIndex(), -1);
+            const SettingsView window(desk.all);
+            QCOMPARE(desk.written(), before);
+        }
     }
 
     void bothScreensAgree()
@@ -212,51 +201,47 @@ private Q_SLOTS:
         QCOMPARE(labelled<QLineEdit>(inlineView, u"Send To"_s)->text(), u"a@b.example"_s);
     }
 
-    void aSendOutlivesItsTabAndItsOutcomeIsSeenOnce_data()
-    {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("outcome");
-        QTest::newRow("sent") << 200 << u"Email sent successfully!"_s;
-        QTest::newRow("refused") << 500 << u"Failed to connect to the email service."_s;
-    }
     void aSendOutlivesItsTabAndItsOutcomeIsSeenOnce()
     {
-        QFETCH(int, status);
-        QFETCH(QString, outcome);
-        SettingsDesk desk;
-        desk.addLink(u"https://a.example"_s);
-        InlineSettingsView view(desk.all);
-        view.show();
-        const auto open = [&view](SettingsTab tab) {
-            view.select(tab);
-            QCoreApplication::processEvents(); // shows it
-        };
-        const auto press = [&view] { labelled<QAbstractButton>(view, u"Send Now"_s)->click(); };
-        open(SettingsTab::email);
-        QTest::keyClicks(labelled<QLineEdit>(view, u"Send To"_s), u"a@b.example"_s);
-        press();
-        open(SettingsTab::general);
-        QTRY_COMPARE(desk.web.waiting(), 1);
-        open(SettingsTab::email);
-        QVERIFY(view.findChild<Spinner *>()->isVisible());
-        press();
-        open(SettingsTab::general);
-        desk.web.answerNext(HttpResponse{status, {}, false});
-        QTRY_VERIFY(!desk.manualSend.isSending());
-        open(SettingsTab::email);
-        QVERIFY(shows(view, outcome));
-        QCOMPARE(desk.web.requests().size(), 1);
+        const Rows<int, QString> rows{
+            {"sent", 200, u"Email sent successfully!"_s},
+            {"refused", 500, u"Failed to connect to the email service."_s}};
+        for (const auto &[status, outcome] : rows) {
+            SettingsDesk desk;
+            desk.addLink(u"https://a.example"_s);
+            InlineSettingsView view(desk.all);
+            view.show();
+            const auto open = [&view](SettingsTab tab) {
+                view.select(tab);
+                QCoreApplication::processEvents(); // shows it
+            };
+            const auto press = [&view] { labelled<QAbstractButton>(view, u"Send Now"_s)->click(); };
+            open(SettingsTab::email);
+            QTest::keyClicks(labelled<QLineEdit>(view, u"Send To"_s), u"a@b.example"_s);
+            press();
+            open(SettingsTab::general);
+            QTRY_COMPARE(desk.web.waiting(), 1);
+            open(SettingsTab::email);
+            QVERIFY(view.findChild<Spinner *>()->isVisible());
+            press();
+            open(SettingsTab::general);
+            desk.web.answerNext(HttpResponse{status, {}, false});
+            QTRY_VERIFY(!desk.manualSend.isSending());
+            open(SettingsTab::email);
+            QVERIFY(shows(view, outcome));
+            QCOMPARE(desk.web.requests().size(), 1);
 
-        open(SettingsTab::general);
-        open(SettingsTab::email);
-        QVERIFY(!shows(view, outcome));
-        press();
-        QTRY_COMPARE(desk.web.waiting(), 1);
-        desk.web.answerNext(HttpResponse{status, {}, false});
-        QTRY_VERIFY(shows(view, outcome)); // seen as it comes
-        view.hide();
-        view.show();
-        QVERIFY(!shows(view, outcome));
+            open(SettingsTab::general);
+            open(SettingsTab::email);
+            QVERIFY(!shows(view, outcome));
+            press();
+            QTRY_COMPARE(desk.web.waiting(), 1);
+            desk.web.answerNext(HttpResponse{status, {}, false});
+            QTRY_VERIFY(shows(view, outcome)); // seen as it comes
+            view.hide();
+            view.show();
+            QVERIFY(!shows(view, outcome));
+        }
     }
 
     void timesReadTheSameFromRightToLeft()
@@ -268,24 +253,20 @@ private Q_SLOTS:
         QCOMPARE(window.findChild<QTimeEdit *>()->text(), u"08:00"_s);
     }
 
-    void domains_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("domain");
-        QTest::newRow("an address") << u"  HTTPS://Shop.Example/a?b=c \n"_s << u"shop.example"_s;
-        QTest::newRow("a name") << u"example.com"_s << u"example.com"_s;
-        QTest::newRow("port and query stay") << u"a.example:80?x"_s << u"a.example:80?x"_s;
-        QTest::newRow("www stays") << u"www.a.example"_s << u"www.a.example"_s;
-        QTest::newRow("every scheme") << u"https://http://a.example"_s << u"a.example"_s;
-        QTest::newRow("a scheme alone") << u"http://"_s << QString();
-        QTest::newRow("a path alone") << u"/a"_s << QString();
-        QTest::newRow("nothing") << u" \t"_s << QString();
-    }
     void domains()
     {
-        QFETCH(QString, typed);
-        QFETCH(QString, domain);
-        QCOMPARE(domainFrom(typed).value_or(QString()), domain);
+        const Rows<QString, QString> rows{
+            {"an address", u"  HTTPS://Shop.Example/a?b=c \n"_s, u"shop.example"_s},
+            {"a name", u"example.com"_s, u"example.com"_s},
+            {"port and query stay", u"a.example:80?x"_s, u"a.example:80?x"_s},
+            {"www stays", u"www.a.example"_s, u"www.a.example"_s},
+            {"every scheme", u"https://http://a.example"_s, u"a.example"_s},
+            {"a scheme alone", u"http://"_s, QString()},
+            {"a path alone", u"/a"_s, QString()},
+            {"nothing", u" \t"_s, QString()},
+        };
+        for (const auto &[typed, domain] : rows)
+            QCOMPARE(domainFrom(typed).value_or(QString()), domain);
     }
 
     void domainsAreAddedTwiceAndRemovedOnce()
@@ -349,36 +330,33 @@ private Q_SLOTS:
         QVERIFY(outcome->height() >= 5 * view.fontMetrics().height());
     }
 
-    void clearingAsksFirst_data()
-    {
-        QTest::addColumn<MakeScreen>("make");
-        QTest::addColumn<QStringList>("texts"); // button, title, message, action
-        QTest::newRow("inline") << MakeScreen(inPanel<SettingsTab::data>)
-                                << QStringList{u"Clear All History"_s, u"Delete all 1 links?"_s,
-                                               u"This cannot be undone."_s, u"Delete All"_s};
-        QTest::newRow("window") << MakeScreen(inWindow)
-                                << QStringList{u"Clear History"_s, u"Clear History"_s,
-                                               u"This will permanently delete all captured links. "
-                                               "This action cannot be undone."_s,
-                                               u"Clear All"_s};
-    }
     void clearingAsksFirst()
     {
-        QFETCH(MakeScreen, make);
-        QFETCH(QStringList, texts);
-        SettingsDesk desk;
-        desk.addLink(u"https://a.example"_s);
-        const std::unique_ptr<QWidget> view(make(desk.all));
-        for (const QString &answer : {u"Cancel"_s, texts.at(3)}) {
-            QCOMPARE(desk.context().counts().stored, 1);
-            labelled<QAbstractButton>(*view, texts.at(0))->click();
-            ConfirmationView *const question = openQuestion();
-            QVERIFY(question);
-            QVERIFY(shows(*question, texts.at(1)) && shows(*question, texts.at(2)));
-            QVERIFY(labelled<QPushButton>(*question, u"Cancel"_s)->isDefault());
-            labelled<QAbstractButton>(*question, answer)->click();
+        const Rows<MakeScreen, QStringList> rows{
+            {"inline", MakeScreen(inPanel<SettingsTab::data>),
+             QStringList{u"Clear All History"_s, u"Delete all 1 links?"_s,
+                         u"This cannot be undone."_s, u"Delete All"_s}},
+            {"window", MakeScreen(inWindow),
+             QStringList{u"Clear History"_s, u"Clear History"_s,
+                         u"This will permanently delete all captured links. "
+                         "This action cannot be undone."_s,
+                         u"Clear All"_s}},
+        };
+        for (const auto &[make, texts] : rows) {
+            SettingsDesk desk;
+            desk.addLink(u"https://a.example"_s);
+            const std::unique_ptr<QWidget> view(make(desk.all));
+            for (const QString &answer : {u"Cancel"_s, texts.at(3)}) {
+                QCOMPARE(desk.context().counts().stored, 1);
+                labelled<QAbstractButton>(*view, texts.at(0))->click();
+                ConfirmationView *const question = openQuestion();
+                QVERIFY(question);
+                QVERIFY(shows(*question, texts.at(1)) && shows(*question, texts.at(2)));
+                QVERIFY(labelled<QPushButton>(*question, u"Cancel"_s)->isDefault());
+                labelled<QAbstractButton>(*question, answer)->click();
+            }
+            QCOMPARE(desk.context().counts().stored, 0);
         }
-        QCOMPARE(desk.context().counts().stored, 0);
     }
 
     void theSheetStaysOpenUntilItsTextsAreRight()

@@ -3,6 +3,7 @@
 #include "FakeClock.h"
 #include "LoopbackServer.h"
 #include "Preferences.h"
+#include "Rows.h"
 #include "SignedFeed.h"
 #include "SystemPackages.h"
 #include "UpdaterManager.h"
@@ -18,9 +19,6 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Kind = UpdateError::Kind;
 using Failure = std::optional<Kind>;
-
-Q_DECLARE_METATYPE(Failure)
-Q_DECLARE_METATYPE(UpdateStatus)
 
 namespace
 {
@@ -121,63 +119,55 @@ private Q_SLOTS:
         QVERIFY(!MinisignKey::parse("RWTIEBfs"));
     }
 
-    void believesOnlyGoodFeeds_data()
-    {
-        QTest::addColumn<QByteArray>("document");
-        QTest::addColumn<QByteArray>("signature");
-        QTest::addColumn<Failure>("failure");
-        const auto row = [](const char *name, const QByteArray &document,
-                            const QByteArray &signature, Failure failure) {
-            QTest::newRow(name) << document << signature << failure;
-        };
-        const auto signedRow = [&](const char *name, const QByteArray &document, Failure failure) {
-            row(name, document, m_signer.sign(document), failure);
-        };
-        const QByteArray good = m_signer.sign(feed());
-        signedRow("good", feed(), {});
-        row("no signature", feed(), "", Kind::notSigned);
-        row("a web page for a signature", feed(), "<html>\n\n\n\n</html>", Kind::notSigned);
-        row("cut short", feed(), good.first(good.size() - 8), Kind::notSigned);
-        row("another's signature", feed(), Signer("87654321").sign(feed()), Kind::unknownKey);
-        row("another's under our name", feed(), Signer("12345678").sign(feed()),
-            Kind::wrongSignature);
-        row("changed", feed("8"), good, Kind::wrongSignature);
-        row("changed comment", feed(), edited(good, "noon", "nine"), Kind::wrongSignature);
-        row("hashed passed off as not", feed(),
-            edited(good, QByteArray("ED123").toBase64().first(4),
-                   QByteArray("Ed123").toBase64().first(4)),
-            Kind::wrongSignature);
-        signedRow("not JSON", "2.0", Kind::notJson);
-        signedRow("nested without end", QByteArray(60'000, '['), Kind::notJson);
-        signedRow("a list", "[]", Kind::notJson);
-        signedRow("empty", "{}", Kind::incomplete);
-        signedRow("part of a sequence", feed("7.5"), Kind::incomplete);
-        signedRow("negative sequence", feed("-1"), Kind::incomplete);
-        signedRow("sequence too large", feed("1e30"), Kind::incomplete);
-        signedRow("no time zone", feed("7", "2023-11-15T00:00:00"), Kind::incomplete);
-        signedRow("no date", feed("7", "soon"), Kind::incomplete);
-        signedRow("page not secure", feed("7", "2023-11-15T00:00:00Z", "http://a.example/"),
-                  Kind::incomplete);
-        signedRow("page runs a program", feed("7", "2023-11-15T00:00:00Z", "file:///bin/sh"),
-                  Kind::incomplete);
-        signedRow("no version", edited(feed(), "2.0", "2.0-beta"), Kind::incomplete);
-        signedRow("expired", feed("7", "2023-11-14T22:13:20Z"), Kind::expired);
-        signedRow("replayed", feed("4"), Kind::replayed);
-        signedRow("seen before", feed("5"), {});
-    }
-
     void believesOnlyGoodFeeds()
     {
-        QFETCH(const QByteArray, document);
-        QFETCH(const QByteArray, signature);
-        QFETCH(const Failure, failure);
-        const QList<MinisignKey> keys{Signer("abcdefgh").key(), m_signer.key()};
-        const auto read = readFeed(document, signature, {keys, m_clock.now(), 5});
-        QCOMPARE(read ? Failure() : Failure(read.error().kind), failure);
-        if (read)
-            QCOMPARE(read->version, QVersionNumber(2, 0));
-        else
-            QVERIFY(description(read.error()).endsWith(u'.'));
+        const QByteArray good = m_signer.sign(feed());
+        const Rows<QByteArray, QByteArray, Failure> rows{
+            {"good", feed(), m_signer.sign(feed())},
+            {"no signature", feed(), "", Kind::notSigned},
+            {"a web page for a signature", feed(), "<html>\n\n\n\n</html>", Kind::notSigned},
+            {"cut short", feed(), good.first(good.size() - 8), Kind::notSigned},
+            {"another's signature", feed(), Signer("87654321").sign(feed()), Kind::unknownKey},
+            {"another's under our name", feed(), Signer("12345678").sign(feed()),
+             Kind::wrongSignature},
+            {"changed", feed("8"), good, Kind::wrongSignature},
+            {"changed comment", feed(), edited(good, "noon", "nine"), Kind::wrongSignature},
+            {"hashed passed off as not", feed(),
+             edited(good, QByteArray("ED123").toBase64().first(4),
+                    QByteArray("Ed123").toBase64().first(4)),
+             Kind::wrongSignature},
+            {"not JSON", "2.0", m_signer.sign("2.0"), Kind::notJson},
+            {"nested without end", QByteArray(60'000, '['), m_signer.sign(QByteArray(60'000, '[')),
+             Kind::notJson},
+            {"a list", "[]", m_signer.sign("[]"), Kind::notJson},
+            {"empty", "{}", m_signer.sign("{}"), Kind::incomplete},
+            {"part of a sequence", feed("7.5"), m_signer.sign(feed("7.5")), Kind::incomplete},
+            {"negative sequence", feed("-1"), m_signer.sign(feed("-1")), Kind::incomplete},
+            {"sequence too large", feed("1e30"), m_signer.sign(feed("1e30")), Kind::incomplete},
+            {"no time zone", feed("7", "2023-11-15T00:00:00"),
+             m_signer.sign(feed("7", "2023-11-15T00:00:00")), Kind::incomplete},
+            {"no date", feed("7", "soon"), m_signer.sign(feed("7", "soon")), Kind::incomplete},
+            {"page not secure", feed("7", "2023-11-15T00:00:00Z", "http://a.example/"),
+             m_signer.sign(feed("7", "2023-11-15T00:00:00Z", "http://a.example/")),
+             Kind::incomplete},
+            {"page runs a program", feed("7", "2023-11-15T00:00:00Z", "file:///bin/sh"),
+             m_signer.sign(feed("7", "2023-11-15T00:00:00Z", "file:///bin/sh")), Kind::incomplete},
+            {"no version", edited(feed(), "2.0", "2.0-beta"),
+             m_signer.sign(edited(feed(), "2.0", "2.0-beta")), Kind::incomplete},
+            {"expired", feed("7", "2023-11-14T22:13:20Z"),
+             m_signer.sign(feed("7", "2023-11-14T22:13:20Z")), Kind::expired},
+            {"replayed", feed("4"), m_signer.sign(feed("4")), Kind::replayed},
+            {"seen before", feed("5"), m_signer.sign(feed("5"))},
+        };
+        for (const auto &[document, signature, failure] : rows) {
+            const QList<MinisignKey> keys{Signer("abcdefgh").key(), m_signer.key()};
+            const auto read = readFeed(document, signature, {keys, m_clock.now(), 5});
+            QCOMPARE(read ? Failure() : Failure(read.error().kind), failure);
+            if (read)
+                QCOMPARE(read->version, QVersionNumber(2, 0));
+            else
+                QVERIFY(description(read.error()).endsWith(u'.'));
+        }
     }
 
     void tellsWhatComesOfACheck()
@@ -244,49 +234,41 @@ private Q_SLOTS:
         QCOMPARE(toldAgain.size(), 1);
     }
 
-    void saysWhyAFeedCannotBeFetched_data()
-    {
-        QTest::addColumn<LoopbackServer::Answer>("feedAnswer");
-        QTest::addColumn<LoopbackServer::Answer>("signatureAnswer");
-        QTest::addColumn<Kind>("kind");
-        const auto reply = LoopbackServer::reply(200, feed());
-        const auto none = LoopbackServer::reply(404, {});
-        QTest::newRow("missing") << none << none << Kind::missing;
-        QTest::newRow("unsigned") << reply << none << Kind::notSigned;
-        QTest::newRow("oversized")
-            << LoopbackServer::reply(200, QByteArray(70'000, ' ')) << none << Kind::oversized;
-        QTest::newRow("oversized signature")
-            << reply << LoopbackServer::reply(200, QByteArray(70'000, ' ')) << Kind::oversized;
-        QTest::newRow("redirected to http")
-            << redirect("http://127.0.0.1:9/") << none << Kind::refused;
-        QTest::newRow("server at a loss")
-            << LoopbackServer::reply(503, {}) << none << Kind::unreachable;
-        const auto silence = [](QTcpSocket &, const QByteArray &) {};
-        QTest::newRow("silence") << LoopbackServer::Answer(silence) << none << Kind::unreachable;
-    }
-
     void saysWhyAFeedCannotBeFetched()
     {
-        QFETCH(const LoopbackServer::Answer, feedAnswer);
-        QFETCH(const LoopbackServer::Answer, signatureAnswer);
-        QFETCH(const Kind, kind);
-        LoopbackServer server(LoopbackServer::Scheme::https);
-        server.on("/feed", feedAnswer);
-        server.on("/feed.minisig", signatureAnswer);
-        CurlHttpClient http(HttpNetwork{isPublicAddress, server.caFile()});
-        FakeClock clock;
-        const FeedSource source{QUrl(QString::fromLatin1(server.url("/feed"))),
-                                {m_signer.key()},
-                                u"/nonexistent/sequence"_s};
-        SignedFeed controller(http, clock, source, QVersionNumber(1));
-        QSignalSpy told(&controller, &UpdateController::statusChanged);
-        controller.checkForUpdates();
-        QTRY_COMPARE_WITH_TIMEOUT(told.size(), 2, 15'000);
-        const QString reason = told.last().first().value<UpdateStatus>().reason;
-        if (kind == Kind::unreachable)
-            QVERIFY(reason.startsWith(description({kind}).section(u'%', 0, 0)));
-        else
-            QCOMPARE(reason, description({kind}));
+        const auto reply = LoopbackServer::reply(200, feed());
+        const auto none = LoopbackServer::reply(404, {});
+        const auto hangUp = [](QTcpSocket &socket, const QByteArray &) { socket.abort(); };
+        const Rows<LoopbackServer::Answer, LoopbackServer::Answer, Kind> rows{
+            {"missing", none, none, Kind::missing},
+            {"unsigned", reply, none, Kind::notSigned},
+            {"oversized", LoopbackServer::reply(200, QByteArray(70'000, ' ')), none,
+             Kind::oversized},
+            {"oversized signature", reply, LoopbackServer::reply(200, QByteArray(70'000, ' ')),
+             Kind::oversized},
+            {"redirected to http", redirect("http://127.0.0.1:9/"), none, Kind::refused},
+            {"server at a loss", LoopbackServer::reply(503, {}), none, Kind::unreachable},
+            {"hung up", LoopbackServer::Answer(hangUp), none, Kind::unreachable},
+        };
+        for (const auto &[feedAnswer, signatureAnswer, kind] : rows) {
+            LoopbackServer server(LoopbackServer::Scheme::https);
+            server.on("/feed", feedAnswer);
+            server.on("/feed.minisig", signatureAnswer);
+            CurlHttpClient http(HttpNetwork{isPublicAddress, server.caFile()});
+            FakeClock clock;
+            const FeedSource source{QUrl(QString::fromLatin1(server.url("/feed"))),
+                                    {m_signer.key()},
+                                    u"/nonexistent/sequence"_s};
+            SignedFeed controller(http, clock, source, QVersionNumber(1));
+            QSignalSpy told(&controller, &UpdateController::statusChanged);
+            controller.checkForUpdates();
+            QTRY_COMPARE_WITH_TIMEOUT(told.size(), 2, 15'000);
+            const QString reason = told.last().first().value<UpdateStatus>().reason;
+            if (kind == Kind::unreachable)
+                QVERIFY(reason.startsWith(description({kind}).section(u'%', 0, 0)));
+            else
+                QCOMPARE(reason, description({kind}));
+        }
     }
 
     void keepsPreferenceAndControllerInStep()
