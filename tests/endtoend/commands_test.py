@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Runs the commands as scripts do, beside the running program and without it."""
 
+import contextlib
 import fcntl
 import json
 import os
@@ -152,6 +153,10 @@ class Commands(unittest.TestCase):
         self.check(0, "export", "--format", "json", "--output", "-", stdout=exported.decode())
         self.check(1, "import", "--json", "-", stdin=exported, stdout='{"alreadyStored":4,'
                    '"excluded":0,"noWebAddress":0,"taken":0}\n')
+        twins = [{**LINKS[0], "url": f"https://{name}.example"} for name in ("twin", "other")]
+        self.import_links(twins)  # of one id, which does not take the place of any link
+        self.assertEqual({link["url"] for link in self.home.list()},
+                         {link["url"] for link in [*LINKS, *twins]})
         to_file = ["--output", "-", "--format"]
         for arguments in (["digest"], *(["export", *to_file, name] for name in ("text", "markdown"))):
             texts = self.check(0, *arguments).stdout.decode()
@@ -318,7 +323,7 @@ class Commands(unittest.TestCase):
         for path in ("/nowhere", "/"):
             self.check(2, "import", path, stderr=path)
 
-    def test_import_of_a_gigabyte_needs_little_memory(self):
+    def test_import_of_a_huge_file_needs_little_memory(self):
         chunk = {"line": b"x", "bookmark": b">", "object": b"{"}
         frames = {"line": (b"https://a.example\n", b"\nhttps://b.example"),
                   "bookmark": (b'<A HREF="https://a.example">a</A><A HREF="',
@@ -331,8 +336,8 @@ class Commands(unittest.TestCase):
                 command = subprocess.Popen([BINARY, "import", "-"], env=self.home.environment,
                                            stdin=subprocess.PIPE, stdout=subprocess.PIPE)
                 command.stdin.write(begin)
-                for _ in range(1000):
-                    command.stdin.write(chunk[name] * 1_000_000)
+                for _ in range(150):
+                    command.stdin.write(chunk[name] * 2_000_000)
                 command.stdin.write(end)
                 command.stdin.close()
                 self.assertIn(b"2 taken, 1 not", command.stdout.read())
@@ -412,6 +417,21 @@ class Backup(unittest.TestCase):
         kept = pathlib.Path(done.stdout.decode().split(" as ")[1].strip())
         self.assertEqual(self.home.run("restore", str(kept)).returncode, 0)
         self.assertEqual([link["url"] for link in self.home.list()], ["https://new.invalid"])
+
+    def test_the_log_of_a_damaged_store_is_kept_and_not_played_into_another(self):
+        self.home.run("backup", str(self.file))
+        before = self.home.list()
+        log = self.home.store.with_name(self.home.store.name + "-wal")
+        with contextlib.closing(sqlite3.connect(self.home.store)) as store:
+            store.execute("UPDATE links SET title = 'from the log'")
+            store.commit()
+            written = log.read_bytes()
+        self.home.store.write_bytes(self.home.store.read_bytes()[:5000])
+        log.write_bytes(written)
+        done = self.home.run("restore", str(self.file))
+        self.assertEqual((done.returncode, self.home.list()), (0, before), done.stderr)
+        kept = done.stdout.decode().split(" as ")[1].strip()
+        self.assertEqual(pathlib.Path(kept + "-wal").read_bytes(), written)
 
     def test_nothing_but_a_sound_store_is_restored(self):
         self.home.run("backup", str(self.file))
