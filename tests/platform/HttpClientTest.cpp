@@ -287,8 +287,10 @@ private Q_SLOTS:
         CurlHttpClient client;
         std::array<std::optional<HttpReply>, 4> silent;
         Scope scope;
+        HttpRequest first = get(server.url("/silent"));
+        first.totalLimit = 1s;
         for (auto &reply : silent)
-            scope.start(keepReply(client, get(server.url("/silent")), &reply));
+            scope.start(keepReply(client, first, &reply));
         HttpRequest last = get(server.url("/"));
         last.inactivityLimit = last.totalLimit = 300ms; // less than the others keep it waiting
         QCOMPARE(failureOf(exchange(client, last)), Failure());

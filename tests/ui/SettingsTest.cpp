@@ -332,6 +332,7 @@ private Q_SLOTS:
 
     void clearingAsksFirst()
     {
+        // The texts: the button, and the title, message and action of its question.
         const Rows<MakeScreen, QStringList> rows{
             {"inline", MakeScreen(inPanel<SettingsTab::data>),
              QStringList{u"Clear All History"_s, u"Delete all 1 links?"_s,
