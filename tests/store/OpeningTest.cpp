@@ -19,6 +19,8 @@ using Kind = StoreError::Kind;
 namespace
 {
 
+int writesThrough = 0;
+
 using Preparation = std::function<void(const QString &folder)>;
 
 /// Every file in `folder` with its content.
@@ -85,6 +87,13 @@ std::optional<Kind> kindAtOpening(const QString &folder)
 }
 
 } // namespace
+
+/// In place of the C library's, for SQLite too.
+extern "C" int fdatasync(int /*file*/)
+{
+    ++writesThrough;
+    return 0;
+}
 
 class OpeningTest : public QObject
 {
@@ -216,6 +225,15 @@ private Q_SLOTS:
         const auto links = store.context().visibleNewestFirst({}, 10);
         QCOMPARE(urlsOf(*links), QStringList{u"a"_s});
         QCOMPARE(links->first().title, u"title"_s);
+    }
+
+    void waitsForTheDiskToHaveEachChange()
+    {
+        const TestStore store;
+        store.add(u"a"_s);
+        const int before = writesThrough;
+        store.add(u"b"_s);
+        QVERIFY(writesThrough > before);
     }
 
     void startsAfreshWhereOnlyALogIsLeft()
