@@ -1,19 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "ClipboardMonitor.h"
 
-#include "Calendar.h"
+#include "Desk.h"
 #include "DiagnosticLines.h"
-#include "FakeClipboard.h"
-#include "FakeClock.h"
-#include "FakeHttpClient.h"
-#include "ModelContainer.h"
-#include "ModelContext.h"
-#include "Preferences.h"
 #include "Rows.h"
+#include "StoreDatabase.h"
 
-#include <QTemporaryDir>
 #include <QTest>
-#include <QThreadPool>
+
+#include <SQLiteCpp/Database.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -32,47 +27,18 @@ class ClipboardMonitorTest : public QObject
 {
     Q_OBJECT
 
-    /// A monitor over a real store and a clipboard and a web of the test's own.
-    struct Desk {
-        QTemporaryDir folder;
-        FakeClock clock;
-        FakeClipboard clipboard;
-        FakeHttpClient http;
-        QThreadPool pages;
-        Preferences preferences{folder.filePath(u"settings.ini"_s)};
-        std::unique_ptr<ModelContainer> container;
+    struct MonitoredDesk : Desk {
         std::unique_ptr<ClipboardMonitor> monitor;
         DiagnosticLines diagnostics;
 
-        Desk() { container = *ModelContainer::open(folder.filePath(u"store"_s), clock); }
-        ModelContext &context() { return container->mainContext(); }
         void start()
         {
-            const ClipboardMonitor::Dependencies dependencies{context(), clipboard,   http,
-                                                              pages,     preferences, clock};
-            monitor = std::make_unique<ClipboardMonitor>(dependencies);
+            monitor = std::make_unique<ClipboardMonitor>(ClipboardMonitor::Dependencies{
+                context(), clipboard, web, pages, preferences, clock});
             monitor->startMonitoring();
         }
-        void addLink(const QString &url, Instant copiedAt)
-        {
-            CapturedLink link;
-            link.id = QUuid::createUuid();
-            link.url = url;
-            link.copiedAt = copiedAt;
-            context().insert(link);
-        }
-        QStringList urls()
-        {
-            QStringList found;
-            const auto links = context().visibleNewestFirst({}, 100);
-            for (const CapturedLink &link : *links)
-                found.prepend(link.url);
-            return found;
-        }
-        std::optional<QString> title()
-        {
-            return context().visibleNewestFirst({}, 1)->first().title;
-        }
+        QStringList urls() const { return urlsOf(inStoreOrder(context())); }
+        std::optional<QString> title() const { return inStoreOrder(context()).first().title; }
     };
 
 private Q_SLOTS:
@@ -138,15 +104,13 @@ private Q_SLOTS:
              {u"Captured link: https://notexcluded.example"_s}},
         };
         for (const auto &[copies, stored, said] : rows) {
-            Desk desk;
+            MonitoredDesk desk;
             for (const QString &domain : {u"Excluded.Example"_s, u"https://b.example"_s,
                                           u" b.example"_s, u"127.0.0.1"_s, u"München.de"_s})
                 QVERIFY(desk.context().insert(ExcludedDomain{QUuid::createUuid(), domain, {}}));
             desk.start();
-            for (const QString &text : copies) {
+            for (const QString &text : copies)
                 desk.clipboard.copy(text);
-                desk.clock.advance(1ms); // so that their order in the list is theirs
-            }
             QCOMPARE(desk.urls(), stored);
             QCOMPARE(desk.diagnostics.lines(), said);
         }
@@ -154,7 +118,7 @@ private Q_SLOTS:
 
     void capturesNothingFromBeforeItsConstruction()
     {
-        Desk desk;
+        MonitoredDesk desk;
         desk.clipboard.startReading();
         desk.clipboard.copy(u"https://before.example"_s);
         desk.start();
@@ -164,19 +128,19 @@ private Q_SLOTS:
 
     void capturesAfterStopNothing()
     {
-        Desk desk;
+        MonitoredDesk desk;
         desk.start();
         desk.monitor->startMonitoring(); // twice is once
         desk.clipboard.copy(u"https://one.example"_s);
         desk.monitor->stopMonitoring();
         desk.clipboard.copy(u"https://two.example"_s);
         QCOMPARE(desk.urls(), QStringList{u"https://one.example"_s});
-        QCOMPARE(desk.http.waiting(), 1);
+        QCOMPARE(desk.web.waiting(), 1);
     }
 
     void leavesOutWhatIsCopiedInAPause()
     {
-        Desk desk;
+        MonitoredDesk desk;
         desk.start();
         desk.monitor->setPaused(true);
         desk.clipboard.copy(u"https://paused.example"_s);
@@ -187,9 +151,23 @@ private Q_SLOTS:
         QCOMPARE(desk.urls(), QStringList{u"https://resumed.example"_s});
     }
 
+    void keepsACopyWhileTheStoreCannotBeRead()
+    {
+        MonitoredDesk desk;
+        desk.start();
+        SQLite::Database other(StoreDatabase::pathIn(desk.folder).toStdString(),
+                               SQLite::OPEN_READWRITE);
+        other.exec("ALTER TABLE links RENAME TO lost");
+        desk.clipboard.copy(u"https://a.example"_s);
+        QVERIFY(desk.diagnostics.take().value(0).startsWith(u"Failed to check URL existence: "));
+        other.exec("ALTER TABLE lost RENAME TO links");
+        desk.clock.advance(5s);
+        QCOMPARE(desk.urls(), QStringList{u"https://a.example"_s});
+    }
+
     void givesEveryNewLinkItsDefaults()
     {
-        Desk desk;
+        MonitoredDesk desk;
         desk.start();
         desk.clipboard.copy(u"https://one.example"_s);
         const CapturedLink link = desk.context().visibleNewestFirst({}, 1)->first();
@@ -201,7 +179,7 @@ private Q_SLOTS:
     void countsTheFiveSecondsFromTheFirstCopy()
     {
         const QString url = u"https://example.org"_s;
-        Desk desk;
+        MonitoredDesk desk;
         desk.start();
         desk.clipboard.copy(url);
         for (const auto pause : {4999ms, 1ms, 4999ms, 1ms}) {
@@ -216,7 +194,7 @@ private Q_SLOTS:
 
     void reloadsExcludedDomains()
     {
-        Desk desk;
+        MonitoredDesk desk;
         desk.start();
         const ExcludedDomain domain{QUuid::createUuid(), u"example.org"_s, {}};
         QVERIFY(desk.context().insert(domain));
@@ -245,11 +223,11 @@ private Q_SLOTS:
              u"Failed to fetch title for https://a.example: no route"_s},
         };
         for (const auto &[body, status, title, said] : rows) {
-            Desk desk;
+            MonitoredDesk desk;
             desk.start();
             desk.clipboard.copy(u"https://a.example"_s);
             desk.diagnostics.take();
-            desk.http.answerNext(
+            desk.web.answerNext(
                 status ? page(body, status)
                        : Unexpected{HttpError{HttpError::Kind::unreachable, u"no route"_s}});
             desk.pages.waitForDone();
@@ -258,7 +236,7 @@ private Q_SLOTS:
             QCOMPARE(desk.title().value_or(QString()), title);
             QCOMPARE(desk.title().has_value(), !title.isNull());
             QCOMPARE(desk.diagnostics.lines().join(u'|'), said);
-            const HttpRequest request = desk.http.requests().first();
+            const HttpRequest request = desk.web.requests().first();
             QCOMPARE(request.url, "https://a.example");
             QCOMPARE(request.inactivityLimit, 10s);
             QCOMPARE(request.headers.size(), 1);
@@ -271,13 +249,13 @@ private Q_SLOTS:
         const Rows<bool> rows{{"while the page is fetched", false},
                               {"while the page is read", true}};
         for (const auto &[whileReading] : rows) {
-            Desk desk;
+            MonitoredDesk desk;
             desk.start();
             desk.clipboard.copy(u"https://a.example"_s);
             const LinkId id = desk.context().visibleNewestFirst({}, 1)->first().id;
             if (!whileReading)
                 QVERIFY(desk.context().remove({id}));
-            desk.http.answerNext(page("<title>Late</title>"));
+            desk.web.answerNext(page("<title>Late</title>"));
             if (whileReading)
                 QVERIFY(desk.context().remove({id}));
             desk.pages.waitForDone();
@@ -295,11 +273,10 @@ private Q_SLOTS:
             {"a year", std::optional(365), 3},
         };
         for (const auto &[days, left] : rows) {
-            Desk desk;
-            const Instant now = desk.clock.now();
-            desk.addLink(u"https://old.example"_s, now - 25h);
-            desk.addLink(u"https://younger.example"_s, now - 23h);
-            desk.addLink(u"https://limit.example"_s, *addDays(now, -1));
+            MonitoredDesk desk;
+            desk.add(u"https://old.example"_s, -25 * 3600);
+            desk.add(u"https://younger.example"_s, -23 * 3600);
+            desk.add(u"https://limit.example"_s, -24 * 3600);
             if (days)
                 desk.preferences.set(preferenceKeys::autoPruneDays, *days);
             desk.start();

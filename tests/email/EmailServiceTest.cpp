@@ -102,7 +102,8 @@ private Q_SLOTS:
         QVERIFY(!diagnostics.lines().isEmpty());
         QVERIFY(!diagnostics.lines().join(u'\n').contains(MailDesk::key));
         int files = 0;
-        for (QDirIterator it(desk.folder.path(), QDir::Files); it.hasNext(); ++files) {
+        for (QDirIterator it(desk.temporary.path(), QDir::Files, QDirIterator::Subdirectories);
+             it.hasNext(); ++files) {
             QFile file(it.next());
             QVERIFY(file.open(QIODevice::ReadOnly));
             QVERIFY2(!file.readAll().contains(MailDesk::key.toUtf8()), qPrintable(file.fileName()));

@@ -30,16 +30,12 @@ Task<> keepResult(Task<SendResult> send, std::optional<SendResult> *result)
 } // namespace
 
 MailDesk::MailDesk(HttpClient *api, const QByteArray &address)
-    : container(std::move(*ModelContainer::open(folder.path(), clock)))
-    , info(infoFile(folder, address))
-    , model(info, clock)
-    , extractor(web, pool, clock)
-    , summaries(std::make_unique<SummaryService>(context(), model, extractor, clock))
+    : info(infoFile(temporary, address))
     , keys((secrets.contents = {{ResendKeyService::apiKeyAccount, key.toUtf8()},
                                 {ResendKeyService::emailAccount, "me@example.com"}},
             secrets))
     , service(std::make_unique<EmailService>(EmailService::Dependencies{
-          api ? *api : web, keys, *summaries, context(), clock, pool, info}))
+          api ? *api : web, keys, summaries, context(), clock, pages, info}))
 {
 }
 
@@ -49,11 +45,6 @@ CapturedLink MailDesk::addLink(const QString &url, const std::optional<QString> 
     const CapturedLink link{QUuid::createUuid(), url, u"Title"_s, summary, clock.now()};
     context().insert(link);
     return link;
-}
-
-QList<CapturedLink> MailDesk::visible()
-{
-    return *context().visibleNewestFirst(std::nullopt, 1'000);
 }
 
 std::optional<SendResult> MailDesk::send(const QList<CapturedLink> &links, const QString &to,

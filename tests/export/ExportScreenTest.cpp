@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "Calendar.h"
+#include "Desk.h"
 #include "DiagnosticLines.h"
 #include "ExportSamples.h"
 #include "ExportViewModel.h"
-#include "FakeClock.h"
-#include "FakeSaveDialog.h"
 #include "InlineExportViewModel.h"
-#include "ModelContainer.h"
 #include "Rows.h"
 
 #include <QDateTime>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -20,27 +17,21 @@ using namespace std::chrono_literals;
 namespace
 {
 
-/// A store, a dialog and a summary writer for screens to export with.
-struct Desk {
-    QTemporaryDir folder;
-    FakeClock clock;
-    FakeSaveDialog dialog;
-    std::unique_ptr<ModelContainer> container;
+/// The desk, and a summary writer, for screens to export with.
+struct ExportDesk : Desk {
     std::unique_ptr<ExportService> service;
     QList<QList<LinkId>> batches; ///< what was to be summarised
     std::function<void()> duringBatch = [] {};
     DiagnosticLines diagnostics;
 
-    Desk()
+    ExportDesk()
     {
-        container = *ModelContainer::open(folder.filePath(u"store"_s), clock);
         dialog.answer = path();
         service = std::make_unique<ExportService>(ExportService::Dependencies{
             context(), dialog, [this](QList<LinkId> ids) { return summarize(std::move(ids)); },
             clock, u"en_US"_s});
     }
-    ModelContext &context() { return container->mainContext(); }
-    QString path() const { return folder.filePath(u"out.txt"_s); }
+    QString path() const { return temporary.filePath(u"out.txt"_s); }
 
     CapturedLink add(const QString &url, std::chrono::hours age = 0h,
                      const QString &summary = u"-"_s)
@@ -87,7 +78,7 @@ class ExportScreenTest : public QObject
 private Q_SLOTS:
     void asksForAFileByTheFormat()
     {
-        Desk desk;
+        ExportDesk desk;
         desk.dialog.answer = std::nullopt;
         const auto window = std::make_shared<ExportViewModel>(*desk.service);
         for (const ExportFormat format : exportFormats) {
@@ -114,7 +105,7 @@ private Q_SLOTS:
 
     void writesInTheOrderOfTheScreen()
     {
-        Desk desk;
+        ExportDesk desk;
         desk.add(u"https://first.example"_s, 3h);
         desk.add(u"https://second.example"_s, 1h);
         desk.add(u"https://third.example"_s, 2h);
@@ -143,7 +134,7 @@ private Q_SLOTS:
 
     void clearsExactlyWhatWasWritten()
     {
-        Desk desk;
+        ExportDesk desk;
         const auto kept = desk.add(u"https://old.example"_s, 24h * 8);
         const auto written = desk.add(u"https://new.example"_s);
         const auto removed = desk.add(u"https://removed.example"_s);
@@ -172,7 +163,7 @@ private Q_SLOTS:
                          u"Export failed: /nowhere/out.txt: No such file or directory"_s}},
         };
         for (const auto &[answer, lines] : rows) {
-            Desk desk;
+            ExportDesk desk;
             desk.dialog.answer = answer;
             const auto link = desk.add(u"https://a.example"_s);
             const auto screen = std::make_shared<InlineExportViewModel>(*desk.service);
@@ -188,7 +179,7 @@ private Q_SLOTS:
 
     void fillsInMissingSummaries()
     {
-        Desk desk;
+        ExportDesk desk;
         const auto without = desk.add(u"https://a.example"_s, 0h, {});
         const auto failing = desk.add(u"https://b.example"_s, 0h, {});
         desk.add(u"https://c.example"_s, 0h, u""_s); // present, though empty
@@ -207,7 +198,7 @@ private Q_SLOTS:
 
     void runsOneExportAtATime()
     {
-        Desk desk;
+        ExportDesk desk;
         const auto screen = std::make_shared<ExportViewModel>(*desk.service);
         desk.dialog.meanwhile = [&] { screen->exportLinks(); };
         screen->exportLinks();
@@ -217,7 +208,7 @@ private Q_SLOTS:
 
     void goesOnWhenTheScreenCloses()
     {
-        Desk desk;
+        ExportDesk desk;
         const auto link = desk.add(u"https://a.example"_s, 0h, {});
         auto screen = std::make_shared<InlineExportViewModel>(*desk.service);
         screen->setClearAfterExport(true);
@@ -236,7 +227,7 @@ private Q_SLOTS:
         for (int turns = 0; turns < 6; ++turns)
             rows.add({qPrintable(QString::asprintf("after %d turns", turns)), turns});
         for (const auto &[turns] : rows) {
-            Desk desk;
+            ExportDesk desk;
             desk.add(u"https://a.example"_s, 0h, {});
             auto screen = std::make_shared<ExportViewModel>(*desk.service);
             screen->setSelectedFormat(ExportFormat::pdf);
@@ -248,7 +239,7 @@ private Q_SLOTS:
             desk.service.reset();
             QVERIFY(left.expired());
             const QStringList files =
-                QDir(desk.folder.path()).entryList(QDir::Files | QDir::Hidden);
+                QDir(desk.temporary.path()).entryList(QDir::Files | QDir::Hidden);
             QVERIFY(files.isEmpty() || files == QStringList{u"out.txt"_s});
             QVERIFY(files.isEmpty() || QFileInfo(desk.path()).size() > 1000);
         }
@@ -256,7 +247,7 @@ private Q_SLOTS:
 
     void countsWhatFollowsTheStore()
     {
-        Desk desk;
+        ExportDesk desk;
         const auto link = desk.add(u"https://a.example"_s);
         const auto screen = std::make_shared<InlineExportViewModel>(*desk.service);
         screen->setSearchText(u"news"_s);
@@ -274,7 +265,7 @@ private Q_SLOTS:
     void largeStoresAreReadAndClearedInParts()
     {
         constexpr int many = 2100;
-        Desk desk;
+        ExportDesk desk;
         QList<CapturedLink> links;
         for (int i = 0; i < many; ++i)
             links.append(makeLink(u"https://a.example/%1"_s.arg(i), {}, u"-"_s, desk.clock.now()));
@@ -302,7 +293,7 @@ private Q_SLOTS:
 
     void keepsTheTimeOfDayOfCustomBounds()
     {
-        Desk desk;
+        ExportDesk desk;
         const auto screen = std::make_shared<ExportViewModel>(*desk.service);
         screen->setSelectedRange(DateRangeOption::custom);
         const Instant created = desk.clock.now();

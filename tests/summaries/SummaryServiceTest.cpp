@@ -2,19 +2,14 @@
 #include "SummaryService.h"
 
 #include "AppInfo.h"
+#include "Desk.h"
 #include "DiagnosticLines.h"
-#include "FakeClock.h"
-#include "FakeHttpClient.h"
 #include "LocalMLService.h"
-#include "ModelContainer.h"
-#include "ModelContext.h"
 #include "Rows.h"
 #include "WebContentExtractor.h"
 
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
-#include <QThreadPool>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -49,34 +44,22 @@ class SummaryServiceTest : public QObject
 {
     Q_OBJECT
 
-    /// The service over a real store, with a web and a clock of the test's own.
-    struct Desk {
-        QTemporaryDir folder;
-        FakeClock clock;
-        FakeHttpClient http;
-        QThreadPool pages;
-        std::unique_ptr<ModelContainer> container;
-        std::unique_ptr<LocalMLService> model;
-        std::unique_ptr<WebContentExtractor> extractor;
+    struct SummaryDesk : Desk {
+        std::unique_ptr<LocalMLService> model =
+            std::make_unique<LocalMLService>(AppInfo(QString()), clock);
+        WebContentExtractor extractor{web, pages, clock};
         std::unique_ptr<SummaryService> service;
         DiagnosticLines diagnostics;
         QList<std::optional<SummaryProgress>> progress;
         Scope waiters;
 
-        Desk()
-        {
-            container = *ModelContainer::open(folder.path(), clock);
-            model = std::make_unique<LocalMLService>(AppInfo(QString()), clock);
-            extractor = std::make_unique<WebContentExtractor>(http, pages, clock);
-            makeService();
-        }
+        SummaryDesk() { makeService(); }
         void makeService()
         {
-            service = std::make_unique<SummaryService>(context(), *model, *extractor, clock);
+            service = std::make_unique<SummaryService>(context(), *model, extractor, clock);
             connect(service.get(), &SummaryService::currentProgressChanged, service.get(),
                     [this, own = service.get()] { progress.append(own->currentProgress()); });
         }
-        ModelContext &context() { return container->mainContext(); }
         LinkId addLink(const QString &url, const std::optional<QString> &title = {},
                        const std::optional<QString> &summary = {})
         {
@@ -90,7 +73,7 @@ class SummaryServiceTest : public QObject
         bool reachFirstPage()
         {
             clock.advance(1s);
-            return QTest::qWaitFor([this] { return http.waiting() == 1; });
+            return QTest::qWaitFor([this] { return web.waiting() == 1; });
         }
         /// Lets time pass until no batch runs and nobody waits.
         bool finish()
@@ -105,8 +88,8 @@ class SummaryServiceTest : public QObject
 private Q_SLOTS:
     void goesOnAfterAFailure()
     {
-        Desk desk;
-        desk.http.answerWith([](const HttpRequest &request) -> HttpReply {
+        SummaryDesk desk;
+        desk.web.answerWith([](const HttpRequest &request) -> HttpReply {
             return request.url.endsWith("2")
                 ? HttpReply(HttpResponse{500, "<title>no</title>", false})
                 : page(request.url.right(1));
@@ -136,10 +119,10 @@ private Q_SLOTS:
 
     void pausesAfterEachLink()
     {
-        Desk desk;
+        SummaryDesk desk;
         desk.start({desk.addLink(u"http://a.org"_s)});
         QVERIFY(desk.reachFirstPage());
-        desk.http.answerNext(page("T"));
+        desk.web.answerNext(page("T"));
         QVERIFY(QTest::qWaitFor([&] { return desk.progress.last() == SummaryProgress{1, 1}; }));
         desk.clock.advance(99ms);
         QVERIFY(desk.service->isSummarizing());
@@ -149,11 +132,11 @@ private Q_SLOTS:
 
     void returnsAtOnceWhenNothingIsMissing()
     {
-        Desk desk;
+        SummaryDesk desk;
         const QList<LinkId> done{desk.addLink(u"http://a.org"_s, {}, u"S"_s), QUuid::createUuid()};
         desk.start(done);
         QVERIFY(desk.waiters.isEmpty() && desk.progress.isEmpty());
-        desk.http.answerWith([](const HttpRequest &) { return page("T"); });
+        desk.web.answerWith([](const HttpRequest &) { return page("T"); });
         desk.start({desk.addLink(u"http://b.org"_s)});
         Scope besides; // the batch that runs
         besides.start(desk.service->summarizeAll(done));
@@ -163,15 +146,15 @@ private Q_SLOTS:
 
     void leavesDeletedLinksDeleted()
     {
-        Desk desk;
+        SummaryDesk desk;
         const QList<LinkId> ids{desk.addLink(u"http://a.org"_s), desk.addLink(u"http://b.org"_s)};
         desk.start(ids);
         QVERIFY(desk.reachFirstPage());
         QVERIFY(desk.context().removeAll());
-        desk.http.answerNext(page("T"));
+        desk.web.answerNext(page("T"));
         QVERIFY(desk.finish());
         QCOMPARE(desk.context().counts().stored, 0);
-        QCOMPARE(desk.http.requests().size(), 1);
+        QCOMPARE(desk.web.requests().size(), 1);
         QVERIFY(desk.progress.contains(SummaryProgress{2, 2}));
         QCOMPARE(desk.diagnostics.lines(),
                  QStringList{u"Batch summarization complete: 2 links processed"_s});
@@ -179,18 +162,18 @@ private Q_SLOTS:
 
     void takesTurnsWithAnotherBatch()
     {
-        Desk desk;
+        SummaryDesk desk;
         const LinkId first = desk.addLink(u"http://a.org/1"_s);
         const LinkId second = desk.addLink(u"http://a.org/2"_s);
         const LinkId third = desk.addLink(u"http://a.org/3"_s);
-        desk.http.answerWith([](const HttpRequest &) { return page("T"); });
+        desk.web.answerWith([](const HttpRequest &) { return page("T"); });
         desk.start({first, second});
         desk.start({third, second}); // which has its summary when its turn comes again
         QVERIFY(desk.progress.contains(SummaryProgress{0, 4}));
         QVERIFY(desk.finish());
         QVERIFY(desk.summary(first) && desk.summary(second) && desk.summary(third));
         QByteArrayList pages;
-        for (const HttpRequest &request : desk.http.requests())
+        for (const HttpRequest &request : desk.web.requests())
             pages.append(request.url.right(1));
         QCOMPARE(pages.first(2), QByteArrayList({"1", "3"}));
         QVERIFY(desk.progress.contains(SummaryProgress{4, 4}));
@@ -198,14 +181,14 @@ private Q_SLOTS:
 
     void goesOnWhenNobodyWaits()
     {
-        Desk desk;
+        SummaryDesk desk;
         const LinkId id = desk.addLink(u"http://a.org"_s);
         {
             Scope screen;
             screen.start(desk.service->summarizeAll({id}));
             QVERIFY(desk.reachFirstPage());
         }
-        desk.http.answerNext(page("T"));
+        desk.web.answerNext(page("T"));
         QVERIFY(desk.finish());
         QVERIFY(desk.summary(id));
     }
@@ -213,14 +196,14 @@ private Q_SLOTS:
     void endsWithTheService()
     {
         for (int wait = 0; wait < 3; ++wait) { // for the model, for the page, for the pause to end
-            Desk desk;
+            SummaryDesk desk;
             const LinkId id = desk.addLink(u"http://a.org"_s);
             auto screen = std::make_unique<Scope>();
             screen->start(desk.service->summarizeAll({id, desk.addLink(u"http://b.org"_s)}));
             if (wait > 0)
                 QVERIFY(desk.reachFirstPage());
             if (wait > 1) {
-                desk.http.answerNext(page("T"));
+                desk.web.answerNext(page("T"));
                 QVERIFY(QTest::qWaitFor([&] { return desk.summary(id).has_value(); }));
             }
             QList<bool> busy;
@@ -231,13 +214,13 @@ private Q_SLOTS:
             QCOMPARE(busy, QList<bool>{false});
             QVERIFY(!desk.progress.last());
             QCOMPARE(desk.clock.alarmCount(), 0u);
-            QCOMPARE(desk.http.waiting(), 0);
+            QCOMPARE(desk.web.waiting(), 0);
         }
     }
 
     void saysThatTheModelCannotBeLoaded()
     {
-        Desk desk;
+        SummaryDesk desk;
         desk.model = std::make_unique<BrokenModel>(AppInfo(QString()), desk.clock);
         desk.makeService();
         const LinkId id = desk.addLink(u"http://a.org"_s);
@@ -251,7 +234,7 @@ private Q_SLOTS:
             QStringList(
                 {u"Failed to load model: Failed to load AI model: no room"_s,
                  u"Failed to load model for summarization: Failed to load AI model: no room"_s}));
-        QVERIFY(!desk.service->currentProgress() && !summary && desk.http.requests().isEmpty());
+        QVERIFY(!desk.service->currentProgress() && !summary && desk.web.requests().isEmpty());
     }
 
     void fillsInAMissingTitle()
@@ -264,13 +247,13 @@ private Q_SLOTS:
             {"none", "text"_ba, QString(), QString()},
         };
         for (const auto &[html, before, after] : rows) {
-            Desk desk;
+            SummaryDesk desk;
             const auto title = before.isNull() ? std::nullopt : std::optional(before);
             const LinkId id = desk.addLink(u"http://a.org"_s, title);
             std::optional<QString> summary;
             desk.waiters.start(keepSummary(*desk.service, id, &summary));
             QVERIFY(desk.reachFirstPage());
-            desk.http.answerNext(HttpResponse{200, html, false});
+            desk.web.answerNext(HttpResponse{200, html, false});
             QVERIFY(desk.finish());
             QCOMPARE(desk.context().link(id)->title.value_or(QString()), after);
             QVERIFY(summary && !desk.summary(id)); // which is for the caller to store
@@ -279,8 +262,8 @@ private Q_SLOTS:
 
     void namesTransportErrors()
     {
-        Desk desk;
-        desk.http.answerWith([](const HttpRequest &) -> HttpReply {
+        SummaryDesk desk;
+        desk.web.answerWith([](const HttpRequest &) -> HttpReply {
             return Unexpected{HttpError{HttpError::Kind::timedOut, u"timed out"_s}};
         });
         desk.start({desk.addLink(u"http://a.org"_s)});

@@ -37,7 +37,7 @@ struct ShownList : TestPanel {
     }
     int numberOf(const LinkRowView &view) const
     {
-        return store.context().link(view.id())->url.section(u'/', -1).toInt();
+        return context().link(view.id())->url.section(u'/', -1).toInt();
     }
     int scrolled() const { return list.verticalScrollBar()->value(); }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
@@ -177,20 +177,20 @@ private Q_SLOTS:
         shown.list.verticalScrollBar()->setValue(1010);
         const int first = shown.firstNumber(), y = shown.row(0)->y();
         for (int i = 0; i < 5; ++i)
-            shown.store.add(u"https://a.example/%1"_s.arg(100 + i), 100 + i);
+            shown.add(u"https://a.example/%1"_s.arg(100 + i), 100 + i);
         shown.settle();
         QCOMPARE(shown.firstNumber(), first);
         QCOMPARE(shown.row(0)->y(), y);
-        QVERIFY(shown.store.context().remove({shown.model.links().positionAt(0).id}));
+        QVERIFY(shown.context().remove({shown.model.links().positionAt(0).id}));
         shown.settle();
         QCOMPARE(shown.firstNumber(), first);
         QCOMPARE(shown.row(0)->y(), y);
-        QVERIFY(shown.store.context().remove({shown.row(0)->id()}));
+        QVERIFY(shown.context().remove({shown.row(0)->id()}));
         shown.settle();
         QCOMPARE(shown.firstNumber(), first - 1);
 
         shown.list.verticalScrollBar()->setValue(0);
-        shown.store.add(u"https://a.example/200"_s, 200);
+        shown.add(u"https://a.example/200"_s, 200);
         shown.settle();
         QCOMPARE(shown.firstNumber(), 200); // at the top the newest is shown
     }
@@ -206,7 +206,7 @@ private Q_SLOTS:
         QTest::mouseClick(shown.row(0), Qt::RightButton);
         QTest::mouseClick(shown.row(0), Qt::LeftButton);
         QTRY_VERIFY(shown.row(0)->height() >= collapsed + shown.list.fontMetrics().height());
-        shown.store.add(u"https://a.example/10"_s, 10); // by link, not by place
+        shown.add(u"https://a.example/10"_s, 10); // by link, not by place
         shown.settle();
         QCOMPARE(shown.row(0)->height(), collapsed);
         QCOMPARE(shown.row(1)->id(), link.id);
@@ -229,7 +229,7 @@ private Q_SLOTS:
         shown.list.setCurrent(0);
         shown.press(Qt::Key_Space);
         QVERIFY(!shown.row(0)->isExpanded());
-        shown.store.context().setSummary(shown.row(0)->id(), u"A page about tea."_s);
+        shown.context().setSummary(shown.row(0)->id(), u"A page about tea."_s);
         QTRY_VERIFY(shown.row(0)->isExpanded());
         shown.press(Qt::Key_Space);
         QTRY_VERIFY(!shown.row(0)->isExpanded());
@@ -297,7 +297,7 @@ private Q_SLOTS:
         shown.model.copySummary(shown.row(0)->id());
         QVERIFY(name().endsWith(u"Copied"));
         QCOMPARE(markOf(0), markOf(1));
-        shown.store.clock.advance(std::chrono::seconds(2));
+        shown.clock.advance(std::chrono::seconds(2));
         QCOMPARE(name(), before);
     }
 
@@ -308,7 +308,7 @@ private Q_SLOTS:
         shown.show();
         for (int row = 0; row < 12; ++row) {
             const LinkId id = shown.model.links().positionAt(row).id;
-            shown.store.context().setTitle(id, QString(4 << 20, row % 2 ? u'W' : u'\u0301'));
+            shown.context().setTitle(id, QString(4 << 20, row % 2 ? u'W' : u'\u0301'));
         }
         const auto begin = countedTime();
         shown.settle();

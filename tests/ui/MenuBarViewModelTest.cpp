@@ -23,11 +23,11 @@ private Q_SLOTS:
         QCOMPARE(panel.model.todayText(), u"0 today"_s);
 
         const auto sinceMidnight = std::chrono::duration_cast<std::chrono::seconds>(
-            panel.store.clock.now() - startOfDay(panel.store.clock.now()));
-        panel.store.add(u"https://a.example/last-of-yesterday"_s, -int(sinceMidnight.count()) - 1);
-        panel.store.add(u"https://a.example/first-of-today"_s, -int(sinceMidnight.count()));
-        const CapturedLink hidden = panel.store.add(u"https://a.example/hidden"_s);
-        QVERIFY(panel.store.context().hide({hidden.id}));
+            panel.clock.now() - startOfDay(panel.clock.now()));
+        panel.add(u"https://a.example/last-of-yesterday"_s, -int(sinceMidnight.count()) - 1);
+        panel.add(u"https://a.example/first-of-today"_s, -int(sinceMidnight.count()));
+        const CapturedLink hidden = panel.add(u"https://a.example/hidden"_s);
+        QVERIFY(panel.context().hide({hidden.id}));
         QSignalSpy changes(&panel.model, &MenuBarViewModel::changed);
         panel.settle();
         QCOMPARE(changes.count(), 1);
@@ -41,12 +41,12 @@ private Q_SLOTS:
         TestPanel panel;
         panel.addLinks(2);
         QCOMPARE(panel.model.todayText(), u"2 today"_s);
-        const Instant midnight = *addDays(startOfDay(panel.store.clock.now()), 1);
+        const Instant midnight = *addDays(startOfDay(panel.clock.now()), 1);
         const auto rest =
-            std::chrono::floor<std::chrono::milliseconds>(midnight - panel.store.clock.now());
-        panel.store.clock.advance(rest - 1ms);
+            std::chrono::floor<std::chrono::milliseconds>(midnight - panel.clock.now());
+        panel.clock.advance(rest - 1ms);
         QCOMPARE(panel.model.todayText(), u"2 today"_s);
-        panel.store.clock.advance(1ms);
+        panel.clock.advance(1ms);
         QCOMPARE(panel.model.todayText(), u"0 today"_s);
         QCOMPARE(panel.model.countText(), u"2 links"_s);
     }
@@ -55,7 +55,7 @@ private Q_SLOTS:
     {
         TestPanel panel;
         panel.addLinks(1);
-        panel.store.clock.setWallClock(panel.store.clock.now() + 24h);
+        panel.clock.setWallClock(panel.clock.now() + 24h);
         panel.model.recountToday();
         QCOMPARE(panel.model.todayText(), u"0 today"_s);
     }
@@ -71,9 +71,9 @@ private Q_SLOTS:
         };
         for (const auto &[title, shown] : rows) {
             TestPanel panel;
-            const CapturedLink link = panel.store.add(u"https://a.example/x"_s);
+            const CapturedLink link = panel.add(u"https://a.example/x"_s);
             if (title)
-                panel.store.context().setTitle(link.id, *title);
+                panel.context().setTitle(link.id, *title);
             const LinkRow row = panel.model.row(positionOf(link));
             QCOMPARE(row.title, shown);
             QCOMPARE(row.time, u"11:13\u202fPM"_s); // 22:13 UTC, an hour later in Berlin
@@ -93,13 +93,13 @@ private Q_SLOTS:
         QCOMPARE(panel.clipboard.text(), url);
         panel.model.copySummary(link.id);
         QCOMPARE(panel.clipboard.text(), summary);
-        panel.store.context().setTitle(link.id, u"<b>Tea</b>"_s);
+        panel.context().setTitle(link.id, u"<b>Tea</b>"_s);
         const QStringList told = panel.model.toolTip(link.id).split(u"<br>"_s);
         QCOMPARE(told.first(), u"&lt;b&gt;Tea&lt;/b&gt;"_s);
         QVERIFY(QString(told.at(1)).remove(QChar(0x200b)).startsWith(url.left(400)));
         QCOMPARE(told.at(2), u"Nov 14, 2023, 11:13\u202fPM"_s);
         panel.model.remove(link.id);
-        QVERIFY(!panel.store.context().link(link.id));
+        QVERIFY(!panel.context().link(link.id));
 
         const qint64 copies = panel.clipboard.changeCount();
         panel.model.open(link.id); // a row may be clicked before its removal is announced
@@ -108,27 +108,6 @@ private Q_SLOTS:
         panel.model.remove(link.id);
         QCOMPARE(panel.browser.opened.size(), 1);
         QCOMPARE(panel.clipboard.changeCount(), copies);
-    }
-
-    void writesTheMissingSummaries()
-    {
-        TestPanel panel;
-        panel.web.answerWith([](const HttpRequest &) -> HttpReply {
-            return HttpResponse{200, "<title>Tea</title>", false};
-        });
-        panel.addSummarized(u"https://a.example/has-one"_s, 0, u"A page about tea."_s);
-        panel.addLinks(2);
-        QCOMPARE(panel.model.summarizeToolTip(), u"Generate AI summaries for 2 links"_s);
-        panel.model.summarize();
-        panel.model.summarize(); // does nothing while it runs
-        QVERIFY(panel.model.isSummarizing());
-        QTRY_VERIFY((panel.store.clock.advance(100ms), !panel.model.isSummarizing()));
-        QCOMPARE(panel.web.requests().size(), 2);
-        QCOMPARE(panel.model.summarizeToolTip(), u"All links have summaries"_s);
-
-        panel.model.summarize();
-        QTRY_VERIFY(!panel.model.isSummarizing());
-        QCOMPARE(panel.web.requests().size(), 2);
     }
 
     void tellsWhatDoesNotWork()
@@ -144,11 +123,11 @@ private Q_SLOTS:
         panel.model.setNotice({});
         {
             const FullDisk disk;
-            panel.store.add(u"https://a.example/kept"_s);
+            panel.add(u"https://a.example/kept"_s);
             QVERIFY(panel.model.notice().contains(u"cannot be saved"));
         }
         changes.clear();
-        panel.store.clock.advance(1min);
+        panel.clock.advance(1min);
         QCOMPARE(panel.model.notice(), u"Copies cannot be seen here."_s);
         QVERIFY(changes.count() >= 1);
     }

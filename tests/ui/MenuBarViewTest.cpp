@@ -2,7 +2,7 @@
 #include "MenuBarView.h"
 
 #include "Card.h"
-#include "ElidedLabel.h"
+#include "Controls.h"
 #include "FormWidgets.h"
 #include "IconButton.h"
 #include "PanelPlacement.h"
@@ -12,7 +12,6 @@
 #include "TintedIcon.h"
 
 #include <QDialog>
-#include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -26,26 +25,6 @@ using namespace std::chrono_literals;
 
 namespace
 {
-
-bool showsLabel(const MenuBarView &panel, const QString &text)
-{
-    const auto shows = [&text](const auto *label) {
-        return label->isVisible() && label->text() == text;
-    };
-    const auto labels = panel.findChildren<QLabel *>();
-    const auto elided = panel.findChildren<ElidedLabel *>();
-    return std::any_of(labels.begin(), labels.end(), shows)
-        || std::any_of(elided.begin(), elided.end(), shows);
-}
-
-IconButton *buttonOf(const MenuBarView &panel, QStringView name)
-{
-    const auto buttons = panel.findChildren<IconButton *>();
-    const auto found = std::find_if(buttons.begin(), buttons.end(), [name](const auto *button) {
-        return button->accessibleName() == name;
-    });
-    return found == buttons.end() ? nullptr : *found;
-}
 
 QColor inkOf(const QIcon &icon)
 {
@@ -93,14 +72,14 @@ private Q_SLOTS:
         TestPanel panel;
         MenuBarView view(panel.model, {});
         view.showAsPanel({});
-        QVERIFY(showsLabel(view, u"No Links Yet"_s));
+        QVERIFY(shows(view, u"No Links Yet"_s));
         QVERIFY(!view.findChild<LinkListView *>()->isVisible());
         panel.addLinks(1);
-        QVERIFY(!showsLabel(view, u"No Links Yet"_s));
+        QVERIFY(!shows(view, u"No Links Yet"_s));
         QTRY_COMPARE(view.findChild<LinkListView *>()->rowsInView().size(), 1);
         panel.model.remove(panel.model.links().positionAt(0).id);
         panel.settle();
-        QVERIFY(showsLabel(view, u"No Links Yet"_s));
+        QVERIFY(shows(view, u"No Links Yet"_s));
     }
 
     void outlinesAreWholeAtEveryScale()
@@ -136,7 +115,7 @@ private Q_SLOTS:
         view.showAsWindow();
         QSignalSpy resumes(&panel.model, &MenuBarViewModel::resumeRequested);
         panel.model.setPaused(true);
-        QVERIFY(showsLabel(view, u"Capturing is paused."_s));
+        QVERIFY(shows(view, u"Capturing is paused."_s));
         const auto buttons = view.findChildren<QPushButton *>();
         QCOMPARE(buttons.size(), 1);
         QVERIFY(buttons.first()->isVisible());
@@ -145,9 +124,9 @@ private Q_SLOTS:
         panel.model.setPaused(false);
         QVERIFY(!buttons.first()->isVisible());
         panel.clipboard.setLimitation(u"Copies cannot be seen here."_s);
-        QVERIFY(showsLabel(view, u"Copies cannot be seen here."_s));
+        QVERIFY(shows(view, u"Copies cannot be seen here."_s));
         panel.clipboard.setLimitation({});
-        QVERIFY(!showsLabel(view, QString()));
+        QVERIFY(!shows(view, QString()));
     }
 
     void aSpinnerStandsForTheIconWhileSummariesAreWritten()
@@ -157,15 +136,15 @@ private Q_SLOTS:
         MenuBarView view(panel.model, {});
         view.showAsPanel({});
         auto &spinner = *view.findChild<Spinner *>();
-        auto &button = *buttonOf(view, u"Generate AI summaries for 1 links");
+        auto &button = *labelled<IconButton>(view, u"Generate AI summaries for 1 links"_s);
         QVERIFY(!spinner.isVisible());
         button.click();
         QVERIFY(spinner.isVisible());
         QVERIFY(button.icon().isNull());
         QVERIFY(button.isEnabled());
-        QTRY_VERIFY((panel.store.clock.advance(100ms), panel.web.waiting() == 1));
+        QTRY_VERIFY((panel.clock.advance(100ms), panel.web.waiting() == 1));
         panel.web.answerNext(HttpResponse{200, "<title>Tea</title>", false});
-        QTRY_VERIFY((panel.store.clock.advance(100ms), !spinner.isVisible()));
+        QTRY_VERIFY((panel.clock.advance(100ms), !spinner.isVisible()));
         QVERIFY(!button.icon().isNull());
         QCOMPARE(button.accessibleName(), u"All links have summaries"_s);
     }
@@ -222,7 +201,7 @@ private Q_SLOTS:
         view.showAsPanel({});
         QVERIFY(QTest::qWaitForWindowActive(&view));
         QSignalSpy quits(&view, &MenuBarView::quitRequested);
-        buttonOf(view, u"Quit Strandloom")->click();
+        labelled<IconButton>(view, u"Quit Strandloom"_s)->click();
         QCOMPARE(quits.count(), 1);
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
         QVERIFY(!view.isVisible());
@@ -246,7 +225,7 @@ private Q_SLOTS:
         QVERIFY(!line.isVisible());
         press(Qt::Key_7, u"7"_s);
         QVERIFY(line.hasFocus());
-        QVERIFY(showsLabel(view, u"4 of 31 links"_s));
+        QVERIFY(shows(view, u"4 of 31 links"_s));
         press(Qt::Key_Down);
         press(Qt::Key_Down);
         QCOMPARE(list.rowsInView().size(), 4);
@@ -254,7 +233,7 @@ private Q_SLOTS:
         press(Qt::Key_Return);
         press(Qt::Key_Delete);
         QCOMPARE(panel.browser.opened, {u"https://a.example/27"_s});
-        QVERIFY(showsLabel(view, u"3 of 30 links"_s));
+        QVERIFY(shows(view, u"3 of 30 links"_s));
         press(Qt::Key_1, u"1"_s); // goes on from the list
         QCOMPARE(line.text(), u"71"_s);
         QCOMPARE(list.rowsInView().size(), 0);
@@ -265,7 +244,7 @@ private Q_SLOTS:
 
         press(Qt::Key_Escape);
         QVERIFY(line.isVisible());
-        QVERIFY(showsLabel(view, u"30 links"_s));
+        QVERIFY(shows(view, u"30 links"_s));
         press(Qt::Key_Escape);
         QVERIFY(!line.isVisible());
         press(Qt::Key_7, u"7"_s);
@@ -286,18 +265,18 @@ private Q_SLOTS:
         for (const auto &[copied, answer] : rows) {
             TestPanel panel;
             panel.addLinks(1);
-            QVERIFY(panel.store.context().insert(ExcludedDomain{{}, u"ads.example"_s, {}}));
+            QVERIFY(panel.context().insert(ExcludedDomain{{}, u"ads.example"_s, {}}));
             MenuBarView view(panel.model, {});
             view.showAsPanel({});
             panel.clipboard.stopReading(); // as while capturing is paused
             panel.clipboard.copy(copied);
             QTest::keyClick(&view, Qt::Key_V, Qt::ControlModifier);
-            QVERIFY(showsLabel(view, answer));
+            QVERIFY(shows(view, answer));
             const bool isNew = copied.contains(u"new.example/");
-            QCOMPARE(panel.store.visible().size(), isNew ? 2 : 1);
+            QCOMPARE(panel.visible().size(), isNew ? 2 : 1);
             QTRY_COMPARE(panel.web.requests().size(), isNew ? 1 : 0); // for the title
-            panel.store.clock.advance(5s);
-            QVERIFY(!showsLabel(view, answer));
+            panel.clock.advance(5s);
+            QVERIFY(!shows(view, answer));
         }
     }
 
@@ -309,13 +288,13 @@ private Q_SLOTS:
         view.showAsPanel({});
         QVERIFY(QTest::qWaitForWindowActive(&view));
         auto &list = *view.findChild<LinkListView *>();
-        panel.store.context().setSummary(list.rowsInView().front()->id(), u"On tea."_s);
+        panel.context().setSummary(list.rowsInView().front()->id(), u"On tea."_s);
         list.setCurrent(0);
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
         QTRY_VERIFY(list.rowsInView().front()->isExpanded());
         list.setCurrent(50);
         view.hide();
-        panel.store.clock.setWallClock(panel.store.clock.now() + 24h);
+        panel.clock.setWallClock(panel.clock.now() + 24h);
         view.showAsPanel({});
         QCOMPARE(list.rowsInView().front()->id(), panel.model.links().positionAt(0).id);
         QVERIFY(!list.rowsInView().front()->isExpanded());

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Confirmation.h"
+#include "Controls.h"
 #include "InlineExportView.h"
 #include "MenuBarView.h"
 #include "Rows.h"
@@ -15,12 +16,10 @@
 #include "settings/InlineSettingsView.h"
 #include "settings/SettingsView.h"
 
-#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
@@ -45,25 +44,6 @@ QWidget *inPanel(const SettingsDependencies &with)
 QWidget *inWindow(const SettingsDependencies &with)
 {
     return new SettingsView(with);
-}
-
-template <typename Control>
-Control *labelled(const QWidget &screen, const QString &label)
-{
-    for (Control *const control : screen.findChildren<Control *>()) {
-        const auto *const button = qobject_cast<QAbstractButton *>(control);
-        if ((button && button->text() == label) || control->accessibleName() == label)
-            return control;
-    }
-    return nullptr;
-}
-
-bool shows(const QWidget &screen, const QString &text)
-{
-    const auto labels = screen.findChildren<QLabel *>();
-    return std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) {
-        return label->isVisibleTo(&screen) && label->text() == text;
-    });
 }
 
 QString valueOf(const QWidget &control)

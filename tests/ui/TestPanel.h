@@ -2,32 +2,22 @@
 #pragma once
 
 #include "AppInfo.h"
-#include "FakeClipboard.h"
-#include "FakeHttpClient.h"
-#include "FakeUrlOpener.h"
+#include "Desk.h"
 #include "LinkListView.h"
 #include "LinkRowView.h"
 #include "LocalMLService.h"
 #include "MenuBarViewModel.h"
 #include "SummaryService.h"
-#include "TestStore.h"
 #include "WebContentExtractor.h"
 
 #include <QCoreApplication>
-#include <QThreadPool>
 
-/// The panel's model on a real store, with the rest of the desktop in memory.
-struct TestPanel {
-    TestStore store;
-    FakeClipboard clipboard;
-    FakeUrlOpener browser;
-    FakeHttpClient web;
-    QThreadPool pages;
-    LocalMLService mlService{AppInfo(QString()), store.clock};
-    WebContentExtractor extractor{web, pages, store.clock};
-    SummaryService summaries{store.context(), mlService, extractor, store.clock};
-    MenuBarViewModel model{
-        {store.context(), clipboard, browser, summaries, web, pages, store.clock}};
+/// The panel's model on the desk.
+struct TestPanel : Desk {
+    LocalMLService mlService{AppInfo(QString()), clock};
+    WebContentExtractor extractor{web, pages, clock};
+    SummaryService summaries{context(), mlService, extractor, clock};
+    MenuBarViewModel model{{context(), clipboard, browser, summaries, web, pages, clock}};
 
     TestPanel()
     {
@@ -38,13 +28,13 @@ struct TestPanel {
     void addLinks(int count)
     {
         for (int number = 0; number < count; ++number)
-            store.add(QStringLiteral("https://a.example/%1").arg(number), number);
+            add(QStringLiteral("https://a.example/%1").arg(number), number);
         settle();
     }
     CapturedLink addSummarized(const QString &url, int seconds, const QString &summary)
     {
-        const CapturedLink link = store.add(url, seconds);
-        store.context().setSummary(link.id, summary);
+        const CapturedLink link = add(url, seconds);
+        context().setSummary(link.id, summary);
         settle();
         return link;
     }
