@@ -51,17 +51,13 @@ function(strandloom_module name)
     install(TARGETS ${name}_module LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/strandloom)
 endfunction()
 
-# strandloom_test(NAME [ALONE] SOURCES ... LINKS ...): a Qt Test program that ctest runs, with no other
-# beside it where it watches how long the main thread is held. Widgets are drawn off screen; a test
-# that needs a real display server starts its own.
+# strandloom_test(NAME SOURCES ... LINKS ...): a Qt Test program that ctest runs. Widgets are drawn off
+# screen; a test that needs a real display server starts its own.
 function(strandloom_test name)
-    cmake_parse_arguments(ARG "ALONE" "TIMEOUT" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LINKS} fakes Qt6::Test strandloom_options)
     add_test(NAME ${name} COMMAND ${name})
-    if(NOT ARG_TIMEOUT)
-        set(ARG_TIMEOUT 120)
-    endif()
-    set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} RUN_SERIAL ${ARG_ALONE}
+    set_tests_properties(${name} PROPERTIES TIMEOUT 120
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;LANGUAGE=")
 endfunction()
