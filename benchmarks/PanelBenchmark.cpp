@@ -14,6 +14,7 @@
 #include "SystemClock.h"
 #include "UrlOpener.h"
 #include "WebContentExtractor.h"
+#include "style/LoomStyle.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -255,6 +256,7 @@ int main(int argc, char **argv)
     QLoggingCategory::setFilterRules(
         u"*.warning=false"_s); // it complains whenever a window is shown
     const QApplication application(argc, argv);
+    LoomStyle::use(); // QT_STYLE_OVERRIDE=fusion shows what it costs
     if (argc == 3 && std::strcmp(argv[1], "--open") == 0)
         return openFirst(QString::fromLocal8Bit(argv[2]));
     benchmark::Initialize(&argc, argv);
