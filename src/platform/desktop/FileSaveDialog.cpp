@@ -5,12 +5,17 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QPointer>
+#include <QSplitter>
 #include <QStandardPaths>
 
 using namespace Qt::StringLiterals;
 
 namespace
 {
+
+constexpr int width = 720;
+constexpr int height = 460;
+constexpr int placesWidth = 150;
 
 QString mimeType(ContentType type)
 {
@@ -52,6 +57,10 @@ public:
         const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
         m_dialog->setDirectory(QDir(folder).exists() ? folder : QDir::homePath());
         m_dialog->selectFile(request.suggestedName);
+        // Where the desktop has no dialog of its own, Qt's cuts off the names of the places.
+        m_dialog->resize(width, height);
+        if (auto *const places = m_dialog->findChild<QSplitter *>())
+            places->setSizes({placesWidth, width - placesWidth});
     }
     Answer(const Answer &) = delete;
     Answer &operator=(const Answer &) = delete;
