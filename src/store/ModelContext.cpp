@@ -428,6 +428,7 @@ ModelContext::visiblePositions(const std::optional<ListPosition> &after, int lim
 {
     return m_database.attempt([&] {
         std::vector<ListPosition> positions;
+        positions.reserve(size_t(limit < 0 ? counts().visible : limit));
         ListPosition last = after.value_or(ListPosition{Instant::max(), {}});
         Query query = m_database.query(positionsBehind);
         bindInstant(*query, 1, last.copiedAt);
