@@ -59,7 +59,7 @@ constexpr auto stateById = "SELECT isVisible, summary IS NOT NULL FROM links WHE
 constexpr auto linkById = "SELECT " LINK_COLUMNS " FROM links WHERE id=?";
 constexpr auto countByUrl = "SELECT count(*) FROM links WHERE url=?";
 constexpr auto countVisibleSince = "SELECT count(*) FROM links WHERE isVisible AND copiedAt>=?";
-constexpr auto countAll = "SELECT count(*), total(isVisible), "
+constexpr auto countAll = "SELECT count(*), total(isVisible IS TRUE), "
                           "total(isVisible AND summary IS NULL) FROM links";
 constexpr auto positionsBehind = "SELECT copiedAt, id FROM links "
                                  "WHERE isVisible AND (copiedAt, id) < (?, ?) "

@@ -213,6 +213,17 @@ private Q_SLOTS:
             QCOMPARE(modeOf(store.folder + u'/' + name), 0600u);
     }
 
+    void countsRowsWhateverTheyHold()
+    {
+        TestStore store;
+        store.add(u"a"_s);
+        store.add(u"b"_s);
+        store.close();
+        execute(store.folder, "UPDATE links SET isVisible=-9223372036854775807");
+        store.open();
+        QCOMPARE(store.context().counts().visible, 2);
+    }
+
     void keepsWhatWasInsertedBeforeAKill()
     {
         TestStore store;
