@@ -142,7 +142,7 @@ void StrandloomApp::buildTrayMenu()
 
 void StrandloomApp::openWithoutTray()
 {
-    if (!m_tray->isShown())
+    if (!m_tray->isShown() && !m_panel)
         openPanel();
 }
 
