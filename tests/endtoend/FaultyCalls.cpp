@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <string>
 #include <string_view>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -112,6 +113,9 @@ CALL(int, "write", ftruncate, (int fd, off_t size) noexcept, fd, SYS_ftruncate, 
 CALL(int, "write", ftruncate64, (int fd, off64_t size) noexcept, fd, SYS_ftruncate, fd, size)
 CALL(int, "sync", fsync, (int fd), fd, SYS_fsync, fd)
 CALL(int, "sync", fdatasync, (int fd), fd, SYS_fdatasync, fd)
+CALL(int, "close", close, (int fd), fd, SYS_close, fd)
+CALL(int, "lock", flock, (int fd, int how) noexcept, fd, SYS_flock, fd, how)
+CALL(int, "name", mkdir, (const char *path, mode_t mode) noexcept, path, SYS_mkdir, path, mode)
 CALL(int, "name", rename, (const char *from, const char *to) noexcept, to, SYS_rename, from, to)
 CALL(int, "name", renameat2,
      (int f, const char *from, int t, const char *to, unsigned flags) noexcept, to, SYS_renameat2,

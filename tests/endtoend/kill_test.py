@@ -3,6 +3,7 @@
 """Kills the program in the middle of copies, again and again: a link whose capture was reported is
 never lost, and the store is sound each time. Then kills commands: each has done all or nothing."""
 
+import contextlib
 import os
 import pathlib
 import random
@@ -140,16 +141,18 @@ def kill_delete_all(home):
 
 
 def kill_again_and_again(kill, home, rounds):
-    """At moments all over the time that it takes unless it is killed, which the first time tells."""
+    """At moments all over the time that it takes, which is what it took when it was last not killed."""
     limit, killed = 0, 0
     for _ in range(rounds + 1):
         steps = kill(home)
         process = next(steps)
         begin = time.monotonic()
         if limit:
-            time.sleep(random.uniform(0, limit))
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                process.wait(random.uniform(0, limit))
         else:  # the program does not end by itself
             wait_until(lambda: process.poll() is not None or not links_in(home.store), "its end")
+        if not limit or process.poll() is not None:
             limit = time.monotonic() - begin
         killed += process.poll() is None
         process.kill()
