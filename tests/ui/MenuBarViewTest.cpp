@@ -46,16 +46,16 @@ private Q_SLOTS:
     void opensWhereTheTrayIs()
     {
         using Tray = std::optional<QRect>;
-        const QRect screen(0, 24, 1000, 676);
+        const QRect wide(0, 24, 1000, 676);
         const Rows<QRect, Tray, QPoint, QRect> rows{
-            {"below a tray above", screen, Tray(QRect(500, 0, 24, 24)), QPoint(),
+            {"below a tray above", wide, Tray(QRect(500, 0, 24, 24)), QPoint(),
              QRect(411, 24, 200, 300)},
-            {"above a tray below", screen, Tray(QRect(500, 676, 24, 24)), QPoint(),
+            {"above a tray below", wide, Tray(QRect(500, 676, 24, 24)), QPoint(),
              QRect(411, 376, 200, 300)},
-            {"in the right corner", screen, Tray(QRect(980, 0, 20, 24)), QPoint(),
+            {"in the right corner", wide, Tray(QRect(980, 0, 20, 24)), QPoint(),
              QRect(800, 24, 200, 300)},
-            {"at the cursor", screen, Tray(), QPoint(300, 100), QRect(200, 101, 200, 300)},
-            {"cursor in a corner", screen, Tray(), QPoint(2, 698), QRect(0, 398, 200, 300)},
+            {"at the cursor", wide, Tray(), QPoint(300, 100), QRect(200, 101, 200, 300)},
+            {"cursor in a corner", wide, Tray(), QPoint(2, 698), QRect(0, 398, 200, 300)},
             {"on another screen", QRect(-1000, 0, 1000, 700), Tray(QRect(-1000, 0, 20, 20)),
              QPoint(5, 5), QRect(-1000, 20, 200, 300)},
             {"no room beside the tray", QRect(0, 0, 1000, 310), Tray(QRect(500, 0, 24, 24)),
