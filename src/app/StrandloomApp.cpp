@@ -5,6 +5,7 @@
 #include "ApplicationAdaptor.h"
 #include "AtomicFile.h"
 #include "DebugLog.h"
+#include "DrawnIcon.h"
 #include "ExitCode.h"
 #include "ExportView.h"
 #include "ExportViewModel.h"
@@ -47,20 +48,18 @@ constexpr auto trayPatience = 5s;
 /// A command line that writes lets go of the store sooner.
 constexpr auto storePatience = 5s;
 
-/// The icon goes by its name, so that a tray can follow its own theme; it is drawn in colour where
-/// it is not installed.
-TrayAppearance trayAppearance(const QString &icon, const QString &toolTip)
-{
-    const QString file = u":/icons/"_s + icon;
-    return {QIcon::fromTheme(icon + u"-symbolic"_s, QIcon(file + u".svg"_s)),
-            QIcon(file + u"-symbolic.svg"_s), toolTip};
-}
-
 TrayAppearance trayAppearance(bool isPaused)
 {
-    return isPaused ? trayAppearance(u"app.strandloom-paused"_s,
-                                     StrandloomApp::tr("Strandloom (capturing is paused)"))
-                    : trayAppearance(u"app.strandloom"_s, u"Strandloom"_s);
+    return isPaused ? TrayAppearance{u"app.strandloom-paused"_s,
+                                     StrandloomApp::tr("Strandloom (capturing is paused)")}
+                    : TrayAppearance{u"app.strandloom"_s, u"Strandloom"_s};
+}
+
+/// Called before the first window, since a start in the background needs no icon for one.
+void setWindowIcon()
+{
+    if (QApplication::windowIcon().isNull())
+        QApplication::setWindowIcon(drawnIcon(u":/icons/app.strandloom.svg"_s));
 }
 
 int dieOfStoreError(const StoreError &error)
@@ -68,6 +67,7 @@ int dieOfStoreError(const StoreError &error)
     const QString message = u"Could not create ModelContainer: "_s + description(error);
     std::fprintf(stderr, "%s\n",
                  qPrintable(printable(message))); // first: there may be nobody at the screen
+    setWindowIcon();
     QMessageBox box(QMessageBox::Critical, u"Strandloom"_s, message, QMessageBox::Close);
     box.exec();
     return int(ExitCode::nothing);
@@ -183,6 +183,7 @@ MenuBarView &StrandloomApp::panel()
         connect(m_panelModel.get(), &MenuBarViewModel::resumeRequested, m_appState.get(),
                 [this] { m_appState->setCapturingPaused(false); });
         const auto makeSettings = [this] { return new InlineSettingsView(settingsDependencies()); };
+        setWindowIcon();
         m_panel = std::make_unique<MenuBarView>(*m_panelModel, makeSettings);
         connect(m_panel.get(), &MenuBarView::quitRequested, qApp, &QCoreApplication::quit);
     }
@@ -195,6 +196,7 @@ void StrandloomApp::openSettings()
         return;
     if (!m_settings)
         m_settings = new SettingsView(settingsDependencies());
+    setWindowIcon();
     bringToFront(*m_settings);
 }
 
@@ -204,6 +206,7 @@ void StrandloomApp::openExport()
         return;
     if (!m_export)
         m_export = new ExportView(std::make_shared<ExportViewModel>(m_services.exports));
+    setWindowIcon();
     bringToFront(*m_export);
 }
 
@@ -233,6 +236,7 @@ void StrandloomApp::showUpdateStatus(const UpdateStatus &status)
 {
     if (!m_update)
         m_update = std::make_unique<UpdateView>(m_services.urlOpener);
+    setWindowIcon();
     m_update->present(status);
 }
 
@@ -260,8 +264,6 @@ int runStrandloom(int argc, char **argv, const Start &start)
     application.setApplicationName(u"strandloom"_s);
     application.setApplicationVersion(QStringLiteral(STRANDLOOM_VERSION));
     application.setDesktopFileName(u"app.strandloom"_s);
-    application.setWindowIcon(
-        QIcon::fromTheme(u"app.strandloom"_s, QIcon(u":/icons/app.strandloom.svg"_s)));
     application.setQuitOnLastWindowClosed(false);
     UnixSignal terminated(SIGTERM), interrupted(SIGINT);
     for (UnixSignal *const end : {&terminated, &interrupted})

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "TintedIcon.h"
 
+#include "DrawnIcon.h"
 #include "style/Colors.h"
 
 #include <QGuiApplication>
@@ -8,7 +9,6 @@
 #include <QPainter>
 #include <QPalette>
 #include <QPixmapCache>
-#include <QSvgRenderer>
 
 /// Resources of a static library come in only where something asks for them.
 static void initializeIcons()
@@ -56,13 +56,7 @@ private:
         if (QPixmapCache::find(key, &pixmap))
             return pixmap;
 
-        pixmap = QPixmap(pixels);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        QSvgRenderer(u":/icons/"_s + m_name + u".svg").render(&painter);
-        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-        painter.fillRect(pixmap.rect(), color);
-        painter.end();
+        pixmap = drawnPixmap(u":/icons/"_s + m_name + u".svg", pixels, color);
         QPixmapCache::insert(key, pixmap);
         return pixmap;
     }

@@ -2,12 +2,13 @@
 #include "TrayIcon.h"
 
 #include "DebugLog.h"
+#include "DrawnIcon.h"
 #include "EmbeddingTray.h"
 #include "StatusNotifierHost.h"
 
 #include <QGuiApplication>
 #include <QMenu>
-#include <QPainter>
+#include <QStandardPaths>
 
 using namespace Qt::StringLiterals;
 
@@ -17,18 +18,20 @@ namespace
 /// Seen as well on black as on white: most trays do not tell what they are like.
 const QColor middle(0x77, 0x77, 0x77);
 
-QIcon tinted(const QIcon &shape, const std::optional<QColor> &color)
+/// For a tray that draws icons by their names, and follows its own theme in that. One that does not
+/// know the name draws nothing, so it is told only where it is installed.
+QIcon namedIcon(const QString &icon)
 {
-    QIcon icon;
-    for (const int size : {16, 22, 24, 32, 48, 64}) {
-        QPixmap pixmap = shape.pixmap(size);
-        QPainter painter(&pixmap);
-        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-        painter.fillRect(pixmap.rect(), color.value_or(middle));
-        painter.end();
-        icon.addPixmap(pixmap);
-    }
-    return icon;
+    const QString name = icon + u"-symbolic"_s;
+    const QString installed =
+        QStandardPaths::locate(QStandardPaths::GenericDataLocation,
+                               u"icons/hicolor/symbolic/apps/"_s + name + u".svg"_s);
+    return drawnIcon(u":/icons/"_s + icon + u".svg"_s, {}, installed.isEmpty() ? QString() : name);
+}
+
+QIcon tintedIcon(const QString &icon, const QColor &color)
+{
+    return drawnIcon(u":/icons/"_s + icon + u"-symbolic.svg"_s, color);
 }
 
 } // namespace
@@ -103,8 +106,8 @@ void TrayIcon::place()
 void TrayIcon::paint()
 {
     m_icon->setIcon(m_kind == Kind::embedding
-                        ? tinted(m_appearance.shape, m_embedding->foreground())
-                        : m_appearance.named);
+                        ? tintedIcon(m_appearance.icon, m_embedding->foreground().value_or(middle))
+                        : namedIcon(m_appearance.icon));
     m_icon->setToolTip(m_appearance.toolTip);
 }
 

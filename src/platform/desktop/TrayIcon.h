@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QIcon>
 #include <QObject>
 #include <QRect>
 #include <QSystemTrayIcon>
@@ -14,8 +13,10 @@ class QMenu;
 class StatusNotifierHost;
 
 struct TrayAppearance {
-    QIcon named; ///< for trays that draw it themselves, in their own colour
-    QIcon shape; ///< of one colour, which is replaced by one that suits the tray
+    /// There are two resources: `:/icons/NAME.svg`, and `:/icons/NAME-symbolic.svg` of one colour,
+    /// in whose place comes one that suits the tray. The latter may be installed as well, for trays
+    /// that draw icons themselves.
+    QString icon;
     QString toolTip;
 };
 
