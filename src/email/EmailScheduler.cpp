@@ -49,6 +49,8 @@ EmailScheduler::EmailScheduler(const Dependencies &dependencies, QObject *parent
 
 void EmailScheduler::scheduleNextEmail()
 {
+    if (isEnabled() && !m_dependencies.keys.isKnown())
+        m_dependencies.keys.refresh(); // without a digest, the first screen about mail does it
     aim(slotAt(nextSendDate(sendHour())));
 }
 
@@ -56,9 +58,7 @@ void EmailScheduler::aim(const std::optional<Slot> &slot)
 {
     m_timer.reset();
     m_aim.reset();
-    const bool isEnabled =
-        m_dependencies.preferences.boolean(preferenceKeys::emailDigestEnabled).value_or(false);
-    if (!isEnabled || !m_dependencies.keys.isConfigured()) {
+    if (!isEnabled() || !m_dependencies.keys.isConfigured()) {
         m_isScheduled = false;
         return;
     }
@@ -97,7 +97,7 @@ void EmailScheduler::wake()
 
 void EmailScheduler::checkAndSendIfNeeded()
 {
-    if (!m_dependencies.preferences.boolean(preferenceKeys::emailDigestEnabled).value_or(false))
+    if (!isEnabled())
         return;
     const Instant now = m_dependencies.clock.now();
     if (dateTimeOf(now).time().hour() < sendHour())
@@ -206,6 +206,11 @@ QByteArray EmailScheduler::occasion(const Slot &slot) const
     const qint64 since = refused.value_or(Instant()).time_since_epoch().count();
     return slot.day.toString(Qt::ISODate).toLatin1() + 'T' + QByteArray::number(slot.hour) + ' '
         + QByteArray::number(since);
+}
+
+bool EmailScheduler::isEnabled() const
+{
+    return m_dependencies.preferences.boolean(preferenceKeys::emailDigestEnabled).value_or(false);
 }
 
 int EmailScheduler::sendHour() const

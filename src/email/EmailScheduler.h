@@ -42,8 +42,9 @@ public:
     /// Whether a digest is to be sent at some later time.
     bool isScheduled() const { return m_isScheduled; }
 
-    /// Aims at the next send, or at none when the digest is off. To be called at the start and
-    /// when the user has changed the digest's preferences.
+    /// Aims at the next send, or at none when the digest is off; a digest that is on needs the
+    /// keyring to be read. To be called at the start and when the user has changed the digest's
+    /// preferences.
     void scheduleNextEmail();
     /// Sends the digest of today if its hour has passed and none has gone out. To be called once,
     /// at the start, after `scheduleNextEmail`.
@@ -67,6 +68,7 @@ private:
         bool operator==(const Slot &) const = default;
     };
 
+    bool isEnabled() const;
     int sendHour() const;
     Instant due(const Slot &slot) const;
     std::optional<Slot> slotAt(std::optional<Instant> date) const;

@@ -72,11 +72,6 @@ ResendKeyService::ResendKeyService(SecretStore &secrets, QObject *parent)
     : QObject(parent)
     , m_secrets(secrets)
 {
-    connect(&m_secrets, &SecretStore::changed, this, [this] {
-        if (!m_isKnown)
-            refresh();
-    });
-    refresh();
 }
 
 Task<bool> ResendKeyService::saveConfiguration(QString apiKey, QString fromEmail)
@@ -122,7 +117,15 @@ Task<std::optional<QString>> ResendKeyService::apiKey(UnlockPrompt prompt)
 
 void ResendKeyService::refresh()
 {
+    connect(&m_secrets, &SecretStore::changed, this, &ResendKeyService::refreshUnlessKnown,
+            Qt::UniqueConnection);
     m_tasks.start(readAgain());
+}
+
+void ResendKeyService::refreshUnlessKnown()
+{
+    if (!m_isKnown)
+        refresh();
 }
 
 Task<> ResendKeyService::readAgain()

@@ -27,8 +27,8 @@ public:
     static constexpr QLatin1StringView apiKeyAccount{"resend_api_key"};
     static constexpr QLatin1StringView emailAccount{"resend_from_email"};
 
-    /// Begins to read `secrets`, which outlives the service, without asking the user for anything.
-    /// The key itself stays in the keyring until it is asked for.
+    /// Reads nothing before `refresh`: looking at the keyring may start it, which only those need
+    /// who use mail. `secrets` outlives the service.
     explicit ResendKeyService(SecretStore &secrets, QObject *parent = nullptr);
 
     /// Whether the keyring could be read, now or earlier.
@@ -47,7 +47,8 @@ public:
     /// The stored key; absent when there is none or it cannot be read. Reads the sender address
     /// along with it.
     Task<std::optional<QString>> apiKey(UnlockPrompt prompt);
-    /// Reads again, without a prompt: the keyring may have been unlocked, or come up, meanwhile.
+    /// Begins to read, or reads again, without asking the user for anything: the keyring may have
+    /// been unlocked, or come up, meanwhile. The key itself stays there until it is asked for.
     void refresh();
 
 Q_SIGNALS:
@@ -59,6 +60,7 @@ Q_SIGNALS:
 
 private:
     Task<std::optional<SecretStore::Secrets>> read(UnlockPrompt prompt);
+    void refreshUnlessKnown();
     Task<> readAgain();
     Task<> removeSecrets();
     /// What was asked for after `changes` saves and removals.

@@ -86,8 +86,8 @@ struct Machine : MailDesk {
     }
     void start()
     {
-        (void)QTest::qWaitFor([this] { return keys.isKnown(); });
         open();
+        (void)QTest::qWaitFor([this] { return keys.isKnown(); });
         settle();
     }
     /// Runs until whatever was to be sent is sent and the next send is aimed at.

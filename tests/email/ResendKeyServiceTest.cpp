@@ -66,6 +66,7 @@ private Q_SLOTS:
 
         ResendKeyService second(secrets);
         QSignalSpy known(&second, &ResendKeyService::becameKnown);
+        second.refresh();
         QVERIFY(!second.isConfigured()); // the keyring answers late
         QVERIFY(known.wait());
         QVERIFY(second.isConfigured());
@@ -90,6 +91,7 @@ private Q_SLOTS:
         session.killDaemon();
         ResendKeyService service(secrets);
         QSignalSpy known(&service, &ResendKeyService::becameKnown);
+        service.refresh();
         QVERIFY(!*waitFor(service.apiKey(UnlockPrompt::never)));
         QVERIFY(!service.isConfigured());
 
@@ -110,7 +112,7 @@ private Q_SLOTS:
         secrets.fault = SecretFault::unavailable;
         ResendKeyService service(secrets);
         QSignalSpy known(&service, &ResendKeyService::becameKnown);
-        (void)waitFor(service.apiKey(UnlockPrompt::never)); // behind the first reading
+        (void)waitFor(service.apiKey(UnlockPrompt::never));
 
         const DiagnosticLines diagnostics;
         QVERIFY(*waitFor(service.saveConfiguration(key, address)));
@@ -126,7 +128,8 @@ private Q_SLOTS:
     {
         FakeSecretStore secrets;
         secrets.contents = {{u"resend_api_key"_s, key.toUtf8()}};
-        ResendKeyService service(secrets); // reads
+        ResendKeyService service(secrets);
+        service.refresh();
         service.removeConfiguration();
         (void)waitFor(service.apiKey(UnlockPrompt::never));
         QVERIFY(!service.isConfigured());
