@@ -20,11 +20,8 @@ ModelContainer::open(const QString &folder, Clock &clock, std::chrono::milliseco
     auto database = StoreDatabase::open(folder);
     if (!database)
         return Unexpected{database.error()};
-    std::unique_ptr<ModelContainer> container(
+    return std::unique_ptr<ModelContainer>(
         new ModelContainer(std::move(*lock), std::move(*database), clock));
-    if (const auto counted = container->m_context->takeCounts(); !counted)
-        return Unexpected{counted.error()};
-    return container;
 }
 
 ModelContainer::ModelContainer(StoreLock lock, std::unique_ptr<StoreDatabase> database,

@@ -76,8 +76,9 @@ public:
     Links visibleIn(const QList<qint64> &rows) const;
     /// The visible links copied at or after `since`; 0 when the store cannot be read.
     qint64 visibleSince(Instant since) const;
-    /// Kept up to date with every change, so asking is free.
-    LinkCounts counts() const { return m_counts; }
+    /// Counted when they are first asked for, and kept up to date from then on; none while the store
+    /// cannot be read.
+    LinkCounts counts() const;
 
     // Excluded domains
     Result insert(const ExcludedDomain &domain);
@@ -96,9 +97,6 @@ public:
     /// Announces what has happened so far now, not at the end of the loop turn.
     void announceChanges();
 
-    /// Counts what is stored, to start from.
-    Result takeCounts();
-
 Q_SIGNALS:
     void changed(const StoreChange &change);
     void excludedDomainsChanged();
@@ -109,6 +107,7 @@ private:
     struct Change;
 
     Result add(const QList<CapturedLink> &links);
+    void adjustCounts(const LinkCounts &without, const LinkCounts &with);
     void noteInserted(const CapturedLink &link);
     Result change(const QList<LinkId> &ids, const Change &change,
                   const std::optional<QString> &text);
@@ -124,7 +123,7 @@ private:
 
     StoreDatabase &m_database;
     Clock &m_clock;
-    LinkCounts m_counts;
+    mutable std::optional<LinkCounts> m_counts; ///< absent until somebody asks
     bool m_isKeeping = false; ///< there is a table of what could not be written
     std::optional<StoreError> m_unsavedReason;
     std::unique_ptr<Alarm> m_retry; ///< pending while something could not be written

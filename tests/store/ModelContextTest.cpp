@@ -95,11 +95,13 @@ private Q_SLOTS:
         TestStore store;
         ModelContext &context = store.context();
         QList<LinkId> ids;
-        for (int i = 0; i < 10; ++i)
-            ids.append(store.add(QString::number(i), i).id);
         const auto check = [&](const LinkCounts &expected) {
             QVERIFY(context.counts() == expected);
         };
+        ids.append(store.add(u"before anybody asks"_s).id);
+        check({1, 1, 1});
+        for (int i = 1; i < 10; ++i)
+            ids.append(store.add(QString::number(i), i).id);
         check({10, 10, 10});
         context.setSummary(ids.at(0), u"s"_s);
         context.setSummary(ids.at(0), u"t"_s);
