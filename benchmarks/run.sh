@@ -23,5 +23,6 @@ if [ "$filter" = . ]; then
     echo "== against buku"
     /usr/bin/python3 benchmarks/peers/imports.py "$build/src/app/strandloom"
     echo "== start and idle"
-    /usr/bin/python3 benchmarks/start_and_idle.py "$build/src/app/strandloom"
+    /usr/bin/python3 benchmarks/start_and_idle.py "$build/src/app/strandloom" \
+        "$build/benchmarks/FloorTray"
 fi
