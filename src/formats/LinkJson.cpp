@@ -4,8 +4,14 @@
 #include "LinkAddress.h"
 
 #include <QDateTime>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <ctime>
 
 using namespace Qt::StringLiterals;
 using std::chrono::microseconds;
@@ -19,13 +25,36 @@ namespace
 constexpr auto wholeSeconds = QLatin1StringView("2026-11-21T08:30:00");
 constexpr int digits = 6;
 
-QString isoText(Instant instant)
+QByteArray isoText(Instant instant)
 {
     const auto whole = std::chrono::floor<seconds>(instant);
-    const QDateTime date =
-        QDateTime::fromMSecsSinceEpoch(milliseconds(whole.time_since_epoch()).count(), Qt::UTC);
-    const qint64 fraction = (instant - whole).count();
-    return date.toString(u"yyyy-MM-ddTHH:mm:ss") + u".%1Z"_s.arg(fraction, digits, 10, QChar(u'0'));
+    const time_t sinceEpoch = whole.time_since_epoch().count();
+    tm date = {};
+    gmtime_r(&sinceEpoch, &date);
+    std::array<char, 64> text = {};
+    std::snprintf(text.data(), text.size(), "%04d-%02d-%02dT%02d:%02d:%02d.%0*dZ",
+                  date.tm_year + 1900, date.tm_mon + 1, date.tm_mday, date.tm_hour, date.tm_min,
+                  date.tm_sec, digits, int((instant - whole).count()));
+    return text.data();
+}
+
+bool isEscaped(QChar character)
+{
+    return character < u' ' || character == u'"' || character == u'\\' || character.isSurrogate();
+}
+
+/// `text` as QJsonDocument writes it, which is asked only where it may do more than copy.
+QByteArray jsonString(const QString &text)
+{
+    if (std::none_of(text.begin(), text.end(), isEscaped))
+        return '"' + text.toUtf8() + '"';
+    const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
+    return array.sliced(1, array.size() - 2);
+}
+
+QByteArray jsonField(const char *name, const std::optional<QString> &text)
+{
+    return text ? name + jsonString(*text) : QByteArray();
 }
 
 std::optional<Instant> instantFrom(QString text)
@@ -52,18 +81,11 @@ std::optional<QString> textAt(const QJsonObject &object, QLatin1StringView key)
 
 QByteArray jsonOf(const CapturedLink &link)
 {
-    QJsonObject object{
-        {u"id"_s, link.id.toString(QUuid::WithoutBraces)},
-        {u"url"_s, link.url},
-        {u"copiedAt"_s, isoText(link.copiedAt)},
-        {u"isExported"_s, link.isExported},
-        {u"isVisible"_s, link.isVisible},
-    };
-    if (link.title)
-        object.insert(u"title"_s, *link.title);
-    if (link.summary)
-        object.insert(u"summary"_s, *link.summary);
-    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+    const auto text = [](bool value) { return value ? "true" : "false"; };
+    return R"({"copiedAt":")" + isoText(link.copiedAt) + R"(","id":")"
+        + link.id.toByteArray(QUuid::WithoutBraces) + R"(","isExported":)" + text(link.isExported)
+        + R"(,"isVisible":)" + text(link.isVisible) + jsonField(R"(,"summary":)", link.summary)
+        + jsonField(R"(,"title":)", link.title) + R"(,"url":)" + jsonString(link.url) + '}';
 }
 
 std::optional<CapturedLink> linkFrom(const QJsonObject &object, Instant now)

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "commands/ListCommand.h"
 
-#include "Calendar.h"
 #include "DateText.h"
 #include "LinkSelection.h"
 #include "LinkStream.h"
@@ -10,20 +9,35 @@
 #include "commands/Terminal.h"
 
 #include <QCommandLineParser>
-#include <QDateTime>
+
+#include <array>
+#include <cstdio>
+#include <ctime>
 
 using namespace Qt::StringLiterals;
 
 namespace
 {
 
+/// QDateTime would look with each link whether /etc/localtime has changed.
+QByteArray localTime(Instant instant)
+{
+    const time_t time =
+        std::chrono::floor<std::chrono::seconds>(instant.time_since_epoch()).count();
+    tm civil = {};
+    localtime_r(&time, &civil);
+    std::array<char, 64> text = {};
+    std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d", civil.tm_year + 1900,
+                  civil.tm_mon + 1, civil.tm_mday, civil.tm_hour, civil.tm_min);
+    return text.data();
+}
+
 QByteArray textLine(const CapturedLink &link)
 {
-    const QString time = dateTimeOf(link.copiedAt).toString(u"yyyy-MM-dd HH:mm");
-    QString line = time + u"  " + onOneLine(link.url);
+    QByteArray line = localTime(link.copiedAt) + "  " + onOneLine(link.url).toUtf8();
     if (const QString title = onOneLine(link.title.value_or(QString())); !title.isEmpty())
-        line += u"  " + title;
-    return line.toUtf8().append('\n');
+        line += "  " + title.toUtf8();
+    return line + '\n';
 }
 
 const LinkFormat textFormat{"", textLine, "", ""};
