@@ -92,47 +92,56 @@ QString systemLocale()
     return isNeutral ? u"en_US"_s : name;
 }
 
+/// Each made when it is first needed: it is not small.
 struct DateText::Formats {
+    icu::Locale place;
     Format longDate;
-    MinuteFormat mediumDateShortTime;
+    std::optional<MinuteFormat> mediumDateShortTime;
     Format shortTime;
 };
 
 DateText::DateText(const QString &locale, std::optional<QTimeZone> zone)
     : m_zone(std::move(zone))
+    , m_formats(std::make_unique<Formats>())
 {
     tzset(); // the zone may have changed
-    const icu::Locale place = placeOf(locale);
-    m_isRightToLeft = place.isRightToLeft();
-    const auto longDate = [](const icu::Locale &of) {
-        return DateFormat::createDateInstance(DateFormat::kLong, of);
-    };
-    const auto mediumDateShortTime = [](const icu::Locale &of) {
-        return DateFormat::createDateTimeInstance(DateFormat::kMedium, DateFormat::kShort, of);
-    };
-    const auto shortTime = [](const icu::Locale &of) {
-        return DateFormat::createTimeInstance(DateFormat::kShort, of);
-    };
-    m_formats = std::make_unique<Formats>(
-        Formats{formatFor(place, longDate), MinuteFormat(formatFor(place, mediumDateShortTime)),
-                formatFor(place, shortTime)});
+    m_formats->place = placeOf(locale);
+    m_isRightToLeft = m_formats->place.isRightToLeft();
 }
 
 DateText::~DateText() = default;
 
 QString DateText::longDate(Instant instant) const
 {
-    return written(*m_formats->longDate, civilTime(instant));
+    Format &format = m_formats->longDate;
+    if (!format) {
+        format = formatFor(m_formats->place, [](const icu::Locale &of) {
+            return DateFormat::createDateInstance(DateFormat::kLong, of);
+        });
+    }
+    return written(*format, civilTime(instant));
 }
 
 QString DateText::mediumDateShortTime(Instant instant) const
 {
-    return m_formats->mediumDateShortTime.text(civilTime(instant));
+    auto &format = m_formats->mediumDateShortTime;
+    if (!format) {
+        format.emplace(formatFor(m_formats->place, [](const icu::Locale &of) {
+            return DateFormat::createDateTimeInstance(DateFormat::kMedium, DateFormat::kShort, of);
+        }));
+    }
+    return format->text(civilTime(instant));
 }
 
 QString DateText::shortTime(Instant instant) const
 {
-    return written(*m_formats->shortTime, civilTime(instant));
+    Format &format = m_formats->shortTime;
+    if (!format) {
+        format = formatFor(m_formats->place, [](const icu::Locale &of) {
+            return DateFormat::createTimeInstance(DateFormat::kShort, of);
+        });
+    }
+    return written(*format, civilTime(instant));
 }
 
 /// What the clocks of the zone show, as if it were UTC, in ICU's unit. ICU's own zones are as old

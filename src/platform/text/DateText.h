@@ -14,8 +14,8 @@
 /// nothing.
 QString systemLocale();
 
-/// Writes dates the way readers of one locale expect them. Making one is slow (milliseconds),
-/// writing is not: make one per document. To be used by one thread at a time.
+/// Writes dates the way readers of one locale expect them. The first text of each kind is slow
+/// (milliseconds), the others are not: make one per document. To be used by one thread at a time.
 class DateText
 {
 public:
