@@ -4,11 +4,23 @@
 #include "AutoPrune.h"
 #include "ClipboardMonitor.h"
 #include "DebugLog.h"
+#include "MakeClipboardSource.h"
 #include "Services.h"
 #include "StoreReader.h"
+#include "YieldDisk.h"
 #include "async/OnPool.h"
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace
+{
+
+/// A session that begins has other things to read from the disk.
+constexpr auto checkDelay = 5min;
+constexpr auto checkInterval = 7 * 24h;
+
+} // namespace
 
 AppState::AppState(Services &services, QObject *parent)
     : QObject(parent)
@@ -24,6 +36,7 @@ void AppState::initialize()
         return;
     m_isInitialized = true;
 
+    m_services.clipboard = makeClipboardSource();
     const ClipboardMonitor::Dependencies dependencies{
         m_services.modelContext, *m_services.clipboard,  m_services.http,
         m_services.pages,        m_services.preferences, m_services.clock};
@@ -37,19 +50,36 @@ void AppState::initialize()
     m_tasks.start(initializeAIModel());
 }
 
-void AppState::checkStore(const QString &folder)
+void AppState::checkStore(const QString &folder, bool wasLeftOpen)
 {
-    m_tasks.start(findDamage(folder));
+    if (wasLeftOpen)
+        m_services.preferences.set(preferenceKeys::lastStoreCheckDate, Instant());
+    if (isCheckDue())
+        m_tasks.start(findDamage(folder));
+}
+
+bool AppState::isCheckDue() const
+{
+    const auto last = m_services.preferences.date(preferenceKeys::lastStoreCheckDate);
+    const Instant now = m_services.clock.now();
+    return !last || *last > now || now - *last >= checkInterval;
 }
 
 /// Another reason why the file cannot be read shows where it is used.
 Task<> AppState::findDamage(QString folder)
 {
     using Verdict = Expected<void, StoreError>;
-    OnPool<Verdict> reading(m_services.pages, [folder] { return checkIntegrity(folder); });
+    Sleep untilItIsQuiet(m_services.clock, checkDelay);
+    co_await untilItIsQuiet;
+    OnPool<Verdict> reading(m_services.storeChecks, [folder] {
+        yieldDisk();
+        return checkIntegrity(folder);
+    });
     const Verdict verdict = co_await reading;
-    if (verdict)
+    if (verdict) {
+        m_services.preferences.set(preferenceKeys::lastStoreCheckDate, m_services.clock.now());
         co_return;
+    }
     debugLog(u"Failed to check the store: "_s + description(verdict.error()));
     m_isStoreDamaged = verdict.error().kind == StoreError::Kind::damaged;
 }

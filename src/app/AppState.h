@@ -36,8 +36,9 @@ public:
 
     /// False as well while nobody has looked.
     bool isStoreDamaged() const { return m_isStoreDamaged; }
-    /// Reads all of the store in `folder`, beside everything else.
-    void checkStore(const QString &folder);
+    /// Reads all of the store in `folder` some minutes later, beside everything else, when a week
+    /// has passed since it was last found sound, or the program before did not come to its end.
+    void checkStore(const QString &folder, bool wasLeftOpen);
 
     /// Starts capturing and the daily digest, prunes old links and loads the model. Does nothing
     /// from the second call on.
@@ -62,6 +63,7 @@ private:
     void startScheduler();
     void performAutoPrune();
     Task<> initializeAIModel();
+    bool isCheckDue() const;
     Task<> findDamage(QString folder);
 
     Services &m_services;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Services.h"
 
-#include "MakeClipboardSource.h"
 #include "ModelContainer.h"
 #include "SignedFeed.h"
 #include "SystemPackages.h"
@@ -39,7 +38,6 @@ std::unique_ptr<UpdateController> makeUpdateController(const AppInfo &info, Http
 Services::Services(ModelContext &modelContext, Clock &clock)
     : modelContext(modelContext)
     , clock(clock)
-    , clipboard(makeClipboardSource())
     , updateController(makeUpdateController(info, http, clock))
     , loginItem(QCoreApplication::applicationFilePath())
 {

@@ -37,7 +37,8 @@ struct Services {
     AppInfo info{AppInfo::defaultPath()};
     QThreadPool pages; ///< one thread, for reading pages
     LazyHttpClient http{pages};
-    std::unique_ptr<ClipboardSource> clipboard;
+    QThreadPool storeChecks;
+    std::unique_ptr<ClipboardSource> clipboard; ///< null until capturing starts
     DesktopUrlOpener urlOpener;
     LocalMLService mlService{info, clock};
     WebContentExtractor extractor{http, pages, clock};

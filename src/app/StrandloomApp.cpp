@@ -45,6 +45,9 @@ namespace
 /// How long a desktop may take to bring up its tray before the user gets a window instead.
 constexpr auto trayPatience = 5s;
 
+/// Of the links, so that the panel need not wait for it: when nobody waits for the tray any more.
+constexpr auto countDelay = 3s;
+
 /// A command line that writes lets go of the store sooner.
 constexpr auto storePatience = 5s;
 
@@ -93,7 +96,8 @@ StrandloomApp::StrandloomApp(Services &services, SingleInstance &instance, const
         m_trayPatience = m_services.clock.after(trayPatience, [this] { openWithoutTray(); });
     // Once the main loop runs, which is after all that the user waits for.
     QMetaObject::invokeMethod(this, &StrandloomApp::setUpUpdates, Qt::QueuedConnection);
-    m_appState->checkStore(ModelContainer::defaultFolder());
+    m_appState->checkStore(ModelContainer::defaultFolder(), services.modelContext.wasLeftOpen());
+    m_counting = services.clock.after(countDelay, [&services] { services.modelContext.counts(); });
     debugLog(u"Started"_s);
 }
 

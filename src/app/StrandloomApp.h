@@ -65,6 +65,7 @@ private:
     std::unique_ptr<QMenu> m_trayMenu;
     std::unique_ptr<TrayIcon> m_tray;
     std::unique_ptr<Alarm> m_trayPatience;
+    std::unique_ptr<Alarm> m_counting;
     std::unique_ptr<MenuBarViewModel> m_panelModel; ///< made at the first opening, as is the panel
     std::unique_ptr<MenuBarView> m_panel;
     std::unique_ptr<UpdateView> m_update; ///< made when there is first something to tell

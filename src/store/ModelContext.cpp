@@ -508,6 +508,11 @@ qint64 ModelContext::visibleSince(Instant since) const
     return count ? *count : 0;
 }
 
+bool ModelContext::wasLeftOpen() const
+{
+    return m_database.wasLeftOpen();
+}
+
 LinkCounts ModelContext::counts() const
 {
     if (!m_counts) {

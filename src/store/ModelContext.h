@@ -76,8 +76,8 @@ public:
     Links visibleIn(const QList<qint64> &rows) const;
     /// The visible links copied at or after `since`; 0 when the store cannot be read.
     qint64 visibleSince(Instant since) const;
-    /// Counted when they are first asked for, and kept up to date from then on; none while the store
-    /// cannot be read.
+    /// Counted when they are first asked for, and kept up to date from then on; none while the
+    /// store cannot be read.
     LinkCounts counts() const;
 
     // Excluded domains
@@ -93,6 +93,9 @@ public:
     Links unsavedLinks() const;
     /// Tries now to write it, as happens by itself with every change and every five seconds.
     void saveUnsaved();
+
+    /// Whether the program that had the store before did not come to its end.
+    bool wasLeftOpen() const;
 
     /// Announces what has happened so far now, not at the end of the loop turn.
     void announceChanges();

@@ -63,7 +63,7 @@ std::vector<std::string> schemaOf(SQLite::Database &database)
     return texts;
 }
 
-std::vector<std::string> ourSchema()
+std::vector<std::string> schemaMadeAnew()
 {
     SQLite::Database database(":memory:", SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
     database.exec(schema);
@@ -78,19 +78,30 @@ bool makePrivateFile(const QByteArray &name)
     return made >= 0 && close(made) == 0;
 }
 
+/// Nobody sees the file before it is whole, so what a crash leaves of it does not matter.
 std::optional<StoreError> writeSchema(const QByteArray &name)
 {
     try {
         SQLite::Database database(name.toStdString(), SQLite::OPEN_READWRITE);
+        database.exec("PRAGMA synchronous=OFF");
+        database.exec("PRAGMA journal_mode=MEMORY");
         SQLite::Transaction transaction(database);
         database.exec(schema);
         database.exec("PRAGMA application_id=" + std::to_string(applicationId));
         database.exec("PRAGMA user_version=" + std::to_string(schemaVersion));
         transaction.commit();
+        database.exec("PRAGMA journal_mode=WAL"); // or the first opening would write that
     } catch (const SQLite::Exception &exception) {
         return storeError(exception);
     }
     return std::nullopt;
+}
+
+bool sync(const QByteArray &name)
+{
+    const int file = open(name.constData(), O_RDONLY | O_CLOEXEC);
+    const bool isSafe = file >= 0 && fdatasync(file) == 0;
+    return file >= 0 && close(file) == 0 && isSafe;
 }
 
 /// Which file has that name; absent when none has.
@@ -127,6 +138,8 @@ std::optional<StoreError> create(const QString &path)
         unlink(draft.constData());
         return error;
     }
+    if (!sync(draft))
+        return systemFailure(path);
     // The log of a store that is gone must not be played back into this one.
     if (!remove(StoreDatabase::logOf(path)) || !remove(StoreDatabase::indexOf(path))
         || !putInPlace(draft, QFile::encodeName(path)))
@@ -210,7 +223,8 @@ StoreDatabase::Opened StoreDatabase::open(const QString &folder)
         return store;
     if (const auto ready = (*store)->attempt([&] { (*store)->prepareForWriting(); }); !ready)
         return Unexpected{ready.error()};
-    if (hasLog && !*hasLog)
+    (*store)->m_wasLeftOpen = !hasLog || *hasLog;
+    if (!(*store)->m_wasLeftOpen)
         (*store)->foldLogAtEnd(); // nothing that was there before is in it
     return store;
 }
@@ -270,8 +284,9 @@ std::optional<StoreError> StoreDatabase::mismatch()
     const int version = m_connection.execAndGet("PRAGMA user_version").getInt();
     if (version > schemaVersion)
         return StoreError{Kind::newer, u"schema version %1"_s.arg(version)};
+    static const std::vector<std::string> ourSchema = schemaMadeAnew();
     // A view, a trigger or an index that somebody added would be used by our statements.
-    if (version < schemaVersion || schemaOf(m_connection) != ourSchema())
+    if (version < schemaVersion || schemaOf(m_connection) != ourSchema)
         return StoreError{Kind::foreign, u"unknown schema"_s};
     return std::nullopt;
 }

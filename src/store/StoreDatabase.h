@@ -63,6 +63,10 @@ public:
     /// The same of a store under another name.
     static Opened openFileReadOnly(const QString &path);
 
+    /// Whether the store had a log when it was opened for writing, as after a writer that did not
+    /// come to its end.
+    bool wasLeftOpen() const { return m_wasLeftOpen; }
+
     /// `sql` is a literal: it is prepared once and kept under its address. Throws what SQLiteCpp
     /// throws.
     Query query(std::string_view sql);
@@ -123,6 +127,7 @@ private:
     void prepareForWriting();
 
     QByteArray m_name;
+    bool m_wasLeftOpen = false;
     std::optional<std::pair<dev_t, ino_t>> m_file;
     SQLite::Database m_connection;
     std::map<const char *, SQLite::Statement> m_statements;

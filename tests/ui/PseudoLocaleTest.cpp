@@ -133,7 +133,7 @@ private Q_SLOTS:
                 desk.secrets.contents.clear();
             desk.keys.refresh();
             QTRY_COMPARE(desk.keys.isConfigured(), isConfigured);
-            InlineSettingsView view(desk.parts);
+            InlineSettingsView view(desk.all);
             for (const SettingsTab tab : settingsTabs) {
                 view.resize(panelWidth, 600);
                 view.select(tab);

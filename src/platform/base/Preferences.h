@@ -25,6 +25,8 @@ inline constexpr QLatin1StringView autoPruneDays("autoPruneDays"); ///< 0: never
 inline constexpr QLatin1StringView lastEmailSentDate("lastEmailSentDate");
 /// When the mail provider has last refused a scheduled mail.
 inline constexpr QLatin1StringView lastEmailRefusedDate("lastEmailRefusedDate");
+/// When the whole store was last found sound.
+inline constexpr QLatin1StringView lastStoreCheckDate("lastStoreCheckDate");
 } // namespace preferenceKeys
 
 /// The user's preferences, in one INI file. A key that was never set, or whose value is not of the

@@ -23,9 +23,8 @@ const QColor middle(0x77, 0x77, 0x77);
 QIcon namedIcon(const QString &icon)
 {
     const QString name = icon + u"-symbolic"_s;
-    const QString installed =
-        QStandardPaths::locate(QStandardPaths::GenericDataLocation,
-                               u"icons/hicolor/symbolic/apps/"_s + name + u".svg"_s);
+    const QString installed = QStandardPaths::locate(
+        QStandardPaths::GenericDataLocation, u"icons/hicolor/symbolic/apps/"_s + name + u".svg"_s);
     return drawnIcon(u":/icons/"_s + icon + u".svg"_s, {}, installed.isEmpty() ? QString() : name);
 }
 
