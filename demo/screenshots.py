@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""Takes pictures of every screen: light and dark at all common scale factors, and from right to left, into a
-folder. For the documents it takes only those that they show: screenshots.py PROGRAM docs/images --documents"""
+"""Takes pictures of every screen into a folder: light and dark at all common scale factors, and from right
+to left. For the documents it takes only those that they show: screenshots.py PROGRAM docs/images --documents"""
 
 import datetime
 import json
