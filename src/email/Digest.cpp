@@ -5,6 +5,7 @@
 #include "WebAddress.h"
 
 #include <algorithm>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -38,17 +39,17 @@ constexpr QStringView head = uR"(<!DOCTYPE html>
 constexpr qsizetype headRoom = 1267;
 constexpr qsizetype cardRoom = 60 + 34 + 90;
 
-QLatin1StringView entityOf(QChar character)
+QStringView entityOf(QChar character)
 {
     switch (character.unicode()) {
     case u'&':
-        return QLatin1StringView("&amp;");
+        return u"&amp;";
     case u'<':
-        return QLatin1StringView("&lt;");
+        return u"&lt;";
     case u'>':
-        return QLatin1StringView("&gt;");
+        return u"&gt;";
     case u'"':
-        return QLatin1StringView("&quot;");
+        return u"&quot;";
     default:
         return {};
     }
@@ -58,7 +59,9 @@ void appendEscaped(QString &html, QStringView text)
 {
     qsizetype begin = 0;
     for (qsizetype at = 0; at < text.size(); ++at) {
-        const QLatin1StringView entity = entityOf(text.at(at));
+        if (text.at(at) > u'>') // as most are
+            continue;
+        const QStringView entity = entityOf(text.at(at));
         if (entity.isEmpty())
             continue;
         html += text.sliced(begin, at - begin);
@@ -71,46 +74,46 @@ void appendEscaped(QString &html, QStringView text)
 void appendCard(QString &html, const CapturedLink &link, const DateText &dates)
 {
     const QString host = hostOf(link.url);
-    html += QLatin1StringView("<div class=\"link-card\">\n    <div class=\"link-title\">");
+    html += u"<div class=\"link-card\">\n    <div class=\"link-title\">"_s;
     appendEscaped(html, displayTitle(link));
-    html += QLatin1StringView("</div>");
+    html += u"</div>"_s;
     if (link.summary) {
-        html += QLatin1StringView("<div class=\"link-summary\">");
+        html += u"<div class=\"link-summary\">"_s;
         appendEscaped(html, *link.summary);
-        html += QLatin1StringView("</div>");
+        html += u"</div>"_s;
     }
-    html += QLatin1StringView("    <a href=\"") % link.url
-        % QLatin1StringView("\" class=\"link-url\">");
+    html += u"    <a href=\""_s % link.url % u"\" class=\"link-url\">"_s;
     appendEscaped(html, link.url);
-    html += QLatin1StringView("</a>\n    <div class=\"link-meta\">");
+    html += u"</a>\n    <div class=\"link-meta\">"_s;
     appendEscaped(html, host);
-    html += u" • " % dates.mediumDateShortTime(link.copiedAt) % QLatin1StringView("</div>\n</div>");
+    html += u" • "_s % dates.mediumDateShortTime(link.copiedAt) % u"</div>\n</div>"_s;
 }
 
 void appendFooter(QString &html, const QString &productSite)
 {
-    html += QLatin1StringView("    <div class=\"footer\">\n");
-    html += QLatin1StringView("        <p>Sent by <a href=\"") % productSite
-        % QLatin1StringView("\">Strandloom</a></p>\n");
-    html += QLatin1StringView("        <p>Capture every link. Never lose an idea.</p>\n");
-    html += QLatin1StringView("    </div>\n</body>\n</html>");
+    html += u"    <div class=\"footer\">\n"_s;
+    html += u"        <p>Sent by <a href=\""_s % productSite % u"\">Strandloom</a></p>\n"_s;
+    html += u"        <p>Capture every link. Never lose an idea.</p>\n"_s;
+    html += u"    </div>\n</body>\n</html>"_s;
 }
 
 } // namespace
 
-QString composeDigestHTML(QList<CapturedLink> links, const DigestContext &context)
+QString composeDigestHTML(const QList<CapturedLink> &links, const DigestContext &context)
 {
-    std::stable_sort(links.begin(), links.end(), [](const auto &one, const auto &other) {
-        return one.copiedAt > other.copiedAt;
-    });
+    std::vector<const CapturedLink *> newestFirst;
+    newestFirst.reserve(links.size());
+    for (const CapturedLink &link : links)
+        newestFirst.push_back(&link);
+    std::ranges::stable_sort(newestFirst, std::ranges::greater(), &CapturedLink::copiedAt);
     const DateText dates(context.locale, context.zone);
     QString html;
     html.reserve(headRoom + cardRoom * links.size());
     html += head;
     html += dates.longDate(context.now) % u" • " % QString::number(links.size());
-    html += links.size() == 1 ? QLatin1StringView(" link</p>") : QLatin1StringView(" links</p>");
-    for (const CapturedLink &link : std::as_const(links))
-        appendCard(html, link, dates);
+    html += links.size() == 1 ? u" link</p>"_s : u" links</p>"_s;
+    for (const CapturedLink *const link : newestFirst)
+        appendCard(html, *link, dates);
     appendFooter(html, context.productSite);
     return html;
 }

@@ -16,7 +16,7 @@ struct DigestContext {
 
 /// The mail's body: one HTML document with a card per link, newest first. Texts are escaped, but
 /// not the address inside `href`, which is as it was copied.
-QString composeDigestHTML(QList<CapturedLink> links, const DigestContext &context);
+QString composeDigestHTML(const QList<CapturedLink> &links, const DigestContext &context);
 /// The mail's subject, with today's date.
 QString digestSubject(const DigestContext &context);
 /// `text` with entities for `&`, `<`, `>` and `"`; apostrophes stay.

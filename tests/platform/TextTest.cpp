@@ -52,7 +52,7 @@ private Q_SLOTS:
         };
         const std::pair<const char *, const char *> hosts[] = {
             {"-a.example", "-a.example"},
-            {"foo-.example", "foo-.example"},
+            {"foo-.EXAMPLE", "foo-.example"},
             {"a_b.example", "a_b.example"},
             {"r3---sn-5.example", "r3---sn-5.example"},
             {"a..b", "a..b"},
@@ -97,6 +97,10 @@ private Q_SLOTS:
             QCOMPARE(address->encoded(), encoded);
             if (!askedHost.isEmpty())
                 QCOMPARE(hostByCurl(address->encoded()), askedHost);
+            const QByteArray name = host.toUtf8();
+            const auto notPlain = QString::fromLatin1(name.toPercentEncoding({}, name));
+            if (!name.contains(':') && !name.contains('%') && !name.isEmpty())
+                QCOMPARE(::askedHost(notPlain), askedHost);
         }
     }
 

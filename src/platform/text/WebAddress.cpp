@@ -26,6 +26,8 @@ struct AddressParts {
 
 bool isForbidden(QChar character)
 {
+    if (character > u'\\' && character < u'\x7F')
+        return false; // as most are
     if (character > u' ' && character < u'\x7F')
         return character == u'"' || character == u'<' || character == u'>' || character == u'\\';
     return character.isSpace() || character.category() == QChar::Other_Control;
@@ -36,14 +38,15 @@ bool isDigit(QChar character)
     return character >= u'0' && character <= u'9';
 }
 
+bool isLetter(QChar character)
+{
+    return (character >= u'a' && character <= u'z') || (character >= u'A' && character <= u'Z');
+}
+
 bool isScheme(QStringView text)
 {
-    const auto isLetter = [](QChar character) {
-        const QChar lower = character.toLower();
-        return lower >= u'a' && lower <= u'z';
-    };
     return !text.isEmpty() && isLetter(text.front())
-        && std::all_of(text.begin(), text.end(), [&](QChar character) {
+        && std::all_of(text.begin(), text.end(), [](QChar character) {
                return isLetter(character) || isDigit(character) || character == u'+'
                    || character == u'-' || character == u'.';
            });
@@ -104,10 +107,11 @@ std::optional<QString> askedIpv6(QStringView written)
 bool endsInNumber(const QString &host)
 {
     const QStringView last = QStringView(host).sliced(host.lastIndexOf(u'.') + 1);
+    if (!last.startsWith(u"0x"))
+        return !last.isEmpty() && std::all_of(last.begin(), last.end(), isDigit);
     bool isHex = false;
     (void)last.toULongLong(&isHex, 16);
-    return (!last.isEmpty() && std::all_of(last.begin(), last.end(), isDigit))
-        || (last.startsWith(u"0x") && isHex);
+    return isHex;
 }
 
 std::optional<QString> askedIpv4(const QString &written)
@@ -116,6 +120,14 @@ std::optional<QString> askedIpv4(const QString &written)
     if (inet_aton(written.toLatin1().constData(), &address) == 0)
         return std::nullopt;
     return QString::fromLatin1(inet_ntoa(address));
+}
+
+/// A host of which IDNA only puts the letters in lower case. "--" may begin another script's form.
+bool isPlain(QStringView host)
+{
+    return !host.contains(u"--") && std::all_of(host.begin(), host.end(), [](QChar character) {
+        return isLetter(character) || isDigit(character) || character == u'-' || character == u'.';
+    });
 }
 
 /// Without the limits of DNS on lengths and hyphens, which browsers leave to DNS.
@@ -141,6 +153,16 @@ std::optional<QByteArray> domainToAscii(const QByteArray &utf8)
 bool isForbiddenInDomain(char character)
 {
     return character <= ' ' || character == '\x7F' || std::strchr("#/:<>?@[\\]^|%", character);
+}
+
+std::optional<QString> askedDomain(QStringView host)
+{
+    if (isPlain(host))
+        return host.toString().toLower();
+    const auto ascii = domainToAscii(QByteArray::fromPercentEncoding(host.toUtf8()));
+    if (!ascii || std::any_of(ascii->begin(), ascii->end(), isForbiddenInDomain))
+        return std::nullopt;
+    return QString::fromLatin1(*ascii);
 }
 
 /// Bytes that are not printable ASCII, and those of `alsoEncoded`, as browsers send them.
@@ -213,12 +235,10 @@ std::optional<QString> askedHost(QStringView host)
 {
     if (host.startsWith(u'['))
         return askedIpv6(host);
-    const auto ascii = domainToAscii(QByteArray::fromPercentEncoding(host.toUtf8()));
-    if (!ascii || ascii->isEmpty()
-        || std::any_of(ascii->begin(), ascii->end(), isForbiddenInDomain))
+    const auto domain = askedDomain(host);
+    if (!domain || domain->isEmpty())
         return std::nullopt;
-    const QString domain = QString::fromLatin1(*ascii);
-    const QString labels = domain.endsWith(u'.') ? domain.chopped(1) : domain;
+    const QString labels = domain->endsWith(u'.') ? domain->chopped(1) : *domain;
     return endsInNumber(labels) ? askedIpv4(labels) : domain;
 }
 
