@@ -6,10 +6,14 @@
 #include "Markup.h"
 #include "WhiteSpace.h"
 
+#include <optional>
+
 namespace
 {
 
 constexpr std::size_t maxCharacters = 1500;
+/// In bytes; hardly any text needs more for its first characters.
+constexpr std::size_t mostlyEnough = 4 * maxCharacters;
 
 /// In the order in which they are removed: what one removal joins can be a block for the next.
 constexpr BlockPattern removedBlockPatterns[] = {
@@ -21,15 +25,12 @@ constexpr BlockPattern removedBlockPatterns[] = {
     {"<header", BlockPattern::Start::tag, "</header>"},
 };
 
-/// The words of a part of a page; of one that is not whole, those that do not depend on the rest.
-std::string readableText(PagePart part)
+/// What a reader of a part of a page sees, but for entities and white space.
+PagePart visibleText(PagePart part)
 {
     for (const BlockPattern &pattern : removedBlockPatterns)
         part = withoutBlocks(std::move(part), pattern);
-    part = withoutTags(std::move(part));
-    if (!part.isWhole) // an entity or a word may go on behind the last space
-        part.text.resize(part.text.find_last_of(" \n") + 1);
-    return simplified(decodeHtmlEntities(std::move(part.text)));
+    return withoutTags(std::move(part));
 }
 
 std::string_view withoutOuterBlanks(std::string_view text)
@@ -40,15 +41,29 @@ std::string_view withoutOuterBlanks(std::string_view text)
     return text;
 }
 
+/// The first characters of the words of `text`; absent where they depend on what may follow.
+std::optional<std::string> firstWords(PagePart text)
+{
+    if (!text.isWhole) // an entity or a word may go on behind the last space
+        text.text.resize(text.text.find_last_of(" \n") + 1);
+    const std::string words = simplified(decodeHtmlEntities(std::move(text.text)));
+    const std::string_view start = firstCharacters(words, maxCharacters);
+    if (!text.isWhole && start.size() == words.size())
+        return std::nullopt;
+    return std::string(withoutOuterBlanks(start));
+}
+
 } // namespace
 
 std::string mainText(std::string_view html, std::size_t firstPart)
 {
     for (std::size_t size = firstPart;; size *= 4) {
-        const bool isWhole = size >= html.size();
-        const std::string text = readableText({std::string(html.substr(0, size)), isWhole});
-        const std::string_view start = firstCharacters(text, maxCharacters);
-        if (isWhole || start.size() < text.size())
-            return std::string(withoutOuterBlanks(start));
+        PagePart text = visibleText({std::string(html.substr(0, size)), size >= html.size()});
+        if (text.text.size() > mostlyEnough) {
+            if (auto words = firstWords({text.text.substr(0, mostlyEnough), false}))
+                return *words;
+        }
+        if (auto words = firstWords(std::move(text)))
+            return *words;
     }
 }

@@ -68,13 +68,18 @@ UChar32 next(std::u16string_view units, std::size_t &at)
     return character;
 }
 
+constexpr bool isPrintableAscii(UChar32 unit)
+{
+    return unit >= ' ' && unit < 0x7F;
+}
+
 /// Whether clusters begin and end between the character at `at`, which is passed, and its like.
 template <typename View>
 bool isPlain(View text, std::size_t &at)
 {
     const UChar32 character = next(text, at);
     if (character < 0x80)
-        return character >= ' ' && character < 0x7F;
+        return isPrintableAscii(character);
     return u_getIntPropertyValue(character, UCHAR_GRAPHEME_CLUSTER_BREAK) == U_GCB_OTHER;
 }
 
@@ -85,6 +90,10 @@ std::size_t clustersEnd(View text, std::size_t count)
     std::optional<OpenText> opened;
     std::size_t at = 0;
     while (count-- > 0 && at < text.size()) {
+        if (at + 1 < text.size() && isPrintableAscii(text[at]) && isPrintableAscii(text[at + 1])) {
+            ++at; // as most are
+            continue;
+        }
         std::size_t end = at;
         const bool isPlainHere = isPlain(text, end);
         std::size_t behind = end;

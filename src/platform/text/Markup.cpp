@@ -70,12 +70,18 @@ struct Found {
     explicit operator bool() const { return begin != npos; }
 };
 
+/// Where the character at `at`, which is not the last, stands next. Rows of it take no search each.
+std::size_t nextLike(std::string_view text, std::size_t at)
+{
+    return text[at + 1] == text[at] ? at + 1 : text.find(text[at], at + 1);
+}
+
 /// `word` begins with a character that has one case only.
 Found find(std::string_view text, std::string_view word, std::size_t from)
 {
     const char second = word[1];
     for (auto at = text.find(word.front(), from); at != npos && at + 1 < text.size();
-         at = text.find(word.front(), at + 1)) {
+         at = nextLike(text, at)) {
         const char next = text[at + 1];
         if (lowerCase(next) != second && isAscii(next))
             continue;
@@ -115,7 +121,7 @@ TagScanner::TagScanner(std::string_view html, std::initializer_list<std::string_
 std::optional<TagStart> TagScanner::next()
 {
     for (auto at = m_html.find('<', m_from); at != npos && at + 1 < m_html.size();
-         at = m_html.find('<', at + 1)) {
+         at = nextLike(m_html, at)) {
         const char initial = m_html[at + 1];
         if (!isAscii(initial) || !m_isInitial[initial & 0x1F])
             continue;
