@@ -28,7 +28,8 @@ constexpr auto lockAttempt = 100ms; ///< then look whether the program has start
 /// How long to keep the store at a time, and how long to leave it to others.
 constexpr auto holdLimit = 1s;
 constexpr auto holdPause = 50ms;
-/// What a call may hold keeps the store, and whoever else wants it, that long.
+/// What a call may hold keeps the store, and whoever else wants it, that long. (Imports, which
+/// take less time for each, come in the largest calls.)
 constexpr int linksPerCall = 500;
 constexpr qsizetype bytesPerCall = 1 << 20;
 static_assert(linksPerCall <= LinksAdaptor::linksPerCall);
@@ -135,7 +136,7 @@ public:
             } else {
                 counts.note(Refusal::noWebAddress); // megabytes of anything
             }
-            const bool isFull = size == linksPerCall || array.size() > bytesPerCall;
+            const bool isFull = size == LinksAdaptor::linksPerCall || array.size() > bytesPerCall;
             if (array.isEmpty() || (!isFull && &link != &links.last()))
                 continue;
             const auto answer = call(u"Import"_s, {array.append(']')});

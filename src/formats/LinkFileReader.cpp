@@ -308,16 +308,18 @@ std::optional<LinkFileEntry> LinkFileReader::nextObject()
     ObjectScanner scanner;
     QByteArray object;
     bool isTooLong = false;
-    while (fill()) {
-        const char byte = m_buffer.at(m_position++);
-        if (!scanner.take(byte))
-            continue;
-        if (object.size() < pieceLimit)
-            object.append(byte);
-        else
-            isTooLong = true;
-        if (scanner.isOutside())
-            break;
+    bool isEnded = false;
+    while (!isEnded && fill()) {
+        qsizetype begin = m_position;
+        while (!isEnded && m_position < m_buffer.size()) {
+            if (scanner.take(m_buffer.at(m_position++)))
+                isEnded = scanner.isOutside();
+            else
+                begin = m_position;
+        }
+        const auto size = std::min(m_position - begin, pieceLimit - object.size());
+        object.append(m_buffer.constData() + begin, size);
+        isTooLong = isTooLong || size < m_position - begin;
     }
     if (object.isEmpty())
         return std::nullopt;

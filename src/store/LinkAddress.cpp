@@ -7,7 +7,7 @@ std::optional<QString> webAddressIn(const QString &text)
 {
     const QString trimmed = text.trimmed();
     const bool isWeb = trimmed.startsWith(u"http://") || trimmed.startsWith(u"https://");
-    if (!isWeb || trimmed.size() > longestText || !WebAddress::parse(trimmed))
+    if (!isWeb || trimmed.size() > longestText || !isWebAddress(trimmed))
         return std::nullopt;
     return trimmed;
 }

@@ -297,6 +297,7 @@ void StoreDatabase::prepareForWriting()
     m_connection.exec("PRAGMA synchronous=FULL");
     m_connection.exec("PRAGMA secure_delete=ON"); // what is deleted is overwritten
     m_connection.exec("PRAGMA temp_store=MEMORY");
+    m_connection.exec("PRAGMA cache_size=-16384"); // the pages that many new links go to
     m_connection.exec("PRAGMA journal_size_limit=4194304"); // after a bulk change
     SQLite::Transaction tellsWhetherItCanBeWritten(m_connection,
                                                    SQLite::TransactionBehavior::IMMEDIATE);

@@ -42,7 +42,7 @@ public:
     const IntakeCounts &counts() const { return m_counts; }
 
 private:
-    static constexpr qsizetype sliceLimit = 5000; // links
+    static constexpr qsizetype sliceLimit = 20'000; // links
     static constexpr qsizetype sizeLimit = 4 << 20; // characters
 
     static qsizetype sizeOf(const CapturedLink &link)

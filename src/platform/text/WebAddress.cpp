@@ -254,6 +254,11 @@ std::optional<WebAddress> WebAddress::parse(const QString &text)
     return address;
 }
 
+bool isWebAddress(const QString &text)
+{
+    return parsed(text).has_value();
+}
+
 QString hostOf(const QString &url)
 {
     const auto parts = parsed(url);

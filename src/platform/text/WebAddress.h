@@ -29,6 +29,9 @@ private:
     QByteArray m_encoded;
 };
 
+/// Whether `text` parses.
+bool isWebAddress(const QString &text);
+
 /// The host of `url` as written; empty when it has none or does not parse.
 QString hostOf(const QString &url);
 
