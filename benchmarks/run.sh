@@ -10,7 +10,7 @@ mkdir -p build/bench
 for program in "$build"/benchmarks/*Benchmark; do
     echo "== $(basename "$program")"
     (cd build/bench && QT_QPA_PLATFORM=offscreen "$program" --benchmark_filter="$filter" \
-        --benchmark_enable_random_interleaving=true --benchmark_repetitions=3 \
+        --benchmark_enable_random_interleaving=true --benchmark_repetitions=3 --benchmark_min_time=0.2 \
         --benchmark_report_aggregates_only=true)
 done
 if [ "$filter" = . ]; then
