@@ -6,6 +6,7 @@
 #include "PageMaker.h"
 #include "ReferencePacket.h"
 #include "Rows.h"
+#include "Utf8.h"
 
 #include <QJsonDocument>
 #include <QTest>
@@ -57,6 +58,8 @@ private Q_SLOTS:
             {"removed blocks",
              u"a<SCRIPT>x</script >y</script>b<!-->c-->d<style>e</\uFB06yle><nav>f"_s,
              u"extractedText"_s, u"a b d f"_s},
+            {"words far apart", u"a"_s + QString(7000, u' ') + u"&nbsp;b"_s, u"extractedText"_s,
+             u"a b"_s},
             {"cut at 1,500", marked + u" \u2003 f"_s, u"extractedText"_s, marked},
             {"host as written", u""_s, u"domain"_s, u"www.Example.org"_s},
         };
@@ -78,8 +81,9 @@ private Q_SLOTS:
     {
         PageMaker maker(3);
         for (int round = 0; round < 150; ++round) {
-            const std::string html = maker.mutated(maker.page(3000 + 180 * (round % 33)));
+            const std::string html = maker.mutated(maker.page(3000 + 450 * (round % 33)));
             const std::string text = mainText(html);
+            QCOMPARE(readUtf8(text), referencePacket(readUtf8(html), address, {}).extractedText);
             for (const std::size_t part : {1, 700, 2000 + round})
                 QCOMPARE(mainText(html, part), text);
         }
