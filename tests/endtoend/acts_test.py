@@ -110,7 +110,8 @@ class Acts(unittest.TestCase):
             if not title:
                 return
             self.ask_for_the_panel()
-            wait_until(lambda: self.is_in_front(title), f"the dialog '{title}' in front", 10)
+            wait_until(lambda: (waiting := self.waiting()) is None or self.is_in_front(waiting),
+                       f"the dialog '{title}' in front, or its end", 10)
             self.desktop.key("Escape")
             time.sleep(0.5)
         self.fail(f"the dialog '{title}' does not close")

@@ -113,6 +113,8 @@ private:
 
 Task<std::optional<QString>> FileSaveDialog::chooseFile(SaveRequest request)
 {
+    if (QApplication::activeModalWidget()) // who pressed a button behind it gets no second dialog
+        co_return std::nullopt;
     Answer answer(request);
     std::optional<QString> path = co_await answer;
     co_return path;
