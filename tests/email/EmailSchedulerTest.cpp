@@ -213,6 +213,7 @@ private Q_SLOTS:
                  m.jump(3h);
                  m.restart();
                  m.restart();
+                 QCOMPARE(m.web.requests().size(), 1);
                  m.live(24h);
              },
              {u"2026-11-19T10:00:00"_s, twentieth}},
