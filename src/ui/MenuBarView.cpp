@@ -281,8 +281,9 @@ QSize MenuBarView::wantedSize() const
     if (m_model.currentScreen() == MenuBarScreen::links)
         return panelSize;
     constexpr int lines = 3; // the frame's and the divider
+    constexpr int rounding = 1; // which a window manager takes away at some scale factors
     return {panelSize.width(),
-            m_settingsHeader->sizeHint().height() + m_settings->contentHeight() + lines};
+            m_settingsHeader->sizeHint().height() + m_settings->contentHeight() + lines + rounding};
 }
 
 void MenuBarView::showAsWindow()
