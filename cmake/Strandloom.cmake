@@ -24,6 +24,9 @@ if(STRANDLOOM_FUZZ)
     target_link_options(strandloom_options INTERFACE -fsanitize=address,undefined)
 endif()
 
+add_library(threads INTERFACE)
+target_compile_options(threads INTERFACE -pthread)
+
 # strandloom_library(NAME SOURCES ... LINKS ...): the static library of one folder. Its headers are
 # seen only by what links it, so an include against the direction of the arrows does not build.
 function(strandloom_library name)

@@ -9,12 +9,12 @@
 #include "ExportService.h"
 #include "FileSaveDialog.h"
 #include "LazyHttpClient.h"
-#include "LibsecretStore.h"
 #include "LocalMLService.h"
 #include "LoginItem.h"
 #include "ManualSend.h"
 #include "Preferences.h"
 #include "ResendKeyService.h"
+#include "SecretServiceStore.h"
 #include "SummaryService.h"
 #include "UpdateController.h"
 #include "UpdaterManager.h"
@@ -43,7 +43,7 @@ struct Services {
     LocalMLService mlService{info, clock};
     WebContentExtractor extractor{http, pages, clock};
     SummaryService summaries{modelContext, mlService, extractor, clock};
-    LibsecretStore secrets{ResendKeyService::serviceName};
+    SecretServiceStore secrets{ResendKeyService::serviceName};
     ResendKeyService keys{secrets};
     EmailService email{{http, keys, summaries, modelContext, clock, pages, info}};
     ManualSend manualSend{{email, modelContext, preferences}};

@@ -9,6 +9,7 @@ QString description(const ExportError &error)
     case ExportError::Kind::cannotRead:
         return u"the links cannot be read: "_s + error.detail;
     case ExportError::Kind::cannotWrite:
+    case ExportError::Kind::notLoaded:
         return error.detail;
     case ExportError::Kind::noFont:
         return u"a PDF cannot be written because no font is installed"_s;

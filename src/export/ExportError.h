@@ -10,6 +10,7 @@ struct ExportError {
         cannotWrite, ///< the file
         noFont, ///< a PDF needs at least one
         cannotDraw, ///< anything else that hinders a PDF
+        notLoaded, ///< the part of the program that draws PDFs
         stopped, ///< the program ends
     };
     Kind kind = Kind::cannotWrite;

@@ -3,11 +3,20 @@
 
 #include "AtomicFile.h"
 #include "MarkdownWriter.h"
-#include "PdfWriter.h"
+#include "PdfModule.h"
 #include "TextWriter.h"
+#include "Utf8.h"
 
 namespace
 {
+
+ExportResult writePdf(const ExportDocument &document, const ByteSink &sink)
+{
+    const auto module = loadModule<PdfModule>();
+    if (!module)
+        return Unexpected{ExportError{ExportError::Kind::notLoaded, readUtf8(module.error())}};
+    return (*module)->write(document, sink);
+}
 
 Unexpected<ExportError> cannotWrite(const FileError &error)
 {

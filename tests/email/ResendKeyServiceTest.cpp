@@ -4,8 +4,8 @@
 #include "DiagnosticLines.h"
 #include "FakeSecretStore.h"
 #include "KeyringSession.h"
-#include "LibsecretStore.h"
 #include "Rows.h"
+#include "SecretServiceStore.h"
 #include "Waiting.h"
 
 #include <QSignalSpy>
@@ -84,7 +84,7 @@ private Q_SLOTS:
     {
         KeyringSession session;
         QVERIFY(session.startBus() && session.startUnlocked());
-        LibsecretStore secrets(ResendKeyService::serviceName);
+        SecretServiceStore secrets(ResendKeyService::serviceName);
         const QList<Secret> both = {{ResendKeyService::apiKeyAccount, key.toUtf8()},
                                     {ResendKeyService::emailAccount, address.toUtf8()}};
         QVERIFY(*waitFor(secrets.write(both)));

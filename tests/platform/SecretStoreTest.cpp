@@ -2,8 +2,8 @@
 #include "FakeSecretStore.h"
 #include "Heartbeat.h"
 #include "KeyringSession.h"
-#include "LibsecretStore.h"
 #include "Rows.h"
+#include "SecretServiceStore.h"
 #include "Waiting.h"
 
 #include <QDBusConnection>
@@ -93,7 +93,7 @@ private Q_SLOTS:
         for (const auto &[isReal] : rows) {
             KeyringSession session;
             QVERIFY(!isReal || (session.startBus() && session.startUnlocked()));
-            LibsecretStore real(serviceName);
+            SecretServiceStore real(serviceName);
             FakeSecretStore fake;
             SecretStore &store = isReal ? static_cast<SecretStore &>(real) : fake;
 
@@ -118,7 +118,7 @@ private Q_SLOTS:
     {
         KeyringSession session;
         QVERIFY(session.startBus() && session.startUnlocked());
-        LibsecretStore store(serviceName);
+        SecretServiceStore store(serviceName);
         for (const char *const keyring :
              {SECRET_COLLECTION_SESSION, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_SESSION}) {
             const Secret secret = {u"key"_s,
@@ -133,7 +133,7 @@ private Q_SLOTS:
     {
         KeyringSession session;
         QVERIFY(session.startBus() && session.startUnlocked());
-        LibsecretStore store(serviceName);
+        SecretServiceStore store(serviceName);
         QVERIFY(*waitFor(store.write(two)));
         session.killDaemon();
         QVERIFY(fault(store) == SecretFault::unavailable);
@@ -153,7 +153,7 @@ private Q_SLOTS:
         for (const auto &[hasPrompter] : rows) {
             KeyringSession session;
             QVERIFY(session.startBus() && session.startUnlocked());
-            LibsecretStore store(serviceName);
+            SecretServiceStore store(serviceName);
             QVERIFY(*waitFor(store.write(two)));
             session.killDaemon();
             QVERIFY(session.startLocked());
@@ -182,7 +182,7 @@ private Q_SLOTS:
     {
         KeyringSession session;
         QVERIFY(session.startBus() && session.startUnlocked());
-        LibsecretStore store(serviceName);
+        SecretServiceStore store(serviceName);
         QVERIFY(*waitFor(store.write(two)));
         session.freezeDaemon();
         const Heartbeat heartbeat;
@@ -199,7 +199,7 @@ private Q_SLOTS:
     {
         KeyringSession session;
         QVERIFY(session.startBus() && session.startUnlocked());
-        auto store = std::make_unique<LibsecretStore>(serviceName);
+        auto store = std::make_unique<SecretServiceStore>(serviceName);
         session.freezeDaemon();
         Scope waiter;
         waiter.start(drop(store->read(accounts, UnlockPrompt::never)));
@@ -216,7 +216,7 @@ private Q_SLOTS:
         for (const auto &[hasBus] : rows) {
             KeyringSession session;
             QVERIFY(!hasBus || session.startBus());
-            LibsecretStore store(serviceName);
+            SecretServiceStore store(serviceName);
             QVERIFY(fault(store) == SecretFault::unavailable);
             const auto written = waitFor(store.write(two));
             QVERIFY(written && !*written && written->error() == SecretFault::unavailable);

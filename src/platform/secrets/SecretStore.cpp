@@ -12,6 +12,8 @@ QString description(SecretFault fault)
         return u"There is no secret service"_s;
     case SecretFault::timedOut:
         return u"The secret service does not answer"_s;
+    case SecretFault::notLoaded:
+        return u"A part of Strandloom is not there"_s;
     }
     Q_UNREACHABLE();
 }

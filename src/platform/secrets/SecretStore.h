@@ -17,6 +17,7 @@ enum class SecretFault {
     locked, ///< and the user did not unlock them
     unavailable, ///< no secret service, no bus, or the service gave up half-way
     timedOut, ///< the service does not answer
+    notLoaded, ///< the part of the program that does it
 };
 
 /// The fault as one English sentence without a full stop.

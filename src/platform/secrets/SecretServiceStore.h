@@ -11,12 +11,12 @@
 /// Secrets in the desktop's secret service (`org.freedesktop.secrets`), as text items that carry
 /// the attributes "service" and "account". Works on a thread of its own and gives up after five
 /// seconds without an answer, though never while the user is being asked.
-class LibsecretStore final : public SecretStore
+class SecretServiceStore final : public SecretStore
 {
     Q_OBJECT
 public:
-    explicit LibsecretStore(const QString &serviceName);
-    ~LibsecretStore() override;
+    explicit SecretServiceStore(const QString &serviceName);
+    ~SecretServiceStore() override;
 
     Task<ReadResult> read(QStringList accounts, UnlockPrompt prompt) override;
     Task<ReadResult> find(QStringList accounts) override;

@@ -1,10 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "LibsecretStore.h"
-
-#include "async/OnPool.h"
-
-#include <QDBusConnection>
-#include <QStringList>
+#include "Keyring.h"
 
 #include <algorithm>
 #include <chrono>
@@ -328,10 +323,10 @@ Result Conversation::remove() const
     return {};
 }
 
-enum class Part { presence, value };
+} // namespace
 
 SecretStore::ReadResult readSecrets(const QByteArray &serviceName, const QStringList &accounts,
-                                    UnlockPrompt prompt, Part part)
+                                    UnlockPrompt prompt, SecretPart part)
 {
     auto conversation = Conversation::begin(serviceName, accounts);
     if (!conversation)
@@ -341,10 +336,10 @@ SecretStore::ReadResult readSecrets(const QByteArray &serviceName, const QString
     const auto isHidden = conversation->mayHideItems();
     if (!isHidden || *isHidden)
         return Unexpected{isHidden ? SecretFault::locked : isHidden.error()};
-    return part == Part::value ? conversation->load() : conversation->found();
+    return part == SecretPart::value ? conversation->load() : conversation->found();
 }
 
-Result writeSecrets(const QByteArray &serviceName, const QList<Secret> &secrets)
+SecretStore::Result writeSecrets(const QByteArray &serviceName, const QList<Secret> &secrets)
 {
     QStringList accounts;
     for (const Secret &secret : secrets)
@@ -361,7 +356,7 @@ Result writeSecrets(const QByteArray &serviceName, const QList<Secret> &secrets)
     return {};
 }
 
-Result removeSecrets(const QByteArray &serviceName)
+SecretStore::Result removeSecrets(const QByteArray &serviceName)
 {
     auto conversation = Conversation::begin(serviceName, {anyAccount});
     if (!conversation)
@@ -369,71 +364,4 @@ Result removeSecrets(const QByteArray &serviceName)
     if (auto unlocked = conversation->unlock(); !unlocked)
         return unlocked;
     return conversation->remove();
-}
-
-} // namespace
-
-LibsecretStore::LibsecretStore(const QString &serviceName)
-    : m_serviceName(serviceName.toUtf8())
-    , m_thread(std::make_unique<QThreadPool>())
-{
-    m_thread->setMaxThreadCount(1);
-    watch();
-}
-
-LibsecretStore::~LibsecretStore()
-{
-    m_thread->clear();
-    if (!m_thread->waitForDone(int(std::chrono::milliseconds(100ms).count())))
-        (void)m_thread.release(); // a prompt may be up for hours: it ends with the process
-}
-
-/// Without a bus there is nothing to watch.
-void LibsecretStore::watch()
-{
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    bus.connect({}, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, u"NameOwnerChanged"_s,
-                {u"org.freedesktop.secrets"_s}, {}, this,
-                SLOT(noteOwner(QString, QString, QString)));
-    // Whatever happens to a keyring is told as one of this interface's signals.
-    bus.connect({}, {}, u"org.freedesktop.Secret.Service"_s, {}, this, SIGNAL(changed()));
-}
-
-void LibsecretStore::noteOwner(const QString &, const QString &, const QString &now)
-{
-    if (!now.isEmpty())
-        Q_EMIT changed();
-}
-
-Task<SecretStore::ReadResult> LibsecretStore::read(QStringList accounts, UnlockPrompt prompt)
-{
-    OnPool<ReadResult> job(*m_thread, [name = m_serviceName, accounts, prompt] {
-        return readSecrets(name, accounts, prompt, Part::value);
-    });
-    ReadResult secrets = co_await job;
-    co_return secrets;
-}
-
-Task<SecretStore::ReadResult> LibsecretStore::find(QStringList accounts)
-{
-    OnPool<ReadResult> job(*m_thread, [name = m_serviceName, accounts] {
-        return readSecrets(name, accounts, UnlockPrompt::never, Part::presence);
-    });
-    ReadResult secrets = co_await job;
-    co_return secrets;
-}
-
-Task<SecretStore::Result> LibsecretStore::write(QList<Secret> secrets)
-{
-    OnPool<Result> job(*m_thread,
-                       [name = m_serviceName, secrets] { return writeSecrets(name, secrets); });
-    const Result written = co_await job;
-    co_return written;
-}
-
-Task<SecretStore::Result> LibsecretStore::removeAll()
-{
-    OnPool<Result> job(*m_thread, [name = m_serviceName] { return removeSecrets(name); });
-    const Result removed = co_await job;
-    co_return removed;
 }
