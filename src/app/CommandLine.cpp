@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "CommandLine.h"
 
-#include "SingleInstance.h"
-#include "StrandloomApp.h"
+#include "DoctorModule.h"
+#include "Utf8.h"
 #include "commands/AddCommand.h"
 #include "commands/BackupCommand.h"
 #include "commands/DigestCommand.h"
-#include "commands/DoctorCommand.h"
 #include "commands/ExportCommand.h"
 #include "commands/ImportCommand.h"
 #include "commands/InspectCommand.h"
@@ -16,12 +15,10 @@
 #include "commands/RestoreCommand.h"
 #include "commands/Terminal.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <string_view>
 
 using namespace Qt::StringLiterals;
@@ -66,6 +63,12 @@ int parseAndRun(const QStringList &arguments)
 {
     const auto request = parse(arguments);
     return request ? run(*request) : refuse(request.error());
+}
+
+int loadAndRunDoctor(const QStringList &arguments)
+{
+    const auto module = loadModule<DoctorModule>();
+    return module ? (*module)->run(arguments) : fail(readUtf8(module.error()));
 }
 
 struct Command {
@@ -150,7 +153,7 @@ constexpr std::array commands{
             R"(  doctor         say what works on this machine and what does not
     --json         as a JSON object
 )",
-            parseAndRun<parseDoctorArguments, runDoctor>},
+            loadAndRunDoctor},
 };
 
 void printSynopsis(QByteArrayView begin, const Command &command)
@@ -202,79 +205,18 @@ int runCommand(RunCommand run, int argc, char **argv)
     return run(core.arguments().mid(1));
 }
 
-/// The one action among the options; `open` when there is none.
-Expected<ApplicationAction, QString> actionAmong(const QStringList &options)
-{
-    std::optional<ApplicationAction> asked;
-    for (const QString &option : options) {
-        const auto action = actionNamed(option);
-        if (action && asked && action != asked)
-            return Unexpected{u"--%1 and --%2 exclude each other"_s.arg(nameOf(*asked), option)};
-        if (action)
-            asked = action;
-    }
-    return asked.value_or(ApplicationAction::open);
-}
-
-/// The settings and the export window may be the first that the program shows.
-bool canStart(ApplicationAction action)
-{
-    return action == ApplicationAction::open || action == ApplicationAction::settings
-        || action == ApplicationAction::exportLinks;
-}
-
-/// Needs no display.
-int tellRunningProgram(int argc, char **argv, ApplicationAction action)
-{
-    const QCoreApplication core(argc, argv);
-    const auto told = SingleInstance::tell(action);
-    return told ? int(ExitCode::done) : fail(told.error(), ExitCode::notRunning);
-}
-
-int runProgram(int argc, char **argv)
-{
-    QCommandLineParser parser;
-    parser.addOption({u"background"_s, {}});
-    for (const ApplicationAction action : applicationActions) {
-        if (action != ApplicationAction::open)
-            parser.addOption({nameOf(action), {}});
-    }
-    QStringList arguments;
-    for (int i = 0; i < argc; ++i)
-        arguments.append(QString::fromLocal8Bit(argv[i]));
-    arguments.removeAll(u"-reverse"_s); // the toolkit's
-    if (!parser.parse(arguments))
-        return refuse(parser.errorText());
-    if (!parser.positionalArguments().isEmpty())
-        return refuse(u"unknown command '%1'"_s.arg(parser.positionalArguments().first()));
-
-    const auto action = actionAmong(parser.optionNames());
-    if (!action)
-        return refuse(action.error());
-    if (!canStart(*action))
-        return tellRunningProgram(argc, argv, *action);
-    return runStrandloom(argc, argv, {*action, parser.isSet(u"background"_s)});
-}
-
 } // namespace
 
 int runCommandLine(int argc, char **argv)
 {
-    // Another program's end and a file size limit are errors to be handled, not ends of ours.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-    const std::string_view first = argc > 1 ? argv[1] : "";
+    const std::string_view first = argv[1];
     if (asksForHelp(first))
         return showHelp();
-    if (first == "--version" || first == "-v") {
-        print("strandloom " STRANDLOOM_VERSION "\n");
-        return finish(ExitCode::done);
-    }
     const auto *const command =
         std::find_if(commands.begin(), commands.end(), [first](const Command &candidate) {
             return candidate.name == QByteArrayView(first);
         });
     if (command == commands.end())
-        return runProgram(argc, argv);
+        return refuse(u"unknown command '%1'"_s.arg(QString::fromLocal8Bit(argv[1])));
     return asksForHelp(argc, argv) ? showHelp(*command) : runCommand(command->run, argc, argv);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// Runs the command that the arguments name, or the program itself; returns the exit code.
+/// Runs the command that the first argument names, or shows help; returns the exit code.
 int runCommandLine(int argc, char **argv);

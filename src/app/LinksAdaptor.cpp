@@ -153,3 +153,5 @@ Task<CallQueue::Answer> LinksAdaptor::import(QByteArray json)
     co_return QVariantList{counts->taken, counts->alreadyStored, counts->excluded,
                            counts->noWebAddress};
 }
+
+#include "moc_LinksAdaptor.cpp"

@@ -96,6 +96,16 @@ class Commands(unittest.TestCase):
             self.assertEqual((done.returncode, done.stderr), (0, ""))
             self.assertIn("trandloom", done.stdout)
 
+    def test_commands_load_nothing_of_a_desktop(self):
+        self.import_links()
+        self.home.environment["LD_DEBUG"] = "files"
+        for arguments in (["list"], ["search", "one"], ["add", LINKS[0]["url"]], ["digest"],
+                          ["export", "--format", "text", "--output", "-"], ["--version"]):
+            with self.subTest(arguments[0]):
+                loaded = self.home.run(*arguments).stderr
+                self.assertIn(b"libc.so", loaded)
+                self.assertNotIn(b"libQt6" if arguments == ["--version"] else b"libQt6Gui", loaded)
+
     def test_listing_makes_no_store(self):
         with Desktop(tray=False) as desktop:
             done = subprocess.run([BINARY, "list"], env=desktop.environment, capture_output=True)

@@ -37,7 +37,9 @@ private Q_SLOTS:
 
         QThreadPool pool;
         LazyHttpClient http(pool);
-        const auto reply = waitFor(http.send({"http://127.0.0.1:9/"}));
+        HttpRequest request;
+        request.url = "http://127.0.0.1:9/";
+        const auto reply = waitFor(http.send(request));
         QVERIFY(reply && !*reply && reply->error().message.startsWith(sentence));
 
         const auto drawn =

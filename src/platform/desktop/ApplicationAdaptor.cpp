@@ -56,3 +56,5 @@ QVariantMap launchData()
         data.insert(startupIdKey, id);
     return data;
 }
+
+#include "moc_ApplicationAdaptor.cpp"

@@ -205,3 +205,5 @@ Expected<void, QString> SingleInstance::tell(ApplicationAction action)
         return told;
     return action == ApplicationAction::quit ? waitForEnd(isRunning) : Expected<void, QString>();
 }
+
+#include "moc_SingleInstance.cpp"

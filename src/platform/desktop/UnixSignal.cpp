@@ -50,3 +50,5 @@ UnixSignal::~UnixSignal()
     std::signal(m_number, SIG_DFL);
     close(m_descriptor);
 }
+
+#include "moc_UnixSignal.cpp"
