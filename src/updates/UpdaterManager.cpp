@@ -19,7 +19,7 @@ void UpdaterManager::setAutoInstallUpdates(bool automatic)
     m_autoInstallUpdates = automatic;
     m_preferences.set(preferenceKeys::autoInstallUpdates, automatic);
     applySwitches();
-    debugLog(u"Auto-install updates set to: "_s + (automatic ? u"true" : u"false"));
+    debugLog(u"Auto-install updates set to: "_s + (automatic ? u"true"_s : u"false"_s));
     Q_EMIT autoInstallUpdatesChanged();
 }
 
